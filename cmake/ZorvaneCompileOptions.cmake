@@ -1,0 +1,17 @@
+# Warnings, language level and sanitizers, gathered in one interface target that every target of the project links.
+add_library(zorvane_compile_options INTERFACE)
+target_compile_features(zorvane_compile_options INTERFACE cxx_std_20)
+target_compile_options(zorvane_compile_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
+option(ZORVANE_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
+if(ZORVANE_WARNINGS_AS_ERRORS)
+  target_compile_options(zorvane_compile_options INTERFACE -Werror)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(zorvane_compile_options INTERFACE -Wthread-safety)
+endif()
+if(ZORVANE_SANITIZE)
+  target_compile_options(zorvane_compile_options INTERFACE
+    -fsanitize=${ZORVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(zorvane_compile_options INTERFACE -fsanitize=${ZORVANE_SANITIZE})
+endif()
