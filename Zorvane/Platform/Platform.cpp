@@ -1,0 +1,69 @@
+#include "Zorvane/Platform/Platform.hpp"
+
+#include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+
+namespace zorvane {
+
+namespace {
+
+struct Current {
+    std::mutex mutex;
+    std::shared_ptr<const Platform> platform;
+};
+
+// Never destroyed: threads of the library may still ask for the platform while the process exits.
+Current& currentPlatform() {
+    static auto& current = *new Current;
+    return current;
+}
+
+std::shared_ptr<const Platform> completed(Platform platform) {
+    if (!platform.clock) {
+        platform.clock = MonotonicClock::shared();
+    }
+    return std::make_shared<const Platform>(std::move(platform));
+}
+
+}  // namespace
+
+std::shared_ptr<void> World::find(std::type_index type) const {
+    for (const auto& [key, object] : entries_) {
+        if (key == type) {
+            return object;
+        }
+    }
+    return nullptr;
+}
+
+void World::end() {
+    std::unique_lock lock(mutex_);
+    auto entries = std::move(entries_);
+    entries_.clear();
+    lock.unlock();
+    while (!entries.empty()) {
+        entries.pop_back();
+    }
+}
+
+std::shared_ptr<const Platform> Platform::current() {
+    Current& current = currentPlatform();
+    std::lock_guard lock(current.mutex);
+    if (!current.platform) {
+        current.platform = completed(Platform{});
+    }
+    return current.platform;
+}
+
+void Platform::install(Platform platform) {
+    platform.world_ = std::make_shared<World>();
+    auto next = completed(std::move(platform));
+    Current& current = currentPlatform();
+    std::unique_lock lock(current.mutex);
+    auto previous = std::exchange(current.platform, std::move(next));
+    lock.unlock();
+    if (previous) {
+        previous->world().end();
+    }
+}
+
+}  // namespace zorvane
