@@ -1,0 +1,129 @@
+#include "Zorvane/Internal/JSONReader.hpp"
+
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+
+namespace zorvane {
+namespace {
+
+[[noreturn]] void failAt(std::string_view path, std::string_view problem, std::int64_t code) {
+    throw NSError::cocoa(code, fmt::format("{}: {}", path.empty() ? "document" : path, problem));
+}
+
+std::string elementPath(std::string_view path, std::size_t index) {
+    return path.empty() ? fmt::format("document[{}]", index) : fmt::format("{}[{}]", path, index);
+}
+
+}  // namespace
+
+JSONReader JSONReader::member(std::string_view key) const {
+    const nlohmann::json& members = object();
+    const auto found = members.find(key);
+    if (found == members.end()) {
+        failAt(path_, fmt::format("missing key \"{}\"", key), NSCoderValueNotFoundError);
+    }
+    return child(key, *found);
+}
+
+std::optional<JSONReader> JSONReader::optionalMember(std::string_view key) const {
+    const nlohmann::json& members = object();
+    const auto found = members.find(key);
+    if (found == members.end() || found->is_null()) {
+        return std::nullopt;
+    }
+    return child(key, *found);
+}
+
+std::vector<JSONReader> JSONReader::elements() const {
+    if (!value_->is_array()) {
+        fail("not an array");
+    }
+    std::vector<JSONReader> readers;
+    readers.reserve(value_->size());
+    for (const nlohmann::json& element : *value_) {
+        readers.push_back(JSONReader(element, elementPath(path_, readers.size())));
+    }
+    return readers;
+}
+
+std::string JSONReader::string() const {
+    if (!value_->is_string()) {
+        fail("not a string");
+    }
+    return value_->get<std::string>();
+}
+
+bool JSONReader::boolean() const {
+    if (!value_->is_boolean()) {
+        fail("not a boolean");
+    }
+    return value_->get<bool>();
+}
+
+double JSONReader::number() const {
+    if (value_->is_number()) {
+        return value_->get<double>();
+    }
+    if (*value_ == "+infinity") {
+        return std::numeric_limits<double>::infinity();
+    }
+    if (*value_ == "-infinity") {
+        return -std::numeric_limits<double>::infinity();
+    }
+    if (*value_ == "NaN") {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    fail("not a number");
+}
+
+std::int64_t JSONReader::integerWithin(std::int64_t lowest, std::int64_t highest) const {
+    if (!value_->is_number_integer()) {
+        fail("not a whole number");
+    }
+    constexpr std::uint64_t largest = std::numeric_limits<std::int64_t>::max();
+    const bool exceeds64 = value_->is_number_unsigned() && value_->get<std::uint64_t>() > largest;
+    const auto value = exceeds64 ? 0 : value_->get<std::int64_t>();
+    if (exceeds64 || value < lowest || value > highest) {
+        fail(fmt::format("{} isn't between {} and {}", value_->dump(), lowest, highest));
+    }
+    return value;
+}
+
+void JSONReader::failUnknownValue() const {
+    constexpr auto replaceInvalid = nlohmann::json::error_handler_t::replace;
+    fail("unknown value " + value_->dump(-1, ' ', false, replaceInvalid));
+}
+
+void JSONReader::fail(std::string_view problem) const {
+    failAt(path_, problem, NSCoderReadCorruptError);
+}
+
+const nlohmann::json& JSONReader::object() const {
+    if (!value_->is_object()) {
+        fail("not an object");
+    }
+    return *value_;
+}
+
+JSONReader JSONReader::child(std::string_view key, const nlohmann::json& value) const {
+    return {value, path_.empty() ? std::string(key) : fmt::format("{}.{}", path_, key)};
+}
+
+JSONDocument::JSONDocument(std::string_view text) {
+    try {
+        value_ = std::make_unique<const nlohmann::json>(nlohmann::json::parse(text));
+    } catch (const nlohmann::json::parse_error& error) {
+        failAt("", fmt::format("not JSON at byte {}", error.byte), NSCoderReadCorruptError);
+    }
+}
+
+JSONDocument::~JSONDocument() = default;
+
+JSONReader JSONDocument::root() const {
+    return {*value_, ""};
+}
+
+}  // namespace zorvane
