@@ -12,6 +12,10 @@
 
 namespace zorvane {
 
+class AVMediaWriting;
+class CGDisplays;
+class SCScreenCapture;
+
 /// What exists once per platform: discoveries, the content bucket, preferences. Any thread may use it.
 class World {
   public:
@@ -43,6 +47,9 @@ class World {
 /// use, else the first use installs the default one.
 struct Platform {
     std::shared_ptr<HostClock> clock;
+    std::shared_ptr<CGDisplays> displays;
+    std::shared_ptr<SCScreenCapture> screenCapture;
+    std::shared_ptr<AVMediaWriting> mediaWriting;
 
     /// The platform in force. Never null, and stays valid for as long as the caller holds it. Any thread.
     static std::shared_ptr<const Platform> current();

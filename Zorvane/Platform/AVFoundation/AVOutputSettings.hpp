@@ -1,0 +1,68 @@
+// How media is encoded, and the presets that say so.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "Zorvane/Platform/CoreMedia/CMFormatDescription.hpp"
+
+namespace zorvane {
+
+enum class AVVideoTransferFunction : std::uint8_t { ituR709_2 };
+enum class AVVideoColorPrimaries : std::uint8_t { ituR709_2, p3D65 };
+enum class AVVideoYCbCrMatrix : std::uint8_t { ituR709_2 };
+
+/// What the file says of its colours, and what the pixels are converted with.
+struct AVVideoColorProperties {
+    AVVideoTransferFunction transferFunction = AVVideoTransferFunction::ituR709_2;
+    AVVideoColorPrimaries primaries = AVVideoColorPrimaries::ituR709_2;
+    AVVideoYCbCrMatrix matrix = AVVideoYCbCrMatrix::ituR709_2;
+    bool operator==(const AVVideoColorProperties&) const = default;
+};
+
+/// How hard the encoder works for its size.
+enum class AVVideoEncodingEffort : std::uint8_t { realTime, balanced };
+
+struct AVVideoCompressionProperties {
+    bool allowFrameReordering = true;
+    AVVideoEncodingEffort effort = AVVideoEncodingEffort::realTime;
+    /// Constant quality on the encoder's own scale, where lower is better. Absent: the encoder's default.
+    std::optional<double> constantQuality;
+    /// Longest time between two key frames, in seconds.
+    double maxKeyFrameIntervalDuration = 5;
+};
+
+struct AVVideoSettings {
+    CMVideoCodecType codec = CMVideoCodecType::h264;
+    std::int32_t width = 0;  ///< pixels of the encoded picture; incoming pictures are scaled to it
+    std::int32_t height = 0;
+    AVVideoColorProperties colorProperties;
+    AVVideoCompressionProperties compressionProperties;
+};
+
+enum class AVAudioCodec : std::uint8_t { aac };
+
+struct AVAudioSettings {
+    AVAudioCodec codec = AVAudioCodec::aac;
+    double sampleRate = 48000;
+    std::optional<std::int32_t> numberOfChannels;
+    std::int32_t bitRate = 160000;  ///< bits per second, all channels
+};
+
+enum class AVOutputSettingsPreset : std::uint8_t { h264_3840x2160, hevc_7680x4320 };
+
+/// Gives encoder settings for a preset. Used by one thread at a time.
+class AVOutputSettingsAssistant {
+  public:
+    virtual ~AVOutputSettingsAssistant() = default;
+
+    /// What the source video is like, for settings that depend on it.
+    virtual void setSourceVideoFormat(const CMFormatDescription& format) = 0;
+
+    /// Nothing when the preset has no such media.
+    virtual std::optional<AVAudioSettings> audioSettings() const = 0;
+    virtual std::optional<AVVideoSettings> videoSettings() const = 0;
+};
+
+}  // namespace zorvane

@@ -1,0 +1,51 @@
+#include "Zorvane/Platform/ScreenCaptureKit/SCContentFilter.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace zorvane {
+namespace {
+
+const char* name(SCContentFilterKind kind) {
+    switch (kind) {
+        case SCContentFilterKind::includingWindows:
+            return "includingWindows";
+        case SCContentFilterKind::excludingWindows:
+            return "excludingWindows";
+        case SCContentFilterKind::includingApplications:
+            return "includingApplications";
+        case SCContentFilterKind::excludingApplications:
+            return "excludingApplications";
+    }
+    return "unknown";
+}
+
+}  // namespace
+
+bool SCContentFilter::showsEverything() const {
+    switch (kind) {
+        case SCContentFilterKind::excludingWindows:
+            return windows.empty();
+        case SCContentFilterKind::excludingApplications:
+            return applications.empty() && windows.empty();
+        case SCContentFilterKind::includingWindows:
+        case SCContentFilterKind::includingApplications:
+            return false;
+    }
+    return false;
+}
+
+std::string SCContentFilter::debugDescription() const {
+    std::vector<std::uint32_t> windowIDs;
+    for (const SCWindow& window : windows) {
+        windowIDs.push_back(window.windowID);
+    }
+    std::vector<std::int32_t> processIDs;
+    for (const SCRunningApplication& application : applications) {
+        processIDs.push_back(application.processID);
+    }
+    return fmt::format("SCContentFilter[{} display:{} applications:{} windows:{}]", name(kind),
+                       display.debugDescription(), processIDs, windowIDs);
+}
+
+}  // namespace zorvane
