@@ -1,0 +1,8 @@
+/// Everything a host needs of Zorvane, in one header.
+#pragma once
+
+#include "Zorvane/Platform/CoreMedia/CMTime.hpp"
+#include "Zorvane/ZVBundleInfo.hpp"
+#include "Zorvane/ZVError.hpp"
+#include "Zorvane/ZVTime.hpp"
+#include "Zorvane/ZVVersion.hpp"

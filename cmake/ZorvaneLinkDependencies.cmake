@@ -1,0 +1,10 @@
+# Libraries that are linked into the library and never show in its headers: pkg-config modules, by backend.
+set(zorvane_ffmpeg_modules libavformat libavcodec libavutil)
+set(zorvane_xcb_modules xcb xcb-shm xcb-damage xcb-randr xcb-xfixes xcb-composite xcb-render)
+set(zorvane_systemd_modules libsystemd)
+
+find_package(PkgConfig REQUIRED)
+find_package(fmt REQUIRED)
+pkg_check_modules(ffmpeg REQUIRED IMPORTED_TARGET ${zorvane_ffmpeg_modules})
+pkg_check_modules(xcb REQUIRED IMPORTED_TARGET ${zorvane_xcb_modules})
+pkg_check_modules(systemd REQUIRED IMPORTED_TARGET ${zorvane_systemd_modules})
