@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+
 namespace zorvane {
 namespace {
 
@@ -31,6 +33,28 @@ bool SCContentFilter::showsEverything() const {
         case SCContentFilterKind::includingWindows:
         case SCContentFilterKind::includingApplications:
             return false;
+    }
+    return false;
+}
+
+bool SCContentFilter::shows(const SCWindow& window) const {
+    const bool isListed = std::any_of(windows.begin(), windows.end(), [&window](const SCWindow& listed) {
+        return listed.windowID == window.windowID;
+    });
+    const bool isOfListedApplication =
+        window.owningApplication &&
+        std::any_of(applications.begin(), applications.end(), [&window](const SCRunningApplication& listed) {
+            return listed.processID == window.owningApplication->processID;
+        });
+    switch (kind) {
+        case SCContentFilterKind::includingWindows:
+            return isListed;
+        case SCContentFilterKind::excludingWindows:
+            return !isListed;
+        case SCContentFilterKind::includingApplications:
+            return isOfListedApplication != isListed;
+        case SCContentFilterKind::excludingApplications:
+            return isOfListedApplication == isListed;
     }
     return false;
 }

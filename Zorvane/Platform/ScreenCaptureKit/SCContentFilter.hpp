@@ -26,6 +26,8 @@ struct SCContentFilter {
 
     /// Whether the whole display is shown as it is, so that no composition is needed.
     bool showsEverything() const;
+    /// Whether `window` is part of the picture.
+    bool shows(const SCWindow& window) const;
     std::string debugDescription() const;
 };
 

@@ -84,10 +84,10 @@ class SCStream {
     virtual ~SCStream() = default;
 
     /// Sends the samples of `type` to `output` through `queue`. Before `startCapture`, once per type. The stream holds
-    /// the output weakly and the queue strongly, and enters the queue from a thread of its own without allocating.
+    /// the output weakly, and enters the queue from a thread of its own with a synchronous block, without allocating.
     /// Throws `NSError` when the stream can't give samples of this type.
     virtual void addStreamOutput(std::weak_ptr<SCStreamOutput> output, SCStreamOutputType type,
-                                 std::shared_ptr<DispatchQueue> sampleHandlerQueue) = 0;
+                                 DispatchQueue sampleHandlerQueue) = 0;
 
     virtual void startCapture(Completion completion) = 0;
 
