@@ -3,6 +3,10 @@
 
 #include "Zorvane/Platform/CoreMedia/CMTime.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
+#include "Zorvane/ZVColorSpace.hpp"
 #include "Zorvane/ZVError.hpp"
+#include "Zorvane/ZVOutputOptions.hpp"
+#include "Zorvane/ZVRecorder.hpp"
+#include "Zorvane/ZVSchemaItem.hpp"
 #include "Zorvane/ZVTime.hpp"
 #include "Zorvane/ZVVersion.hpp"
