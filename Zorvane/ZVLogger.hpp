@@ -72,7 +72,7 @@ class ZVLogger {
 
     /// A logger of one's own, with level `debug`, that writes to the given log, or nowhere until it gets a handler.
     explicit ZVLogger(std::shared_ptr<SystemLog> systemLog = nullptr);
-    /// Waits for the queued messages of nonblocking handlers.
+    /// Messages already queued for nonblocking handlers are still delivered.
     ~ZVLogger();
     ZVLogger(const ZVLogger&) = delete;
     ZVLogger& operator=(const ZVLogger&) = delete;

@@ -19,10 +19,17 @@ inline constexpr std::size_t prefixLength = signature<int>().find("Type = int") 
 /// Without namespaces, enclosing classes and template arguments: "Coordinator" for `zorvane::Recorder::Coordinator`.
 template <typename Type>
 constexpr std::string_view unqualifiedTypeName() {
-    std::string_view name = type_name::signature<Type>().substr(type_name::prefixLength);
-    name = name.substr(0, name.find_first_of("<;]"));
-    const std::size_t qualifier = name.rfind("::");
-    return qualifier == std::string_view::npos ? name : name.substr(qualifier + 2);
+    const std::string_view text = type_name::signature<Type>().substr(type_name::prefixLength);
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    for (int depth = 0; depth > 0 || (text[end] != ';' && text[end] != ']'); ++end) {
+        depth += text[end] == '<' ? 1 : text[end] == '>' ? -1 : 0;
+        if (depth == 0 && text[end] == ':') {
+            begin = end + 1;
+        }
+    }
+    const std::string_view name = text.substr(begin, end - begin);
+    return name.substr(0, name.find('<'));
 }
 
 }  // namespace zorvane
