@@ -1,0 +1,21 @@
+// What every recorder of one recording is made with.
+#pragma once
+
+#include <filesystem>
+
+#include "Zorvane/Internal/AbortSignal.hpp"
+#include "Zorvane/Internal/Logger.hpp"
+#include "Zorvane/Internal/RecordingInterval.hpp"
+
+namespace zorvane {
+
+struct RecorderContext {
+    /// The bundle directory, which exists.
+    std::filesystem::path bundleURL;
+    StableRecordingInterval recordingInterval;
+    /// The conductor's, to derive from.
+    Logger logger;
+    AbortHandler onAbort;
+};
+
+}  // namespace zorvane
