@@ -18,7 +18,7 @@ inline constexpr std::size_t prefixLength = signature<int>().find("Type = int") 
 
 /// Without namespaces, enclosing classes and template arguments: "Coordinator" for `zorvane::Recorder::Coordinator`.
 template <typename Type>
-constexpr std::string_view unqualifiedTypeName() {
+consteval std::string_view unqualifiedTypeName() {
     const std::string_view text = type_name::signature<Type>().substr(type_name::prefixLength);
     std::size_t begin = 0;
     std::size_t end = 0;
