@@ -5,6 +5,7 @@
 #include "Zorvane/ZVBundleInfo.hpp"
 #include "Zorvane/ZVColorSpace.hpp"
 #include "Zorvane/ZVError.hpp"
+#include "Zorvane/ZVLogger.hpp"
 #include "Zorvane/ZVOutputOptions.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 #include "Zorvane/ZVSchemaItem.hpp"

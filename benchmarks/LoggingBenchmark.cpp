@@ -1,4 +1,8 @@
 // What a log line costs where it stands: on the path of every sample, mostly disabled.
+//
+// Measured on two shared cores of a virtual machine, -O2: a disabled line 19 ns alone, 27 ns with a second thread doing
+// the same; one with a pair of metadata, to a handler that does nothing, 200 ns. Not to be passed there: 60 ns for a
+// disabled line, 600 ns for an enabled one.
 #include <benchmark/benchmark.h>
 
 #include "Zorvane/Internal/Logger.hpp"

@@ -33,8 +33,8 @@ Logger::Logger(std::shared_ptr<ZVLogger> zvLogger, std::string_view category, Id
 }
 
 Logger Logger::forFile(Identifier identifier, LogMetadata metadata, std::shared_ptr<ZVLogger> zvLogger,
-                       const std::source_location& location) {
-    return Logger(std::move(zvLogger), logCategory(location.file_name()), identifier, std::move(metadata));
+                       std::string_view sourceFile) {
+    return Logger(std::move(zvLogger), logCategory(sourceFile), identifier, std::move(metadata));
 }
 
 Logger Logger::with(std::string_view category, Identifier identifier, const LogMetadata& additionalMetadata) const {
@@ -42,8 +42,8 @@ Logger Logger::with(std::string_view category, Identifier identifier, const LogM
 }
 
 Logger Logger::withFile(Identifier identifier, const LogMetadata& additionalMetadata,
-                        const std::source_location& location) const {
-    return with(logCategory(location.file_name()), identifier, additionalMetadata);
+                        std::string_view sourceFile) const {
+    return with(logCategory(sourceFile), identifier, additionalMetadata);
 }
 
 Logger Logger::adding(const LogMetadata& metadata) const {

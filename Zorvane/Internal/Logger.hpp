@@ -4,7 +4,6 @@
 #include <concepts>
 #include <memory>
 #include <optional>
-#include <source_location>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -37,7 +36,7 @@ class Logger {
     /// The category is the name of the calling source file, without folders and extension.
     static Logger forFile(Identifier identifier = std::nullopt, LogMetadata metadata = {},
                           std::shared_ptr<ZVLogger> zvLogger = ZVLogger::shared(),
-                          const std::source_location& location = std::source_location::current());
+                          std::string_view sourceFile = __builtin_FILE());
 
     /// The same core and metadata under another category, with more metadata.
     template <typename Owner>
@@ -45,7 +44,7 @@ class Logger {
         return with(unqualifiedTypeName<Owner>(), identifier, additionalMetadata);
     }
     Logger withFile(Identifier identifier = std::nullopt, const LogMetadata& additionalMetadata = {},
-                    const std::source_location& location = std::source_location::current()) const;
+                    std::string_view sourceFile = __builtin_FILE()) const;
     /// The same category with more metadata.
     Logger adding(const LogMetadata& metadata) const;
 

@@ -1,12 +1,9 @@
 #include "Zorvane/Internal/ShortID.hpp"
 
-#include <sys/random.h>
-
 #include <array>
-#include <cerrno>
 #include <string_view>
 
-#include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Foundation/RandomBytes.hpp"
 
 namespace zorvane {
 namespace {
@@ -16,22 +13,13 @@ constexpr std::string_view alphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNO
 // Larger bytes would favour the first characters of the alphabet.
 constexpr std::size_t evenlyDrawn = 256 / alphabet.size() * alphabet.size();
 
-void fillRandomly(std::array<unsigned char, 8>& bytes) {
-    // So few bytes never come in part, but the wait for the generator's first seed can be interrupted.
-    while (getrandom(bytes.data(), bytes.size(), 0) < 0) {
-        if (errno != EINTR) {
-            throw NSError::posix(errno, "read random bytes");
-        }
-    }
-}
-
 }  // namespace
 
 std::string ShortID::make() {
     std::string id;
     std::array<unsigned char, 8> bytes;
     while (id.size() < length) {
-        fillRandomly(bytes);
+        fillWithRandomBytes(bytes);
         for (std::size_t index = 0; index < bytes.size() && id.size() < length; ++index) {
             if (bytes[index] < evenlyDrawn) {
                 id += alphabet[bytes[index] % alphabet.size()];

@@ -1,5 +1,8 @@
 #include "Zorvane/Platform/Linux/System/SystemLog.hpp"
 
+// The place of the one call below says nothing about the message.
+#define SD_JOURNAL_SUPPRESS_LOCATION
+
 #include <sys/uio.h>
 #include <syslog.h>
 #include <systemd/sd-journal.h>
