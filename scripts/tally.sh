@@ -63,6 +63,26 @@ print(suite.get("tests"), suite.get("failures"), int(suite.get("skipped")) + int
 PYTHON
 }
 
+# count_script NAME COMMAND...: adds the counts in the last line of a script that has its own.
+count_script() {
+    local name=$1 output last
+    shift
+    output=$(mktemp)
+    "$@" | tee "$output"
+    last=$(tail -n 1 "$output")
+    rm -f "$output"
+    if [[ $last =~ ^([0-9]+)\ passed,\ ([0-9]+)\ failed$ ]]; then
+        passed=$((passed + BASH_REMATCH[1]))
+        failed=$((failed + BASH_REMATCH[2]))
+        if ((BASH_REMATCH[2] > 0)); then
+            failures+=("$name (${BASH_REMATCH[2]})")
+        fi
+    else
+        failed=$((failed + 1))
+        failures+=("$name ended without a count")
+    fi
+}
+
 # finish: names what failed, prints the closing line and ends the script.
 finish() {
     for name in "${failures[@]}"; do
