@@ -35,8 +35,8 @@ class PrepareRingBufferAdaptor {
         return state_->queue.sync([this] { return state_->ringBuffer; });
     }
 
-    /// Gives the newest item held, or else the first to come, and leaves it in the ring. Throws `error`, which is not null,
-    /// after `timeout` seconds without one. The adaptor may go meanwhile.
+    /// Gives the newest item held, or else the first to come, and leaves it in the ring. Throws `error`, which is not
+    /// null, after `timeout` seconds without one. The adaptor may go meanwhile.
     Task<T> waitForItem(double timeout, std::exception_ptr error) const {
         auto body = [state = state_] { return wait(state); };
         return withTimeout(timeout, std::move(error), std::move(body));

@@ -11,9 +11,9 @@
 
 namespace zorvane {
 
-/// Gives the result of the first `operation()` that doesn't throw, each a fresh `Task`, with `retryDelay` seconds between
-/// two attempts. Throws what the last of `maxAttempts` attempts throws; earlier errors are dropped. A cancelled task makes
-/// no further attempt and throws `ZVCancelled`. Fewer than one attempt ends the process.
+/// Gives the result of the first `operation()` that doesn't throw, each a fresh `Task`, with `retryDelay` seconds
+/// between two attempts. Throws what the last of `maxAttempts` attempts throws; earlier errors are dropped. A
+/// cancelled task makes no further attempt and throws `ZVCancelled`. Fewer than one attempt ends the process.
 template <class Operation>
 std::invoke_result_t<Operation&> retryOnError(int maxAttempts, double retryDelay, Operation operation) {
     using T = typename std::invoke_result_t<Operation&>::ResultType;

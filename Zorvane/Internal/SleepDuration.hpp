@@ -6,8 +6,8 @@
 
 namespace zorvane {
 
-/// `seconds` in whole nanoseconds, cut toward zero. What is infinite or longer than 146 years becomes 146 years, so that
-/// adding it to a clock's time can't overflow; NaN and negative values become zero.
+/// `seconds` in whole nanoseconds, cut toward zero. What is infinite or longer than 146 years becomes 146 years, so
+/// that adding it to a clock's time can't overflow; NaN and negative values become zero.
 constexpr std::chrono::nanoseconds sleepDuration(double seconds) {
     constexpr double longest = 0x1p62;
     const double nanoseconds = seconds * 1e9;

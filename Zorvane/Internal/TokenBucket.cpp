@@ -4,9 +4,13 @@ namespace zorvane {
 
 TokenBucket::TokenBucket(Logger logger) : logger_(std::move(logger)) {}
 
-Task<> TokenBucket::enter() { return enterOnExecutor().on(executor_); }
+Task<> TokenBucket::enter() {
+    return enterOnExecutor().on(executor_);
+}
 
-Task<> TokenBucket::exit() { return exitOnExecutor().on(executor_); }
+Task<> TokenBucket::exit() {
+    return exitOnExecutor().on(executor_);
+}
 
 Task<> TokenBucket::enterOnExecutor() {
     auto* empty = std::get_if<Empty>(&state_);

@@ -13,14 +13,14 @@
 
 namespace zorvane {
 
-/// At most one task at a time is between `enter` and `exit`. A serialised object; any task may call. It must outlive the
-/// tasks of its calls.
+/// At most one task at a time is between `enter` and `exit`. A serialised object; any task may call. It must outlive
+/// the tasks of its calls.
 class TokenBucket {
   public:
     explicit TokenBucket(Logger logger);
 
-    /// Takes the token, or waits until it is this task's turn. A task that is cancelled while it waits gives up its place
-    /// and throws `ZVCancelled`: it has no token to give back.
+    /// Takes the token, or waits until it is this task's turn. A task that is cancelled while it waits gives up its
+    /// place and throws `ZVCancelled`: it has no token to give back.
     Task<> enter();
 
     /// Gives the token to the first task in line, or back to the bucket. Each `enter` that returned is followed by one

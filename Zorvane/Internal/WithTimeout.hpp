@@ -47,9 +47,10 @@ Task<> decideByTime(std::chrono::nanoseconds duration, std::exception_ptr error,
 
 }  // namespace time_limit
 
-/// Runs `body()`, which makes a `Task`, for at most `timeout` seconds. The first to come decides: the body's value, its
-/// throw, or at the end of the time a throw of `error`, which is not null. Then, or when the waiting task is cancelled, the
-/// body is cancelled and not waited for: it must react to cancellation, and must keep alive what it uses.
+/// Runs `body()`, which makes a `Task`, for at most `timeout` seconds. The first to come decides: the body's value,
+/// its throw, or at the end of the time a throw of `error`, which is not null. Then, or when the waiting task is
+/// cancelled, the body is cancelled and not waited for: it must react to cancellation, and must keep alive what it
+/// uses.
 template <class Body>
 std::invoke_result_t<Body&> withTimeout(double timeout, std::exception_ptr error, Body body) {
     using T = typename std::invoke_result_t<Body&>::ResultType;
