@@ -20,7 +20,8 @@ class AudioGapFiller {
     class Samples {
       public:
         explicit Samples(CMSampleBuffer only) : samples_{std::move(only), {}}, count_(1) {}
-        Samples(CMSampleBuffer first, CMSampleBuffer second) : samples_{std::move(first), std::move(second)}, count_(2) {}
+        Samples(CMSampleBuffer first, CMSampleBuffer second)
+            : samples_{std::move(first), std::move(second)}, count_(2) {}
 
         std::size_t size() const { return count_; }
         const CMSampleBuffer& operator[](std::size_t index) const { return samples_[index]; }
@@ -32,8 +33,8 @@ class AudioGapFiller {
         std::size_t count_;
     };
 
-    /// The sample, behind the silence that was missing before it. To be called for every sample. Throws when the silence
-    /// can't be made; the next call goes on behind this sample. Allocates only for silence.
+    /// The sample, behind the silence that was missing before it. To be called for every sample. Throws when the
+    /// silence can't be made; the next call goes on behind this sample. Allocates only for silence.
     Samples process(const CMSampleBuffer& sampleBuffer);
 
   private:

@@ -19,9 +19,9 @@ namespace zorvane {
 /// Exactly one item of a run is the first one: it opens the output.
 enum class RecordingIntervalBoundedRetimerItemPosition { first, subsequent };
 
-/// Takes items that show until the next one comes, such as frames, in the order of their times. Hands on what shows during
-/// the recording, at strictly rising times: the item current at the start at exactly `recordFrom`, each later one at its
-/// own time, and the one current at the end again at exactly `recordUntil`.
+/// Takes items that show until the next one comes, such as frames, in the order of their times. Hands on what shows
+/// during the recording, at strictly rising times: the item current at the start at exactly `recordFrom`, each later
+/// one at its own time, and the one current at the end again at exactly `recordUntil`.
 ///
 ///     holding --an item at or after the start--> open --an item at or after the end--> closed
 ///        |                                         |                                     ^
@@ -30,8 +30,8 @@ enum class RecordingIntervalBoundedRetimerItemPosition { first, subsequent };
 /// Holding: the newest `capacity` items are kept; all lie before the start, or the start isn't set. Open: an item goes
 /// straight through. Closed: items are ignored.
 ///
-/// Any thread; calls take turns, and none allocates once storage is warm. An error leaves the retimer usable in the state
-/// it has reached. Both operations end the process when called from the handler of the same retimer.
+/// Any thread; calls take turns, and none allocates once storage is warm. An error leaves the retimer usable in the
+/// state it has reached. Both operations end the process when called from the handler of the same retimer.
 template <class T>
 class RecordingIntervalBoundedRetimer {
   public:
@@ -55,8 +55,8 @@ class RecordingIntervalBoundedRetimer {
         queue_.syncBarrier([&] { appendOnQueue({std::move(item), time}); });
     }
 
-    /// Ends the output, after the recording has been stopped: opens it if need be and closes it at `recordUntil`. Throws
-    /// as `append` does. There is no output if the recording was never started.
+    /// Ends the output, after the recording has been stopped: opens it if need be and closes it at `recordUntil`.
+    /// Throws as `append` does. There is no output if the recording was never started.
     void finish() {
         queue_.preconditionNotOnQueue();
         queue_.syncBarrier([this] { finishOnQueue(); });
@@ -68,8 +68,8 @@ class RecordingIntervalBoundedRetimer {
         CMTime time;
     };
 
-    /// What one flush looks at: the held items, oldest first, and behind them the new one if there is one. The times rise
-    /// strictly, so a question of "from when on" has an index for an answer.
+    /// What one flush looks at: the held items, oldest first, and behind them the new one if there is one. The times
+    /// rise strictly, so a question of "from when on" has an index for an answer.
     class Items {
       public:
         Items(const RingBuffer<Stamped>& held, const Stamped* added)
