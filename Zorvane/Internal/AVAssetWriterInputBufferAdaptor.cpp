@@ -22,14 +22,16 @@ Buffer::Handler appendingTo(std::shared_ptr<AVAssetWriterInput> input) {
 
 AVAssetWriterInputBufferAdaptor::AVAssetWriterInputBufferAdaptor(std::shared_ptr<AVAssetWriterInput> assetWriterInput,
                                                                  Logger logger)
-    : unboundedBackpressureBuffer_(appendingTo(assetWriterInput)), logger_(std::move(logger)),
+    : unboundedBackpressureBuffer_(appendingTo(assetWriterInput)),
+      logger_(std::move(logger)),
       assetWriterInput_(std::move(assetWriterInput)) {}
 
 void AVAssetWriterInputBufferAdaptor::append(const CMSampleBuffer& sampleBuffer) {
     const std::size_t itemsBuffered = unboundedBackpressureBuffer_.append(sampleBuffer);
     if (itemsBuffered > 0) {
-        logger_.debug("Experiencing backpressure, buffering.",
-                      [&] { return LogMetadata{{"itemsBuffered", std::to_string(itemsBuffered)}}; });
+        logger_.debug("Experiencing backpressure, buffering.", [&] {
+            return LogMetadata{{"itemsBuffered", std::to_string(itemsBuffered)}};
+        });
     }
 }
 

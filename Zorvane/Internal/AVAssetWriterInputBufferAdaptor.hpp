@@ -9,8 +9,8 @@
 
 namespace zorvane {
 
-/// A sample that the input fails to append counts as taken: the failure comes to light through the writer's `status` and
-/// `error`. Any thread.
+/// A sample that the input fails to append counts as taken: the failure comes to light through the writer's `status`
+/// and `error`. Any thread.
 class AVAssetWriterInputBufferAdaptor {
   public:
     AVAssetWriterInputBufferAdaptor(std::shared_ptr<AVAssetWriterInput> assetWriterInput, Logger logger);

@@ -16,18 +16,20 @@
 
 namespace zorvane {
 
-struct FrameRepeaterError final : std::exception {
-    enum class Case { handlerNotSet };
+class FrameRepeaterError final : public std::exception {
+  public:
+    /// A frame came, and there is no handler to take it.
+    static FrameRepeaterError handlerNotSet() { return {}; }
 
-    explicit FrameRepeaterError(Case which) : which(which) {}
     const char* what() const noexcept override { return "handlerNotSet"; }
 
-    Case which;
+  private:
+    FrameRepeaterError() = default;
 };
 
-/// Hands on every frame, and when none has come for an interval the last one again, at its time plus what has passed. So
-/// a picture that stands still goes on about once per interval. The times it hands on rise strictly: a frame that isn't
-/// later than the last time handed on is moved to one tick after it; a repeat that isn't is left out.
+/// Hands on every frame, and when none has come for an interval the last one again, at its time plus what has passed.
+/// So a picture that stands still goes on about once per interval. The times it hands on rise strictly: a frame that
+/// isn't later than the last time handed on is moved to one tick after it; a repeat that isn't is left out.
 ///
 ///     idle --append--> armed (--interval passes: repeat--> armed)* --cancel--> idle
 ///
@@ -36,9 +38,9 @@ struct FrameRepeaterError final : std::exception {
 template <class T>
 class FrameRepeater {
   public:
-    /// Gets a frame. `addedTime` is absent for a frame of the source; for a repeat it is what has been added so far to that
-    /// frame's time. One call at a time, on the thread of `append` or, for a repeat, of the pool. It must not call `append`
-    /// of this repeater. For a repeat it must not throw.
+    /// Gets a frame. `addedTime` is absent for a frame of the source; for a repeat it is what has been added so far to
+    /// that frame's time. One call at a time, on the thread of `append` or, for a repeat, of the pool. It must not
+    /// call `append` of this repeater. For a repeat it must not throw.
     using Handler = std::function<void(const T& item, CMTime time, std::optional<CMTime> addedTime)>;
 
     /// `interval` in seconds, cut to whole milliseconds.
@@ -48,8 +50,8 @@ class FrameRepeater {
     FrameRepeater(const FrameRepeater&) = delete;
     FrameRepeater& operator=(const FrameRepeater&) = delete;
 
-    /// Waits for a repeat that is being handled, unless called inside it: after it the handler isn't called any more. Must
-    /// not be called with a lock that the handler needs.
+    /// Waits for a repeat that is being handled, unless called inside it: after it the handler isn't called any more.
+    /// Must not be called with a lock that the handler needs.
     ~FrameRepeater() { state_->timer->disarmAndWait(); }
 
     /// Where the frames go. To be set before the first frame.
@@ -91,7 +93,7 @@ class FrameRepeater {
 
         void append(T item, CMTime time) {
             if (!handler) {
-                throw FrameRepeaterError(FrameRepeaterError::Case::handlerNotSet);
+                throw FrameRepeaterError::handlerNotSet();
             }
             const std::chrono::nanoseconds now = clock->now();
             queue.preconditionNotOnQueue();
@@ -106,7 +108,8 @@ class FrameRepeater {
                     return;
                 }
                 const CMTime elapsed = FrameRepeaterTiming::elapsed(shown->armedAt, now);
-                show({std::move(shown->item), shown->time + elapsed, shown->addedTime.value_or(kCMTimeZero) + elapsed, now});
+                show({std::move(shown->item), shown->time + elapsed, shown->addedTime.value_or(kCMTimeZero) + elapsed,
+                      now});
             });
         }
 

@@ -10,12 +10,14 @@
 #include "Zorvane/Internal/SleepDuration.hpp"
 
 namespace zorvane {
-namespace {
 
+template <class T>
 class FrameRepeater;
 
+namespace {
+
 const Logger& logger() {
-    static const Logger repeaterLogger = Logger::forType<FrameRepeater>();
+    static const Logger repeaterLogger = Logger::forType<FrameRepeater<void>>();
     return repeaterLogger;
 }
 
@@ -23,7 +25,9 @@ std::chrono::milliseconds wholeMilliseconds(double milliseconds) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(sleepDuration(milliseconds / 1000));
 }
 
-std::string description(const std::optional<CMTime>& time) { return time ? time->logDescription() : "none"; }
+std::string description(const std::optional<CMTime>& time) {
+    return time ? time->logDescription() : "none";
+}
 
 CMTime oneTickAfter(CMTime time) {
     if (time.value < std::numeric_limits<std::int64_t>::max()) {

@@ -8,8 +8,8 @@
 
 namespace zorvane {
 
-/// Grows by doubling and never shrinks, so that traffic allocates nothing once its longest queue has been seen. An item
-/// taken out is released at once. Not synchronised.
+/// Grows by doubling and never shrinks, so that traffic allocates nothing once its longest queue has been seen. An
+/// item taken out is released at once. Not synchronised.
 template <class T>
 class ReusableQueue {
   public:

@@ -11,8 +11,8 @@
 namespace zorvane {
 
 /// What its receiver can't take yet waits here, without a bound: the depth is what `append` returns. Any thread; the
-/// receiver is called on the caller's, one call at a time, and must not call back into this buffer. Appending allocates
-/// nothing but to grow beyond the longest queue yet.
+/// receiver is called on the caller's, one call at a time, and must not call back into this buffer. Appending
+/// allocates nothing but to grow beyond the longest queue yet.
 template <class T>
 class UnboundedBackpressureBuffer {
   public:
