@@ -73,7 +73,9 @@ void ManualClock::advanceUntil(const bool& ended) {
             continue;  // whoever set the timer may have more work in flight
         }
         lock.unlock();
-        takeNext(nanoseconds::max())();
+        if (auto handler = takeNext(nanoseconds::max())) {
+            handler();
+        }
     }
 }
 
