@@ -34,7 +34,7 @@ TEST(Continuation, ResumedByThrowingThrowsFromTheWait) {
 
 TEST(Continuation, ResumedBySeveralThreadsTakesExactlyOneOfThem) {
     constexpr int threads = 4;
-    for (int round = 0; round < 500; ++round) {
+    for (int round = 0; round < 200; ++round) {
         auto [continuation, waiter] = makeContinuation<int>();
         auto waiting = spawn(waitFor(std::move(waiter)));
         std::atomic<int> winner = -1;
@@ -79,7 +79,7 @@ TEST(Continuation, CancelledBeforeTheWaitThrowsAtTheWait) {
 }
 
 TEST(Continuation, CancellationRacingWithResumptionEndsTheWaitOneWayOrTheOther) {
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 1000; ++round) {
         auto [continuation, waiter] = makeContinuation<int>();
         auto waiting = spawn(waitFor(std::move(waiter)));
         bool won = false;
