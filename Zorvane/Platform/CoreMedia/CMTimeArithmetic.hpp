@@ -52,6 +52,10 @@ constexpr Int128 divideToNearest(Int128 numerator, Int128 denominator) {
 /// overflows. The caller's numbers keep `units` below 2^95, so the product with a timescale stays inside 128 bits.
 constexpr CMTime fitted(Int128 units, std::int64_t unitsPerSecond, std::uint32_t rounded, std::int64_t epoch) {
     constexpr std::int64_t maxTimescale = std::numeric_limits<std::int32_t>::max();
+    if (unitsPerSecond <= maxTimescale && fits64(units)) {
+        // Nearly always; spares the divisions.
+        return numeric(static_cast<std::int64_t>(units), static_cast<std::int32_t>(unitsPerSecond), rounded, epoch);
+    }
     for (std::int64_t scale = unitsPerSecond < maxTimescale ? unitsPerSecond : maxTimescale; scale > 0; scale /= 2) {
         const Int128 value = divideToNearest(units * scale, unitsPerSecond);
         if (fits64(value)) {
@@ -67,11 +71,7 @@ constexpr CMTime fitted(Int128 units, std::int64_t unitsPerSecond, std::uint32_t
 constexpr CMTime combineNumeric(const CMTime& left, const CMTime& right, int sign, std::int64_t epoch) {
     const std::uint32_t rounded = (left.flags.rawValue | right.flags.rawValue) & CMTimeFlags::hasBeenRounded;
     if (left.timescale == right.timescale) {
-        const Int128 value = Int128{left.value} + sign * Int128{right.value};
-        if (fits64(value)) {
-            return numeric(static_cast<std::int64_t>(value), left.timescale, rounded, epoch);
-        }
-        return fitted(value, left.timescale, rounded, epoch);
+        return fitted(Int128{left.value} + sign * Int128{right.value}, left.timescale, rounded, epoch);
     }
     const std::int64_t common = std::lcm(std::int64_t{left.timescale}, std::int64_t{right.timescale});
     const Int128 leftUnits = Int128{left.value} * (common / left.timescale);
