@@ -2,10 +2,12 @@
 #pragma once
 
 #include "Zorvane/Platform/CoreMedia/CMTime.hpp"
+#include "Zorvane/ZVAsyncStream.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
 #include "Zorvane/ZVColorSpace.hpp"
 #include "Zorvane/ZVError.hpp"
 #include "Zorvane/ZVLogger.hpp"
+#include "Zorvane/ZVMainExecutor.hpp"
 #include "Zorvane/ZVOutputOptions.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 #include "Zorvane/ZVSchemaItem.hpp"

@@ -64,7 +64,7 @@ class TaskGroup {
     using Results = std::conditional_t<std::is_void_v<T>, void, std::vector<typename ZVOutcome<T>::Value>>;
 
     explicit TaskGroup(std::stop_token parent) : state_(std::make_shared<State>(std::move(parent))) {}
-    TaskGroup(TaskGroup&&) = default;
+    TaskGroup(TaskGroup&&) noexcept = default;
     TaskGroup& operator=(TaskGroup&&) = delete;
     ~TaskGroup() {
         if (state_) {
