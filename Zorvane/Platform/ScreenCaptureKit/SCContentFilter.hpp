@@ -26,6 +26,10 @@ struct SCContentFilter {
 
     /// Whether the whole display is shown as it is, so that no composition is needed.
     bool showsEverything() const;
+    /// Whether what lies behind all windows is part of the picture; else that is black.
+    bool showsDesktop() const {
+        return kind == SCContentFilterKind::excludingWindows || kind == SCContentFilterKind::excludingApplications;
+    }
     /// Whether `window` is part of the picture.
     bool shows(const SCWindow& window) const;
     std::string debugDescription() const;

@@ -19,7 +19,7 @@ struct Case {
 };
 
 // Windows 1 and 2 belong to the listed application, 3 to another one, 4 to nobody. Windows 2 and 3 are listed.
-TEST(SCContentFilterTests, ListedWindowsAreTheExceptionsAmongApplications) {
+TEST(SCContentFilterTest, ListedWindowsAreTheExceptionsAmongApplications) {
     const std::vector<SCWindow> windows{window(1, 10), window(2, 10), window(3, 20), window(4, std::nullopt)};
     const Case cases[] = {
         {SCContentFilterKind::includingWindows, {2, 3}},

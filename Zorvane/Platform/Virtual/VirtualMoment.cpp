@@ -1,0 +1,216 @@
+#include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
+
+#include <cmath>
+#include <utility>
+
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+
+namespace zorvane {
+namespace {
+
+using std::chrono::nanoseconds;
+
+nanoseconds fromSeconds(double seconds) {
+    return nanoseconds(std::llround(seconds * 1e9));
+}
+
+std::exception_ptr streamError(SCStreamErrorCode code, const char* description) {
+    return std::make_exception_ptr(
+        NSError(SCStreamErrorDomain, static_cast<std::int64_t>(code), {.localizedDescription = description}));
+}
+
+void tellPictureChanged(VirtualDesktop& desktop, CGDirectDisplayID displayID) {
+    for (const auto& observer : desktop.observers(displayID)) {
+        observer->pictureChanged();
+    }
+}
+
+/// False when there is no such display.
+bool paintDisplay(VirtualDesktop& desktop, CGDirectDisplayID displayID,
+                  const std::function<void(VirtualScreen&)>& painter) {
+    const bool isThere = desktop.withState([&](VirtualDesktopState& state) {
+        VirtualScene::Panel* panel = state.scene.find(displayID);
+        if (panel) {
+            painter(panel->screen);
+        }
+        return panel != nullptr;
+    });
+    if (isThere) {
+        tellPictureChanged(desktop, displayID);
+    }
+    return isThere;
+}
+
+struct RunningAnimation {
+    CGDirectDisplayID displayID;
+    VirtualAnimation animation;
+    nanoseconds start;
+};
+
+// Each frame's time is counted from the start, so that rounding never adds up.
+nanoseconds timeOfFrame(const RunningAnimation& running, std::uint32_t number) {
+    const std::uint32_t phasesBefore = number / running.animation.framesPerPhase;
+    return running.start +
+           fromSeconds(number / running.animation.framesPerSecond + phasesBefore * running.animation.rest);
+}
+
+void showAnimationFrame(VirtualDesktop& desktop, const RunningAnimation& running, std::uint32_t number) {
+    if (running.animation.frames && number >= *running.animation.frames) {
+        return;
+    }
+    const auto painter = [number](VirtualScreen& screen) { screen.drawTestPattern(number); };
+    if (paintDisplay(desktop, running.displayID, painter)) {
+        desktop.schedule(timeOfFrame(running, number + 1),
+                         [running, number](VirtualDesktop& same) { showAnimationFrame(same, running, number + 1); });
+    }
+}
+
+}  // namespace
+
+const VirtualMoment& VirtualMoment::perform(VirtualDesktop::Action action) const {
+    desktop_->perform(hostTime_, std::move(action));
+    return *this;
+}
+
+const VirtualMoment& VirtualMoment::change(std::function<void(VirtualDesktopState&)> change) const {
+    return perform([change = std::move(change)](VirtualDesktop& desktop) { desktop.withState(change); });
+}
+
+const VirtualMoment& VirtualMoment::changePicture(std::function<void(VirtualScene&)> change) const {
+    return perform([change = std::move(change)](VirtualDesktop& desktop) {
+        const auto displays = desktop.withState([&change](VirtualDesktopState& state) {
+            change(state.scene);
+            return state.scene.shareableContent(SCShareableContentScope::all).displays;
+        });
+        for (const SCDisplay& display : displays) {
+            tellPictureChanged(desktop, display.displayID);
+        }
+    });
+}
+
+const VirtualMoment& VirtualMoment::paint(CGDirectDisplayID displayID, const VirtualColor& color) const {
+    return paint(displayID, [color](VirtualScreen& screen) { screen.fill(color); });
+}
+
+const VirtualMoment& VirtualMoment::paint(CGDirectDisplayID displayID, const VirtualPixelRect& rect,
+                                          const VirtualColor& color) const {
+    return paint(displayID, [rect, color](VirtualScreen& screen) { screen.fill(rect, color); });
+}
+
+const VirtualMoment& VirtualMoment::paint(CGDirectDisplayID displayID,
+                                          std::function<void(VirtualScreen&)> painter) const {
+    return perform([displayID, painter = std::move(painter)](VirtualDesktop& desktop) {
+        paintDisplay(desktop, displayID, painter);
+    });
+}
+
+const VirtualMoment& VirtualMoment::showFrame(CGDirectDisplayID displayID, std::uint32_t number) const {
+    return paint(displayID, [number](VirtualScreen& screen) { screen.drawTestPattern(number); });
+}
+
+const VirtualMoment& VirtualMoment::animate(CGDirectDisplayID displayID, const VirtualAnimation& animation) const {
+    const RunningAnimation running{displayID, animation, hostTime_};
+    return perform([running](VirtualDesktop& desktop) { showAnimationFrame(desktop, running, 0); });
+}
+
+const VirtualMoment& VirtualMoment::movePointer(std::optional<CGPoint> position) const {
+    return changePicture([position](VirtualScene& scene) { scene.pointer = position; });
+}
+
+const VirtualMoment& VirtualMoment::setWindows(std::vector<VirtualWindow> windows) const {
+    return changePicture([windows = std::move(windows)](VirtualScene& scene) { scene.windows = windows; });
+}
+
+const VirtualMoment& VirtualMoment::setApplications(std::vector<SCRunningApplication> applications) const {
+    return change([applications = std::move(applications)](VirtualDesktopState& state) {
+        state.scene.applications = applications;
+    });
+}
+
+const VirtualMoment& VirtualMoment::putDisplay(const VirtualDisplay& display) const {
+    return changePicture([display](VirtualScene& scene) { scene.put(display); });
+}
+
+const VirtualMoment& VirtualMoment::removeDisplay(CGDirectDisplayID displayID) const {
+    change([displayID](VirtualDesktopState& state) {
+        std::erase_if(state.scene.panels,
+                      [displayID](const VirtualScene::Panel& panel) { return panel.display.displayID == displayID; });
+    });
+    return stopStreams(displayID, streamError(SCStreamErrorCode::noCaptureSource, "The display is gone."));
+}
+
+const VirtualMoment& VirtualMoment::failDisplayList(CGError error) const {
+    return change([error](VirtualDesktopState& state) {
+        state.conditions.displayListError = error == CGError::success ? std::nullopt : std::optional(error);
+    });
+}
+
+const VirtualMoment& VirtualMoment::allowScreenCapture(bool allow) const {
+    return change([allow](VirtualDesktopState& state) { state.conditions.allowsScreenCapture = allow; });
+}
+
+const VirtualMoment& VirtualMoment::answerContentRequests(std::vector<VirtualAnswer> answers) const {
+    return change([answers = std::move(answers)](VirtualDesktopState& state) {
+        state.conditions.contentAnswers.assign(answers.begin(), answers.end());
+    });
+}
+
+const VirtualMoment& VirtualMoment::failServiceRestart(std::exception_ptr error) const {
+    return change([error](VirtualDesktopState& state) { state.conditions.serviceRestartError = error; });
+}
+
+const VirtualMoment& VirtualMoment::failStreamStart(std::exception_ptr error) const {
+    return change([error](VirtualDesktopState& state) { state.conditions.streamStartError = error; });
+}
+
+const VirtualMoment& VirtualMoment::refuseStreamOutput(std::optional<SCStreamOutputType> type) const {
+    return change([type](VirtualDesktopState& state) { state.conditions.refusedOutput = type; });
+}
+
+const VirtualMoment& VirtualMoment::setStreamClock(std::optional<double> secondsBehind) const {
+    const auto offset = secondsBehind ? std::optional(fromSeconds(*secondsBehind)) : std::nullopt;
+    return change([offset](VirtualDesktopState& state) { state.conditions.streamClockOffset = offset; });
+}
+
+const VirtualMoment& VirtualMoment::holdPictures(CGDirectDisplayID displayID, double seconds) const {
+    return change([displayID, until = hostTime_ + fromSeconds(seconds)](VirtualDesktopState& state) {
+        state.conditions.picturesHeldUntil[displayID] = until;
+    });
+}
+
+const VirtualMoment& VirtualMoment::deliver(CGDirectDisplayID displayID, VirtualOddSample kind) const {
+    return perform([displayID, kind](VirtualDesktop& desktop) {
+        for (const auto& observer : desktop.observers(displayID)) {
+            observer->oddSample(kind);
+        }
+    });
+}
+
+const VirtualMoment& VirtualMoment::stopStreams(CGDirectDisplayID displayID, std::exception_ptr error) const {
+    return perform([displayID, error](VirtualDesktop& desktop) {
+        for (const auto& observer : desktop.observers(displayID)) {
+            observer->stopped(error);
+        }
+    });
+}
+
+const VirtualMoment& VirtualMoment::stopStreams(CGDirectDisplayID displayID, SCStreamErrorCode code) const {
+    return stopStreams(displayID, streamError(code, "The stream was stopped."));
+}
+
+const VirtualMoment& VirtualMoment::playTone(double frequency) const {
+    return change([frequency](VirtualDesktopState& state) { state.sound.frequency = frequency; });
+}
+
+const VirtualMoment& VirtualMoment::loseSound(double seconds) const {
+    return change([from = hostTime_, until = hostTime_ + fromSeconds(seconds)](VirtualDesktopState& state) {
+        state.sound.lostFrom = from;
+        state.sound.lostUntil = until;
+    });
+}
+
+const VirtualMoment& VirtualMoment::shiftSound(double seconds) const {
+    return change([shift = fromSeconds(seconds)](VirtualDesktopState& state) { state.sound.shift += shift; });
+}
+
+}  // namespace zorvane

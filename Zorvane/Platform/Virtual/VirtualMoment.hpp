@@ -1,0 +1,91 @@
+// The words of a virtual desktop's script: all that can happen at one moment.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "Zorvane/Platform/Virtual/VirtualDesktop.hpp"
+
+namespace zorvane {
+
+/// Test patterns in a row: phases in which something moves, with still phases between them.
+struct VirtualAnimation {
+    double framesPerSecond = 30;
+    std::uint32_t framesPerPhase = 120;
+    double rest = 0;                      ///< seconds of stillness after each phase
+    std::optional<std::uint32_t> frames;  ///< in all; absent: until the display is gone
+};
+
+/// One moment of a script. Each word books an event for it, in the order of the words, and gives the moment back:
+/// `desktop->at(1).movePointer({5, 5}).playTone(440)`. An event about a display that isn't there does nothing.
+class VirtualMoment {
+  public:
+    VirtualMoment(std::shared_ptr<VirtualDesktop> desktop, std::chrono::nanoseconds hostTime)
+        : desktop_(std::move(desktop)), hostTime_(hostTime) {}
+
+    // The picture. Every one of these words counts as a change of the display, or of all displays.
+    const VirtualMoment& paint(CGDirectDisplayID displayID, const VirtualColor& color) const;
+    const VirtualMoment& paint(CGDirectDisplayID displayID, const VirtualPixelRect& rect,
+                               const VirtualColor& color) const;
+    const VirtualMoment& paint(CGDirectDisplayID displayID, std::function<void(VirtualScreen&)> painter) const;
+    /// The picture of `VirtualScreen::drawTestPattern`, readable with `readFrameCounter`.
+    const VirtualMoment& showFrame(CGDirectDisplayID displayID, std::uint32_t number) const;
+    /// Test patterns from number 0 on, beginning at this moment.
+    const VirtualMoment& animate(CGDirectDisplayID displayID, const VirtualAnimation& animation) const;
+    /// Nothing hides the pointer.
+    const VirtualMoment& movePointer(std::optional<CGPoint> position) const;
+    const VirtualMoment& setWindows(std::vector<VirtualWindow> windows) const;
+    const VirtualMoment& setApplications(std::vector<SCRunningApplication> applications) const;
+
+    // Displays.
+    /// A new display, or the same one with another mode, place or name; its screen is black.
+    const VirtualMoment& putDisplay(const VirtualDisplay& display) const;
+    /// Streams on it stop with `noCaptureSource`.
+    const VirtualMoment& removeDisplay(CGDirectDisplayID displayID) const;
+    /// `activeDisplayList` fails; `success` mends it.
+    const VirtualMoment& failDisplayList(CGError error) const;
+
+    // Screen capture.
+    const VirtualMoment& allowScreenCapture(bool allow) const;
+    /// What becomes of the next requests for shareable content, one after the other.
+    const VirtualMoment& answerContentRequests(std::vector<VirtualAnswer> answers) const;
+    const VirtualMoment& failServiceRestart(std::exception_ptr error) const;
+    /// Streams can't start; null mends it.
+    const VirtualMoment& failStreamStart(std::exception_ptr error) const;
+    /// New streams refuse outputs of this type.
+    const VirtualMoment& refuseStreamOutput(std::optional<SCStreamOutputType> type) const;
+    /// How far the clock of new streams is behind the host clock, in seconds; nothing: they have no clock.
+    const VirtualMoment& setStreamClock(std::optional<double> secondsBehind) const;
+
+    // Running streams.
+    /// No new picture of this display for so long; the last change shows then.
+    const VirtualMoment& holdPictures(CGDirectDisplayID displayID, double seconds) const;
+    const VirtualMoment& deliver(CGDirectDisplayID displayID, VirtualOddSample kind) const;
+    /// Streams on the display stop; `error` may be null.
+    const VirtualMoment& stopStreams(CGDirectDisplayID displayID, std::exception_ptr error) const;
+    const VirtualMoment& stopStreams(CGDirectDisplayID displayID, SCStreamErrorCode code) const;
+
+    // Sound.
+    /// A sine of `frequency` Hz; 0 is silence.
+    const VirtualMoment& playTone(double frequency) const;
+    /// Blocks that begin in the next `seconds` get lost.
+    const VirtualMoment& loseSound(double seconds) const;
+    /// Blocks from here on are stamped later by `seconds` more (a gap), or earlier if negative (an overlap).
+    const VirtualMoment& shiftSound(double seconds) const;
+
+  private:
+    const VirtualMoment& perform(VirtualDesktop::Action action) const;
+    const VirtualMoment& change(std::function<void(VirtualDesktopState&)> change) const;
+    /// The same, and tells streams of all displays that their picture has changed.
+    const VirtualMoment& changePicture(std::function<void(VirtualScene&)> change) const;
+
+    std::shared_ptr<VirtualDesktop> desktop_;
+    std::chrono::nanoseconds hostTime_;
+};
+
+}  // namespace zorvane

@@ -1,0 +1,31 @@
+#include "Zorvane/Platform/Virtual/VirtualPlatform.hpp"
+
+#include <utility>
+
+#include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/Virtual/VirtualDisplays.hpp"
+#include "Zorvane/Platform/Virtual/VirtualMediaWriting.hpp"
+#include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
+#include "Zorvane/Platform/Virtual/VirtualScreenCapture.hpp"
+
+namespace zorvane {
+
+Platform makeVirtualPlatform() {
+    auto desktop = VirtualDesktop::make(MonotonicClock::shared());
+    const VirtualDisplay display;
+    desktop->now().animate(display.displayID, {.framesPerPhase = 120, .rest = 2}).playTone(440);
+    Platform platform = makeVirtualPlatform(std::move(desktop));
+    platform.mediaWriting = nullptr;  // the default one, which writes files
+    return platform;
+}
+
+Platform makeVirtualPlatform(std::shared_ptr<VirtualDesktop> desktop, std::shared_ptr<AVMediaWriting> mediaWriting) {
+    Platform platform;
+    platform.clock = desktop->clock();
+    platform.displays = std::make_shared<VirtualDisplays>(desktop);
+    platform.screenCapture = std::make_shared<VirtualScreenCapture>(desktop);
+    platform.mediaWriting = mediaWriting ? std::move(mediaWriting) : VirtualMediaWriting::make(desktop->clock());
+    return platform;
+}
+
+}  // namespace zorvane

@@ -1,0 +1,65 @@
+// What is on a virtual desktop at one moment, and how a stream sees it. Plain values, no thread, no clock.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Zorvane/Platform/CoreGraphics/CGDisplays.hpp"
+#include "Zorvane/Platform/ScreenCaptureKit/SCContentFilter.hpp"
+#include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
+#include "Zorvane/Platform/Virtual/VirtualScreen.hpp"
+
+namespace zorvane {
+
+struct VirtualDisplay {
+    CGDirectDisplayID displayID = 1;
+    std::uint32_t serialNumber = 1;
+    std::optional<std::string> name = "Virtual Display";
+    CGRect frame = CGRect::make(0, 0, 1920, 1080);  ///< points, global coordinates
+    std::optional<std::uint32_t> scale = 1;         ///< pixels per point; absent: the display tells no mode, and has 2
+    VirtualScreen::Gamut gamut = VirtualScreen::Gamut::standard;
+
+    std::uint32_t pixelScale() const { return scale.value_or(2); }
+    std::int32_t pixelWidth() const;
+    std::int32_t pixelHeight() const;
+    /// The least that display of any kind has is its identity; everything else stays at its default.
+    CGDisplayProperties properties(bool isMain) const;
+    std::optional<CGDisplayMode> mode() const;
+};
+
+/// A window: what is told of it, and the colour that fills it. Without a colour it can't be seen in a picture.
+struct VirtualWindow {
+    SCWindow window;
+    std::optional<VirtualColor> color;
+};
+
+/// The first display is the main one.
+struct VirtualScene {
+    struct Panel {
+        VirtualDisplay display;
+        VirtualScreen screen;  ///< what lies behind the windows, in pixels of the display
+    };
+
+    std::vector<Panel> panels;
+    std::vector<VirtualWindow> windows;  ///< front to back
+    std::vector<SCRunningApplication> applications;
+    std::optional<CGPoint> pointer;  ///< points, global coordinates
+
+    Panel* find(CGDirectDisplayID displayID);
+    const Panel* find(CGDirectDisplayID displayID) const;
+
+    /// Puts a display in place, in the place of the one with the same id if there is one, with a black screen.
+    void put(const VirtualDisplay& display);
+
+    SCShareableContent shareableContent(SCShareableContentScope scope) const;
+
+    /// Draws what a stream with `filter` and `configuration` shows into `picture`, whose layout decides the format:
+    /// screen, windows back to front, pointer. Pictures of another size than the source are scaled by taking the
+    /// nearest pixel; what lies outside the display is black. Precondition: `panel` has the picture's format.
+    void draw(const Panel& panel, const SCContentFilter& filter, const SCStreamConfiguration& configuration,
+              CVPixelBuffer& picture) const;
+};
+
+}  // namespace zorvane
