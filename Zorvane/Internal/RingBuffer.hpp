@@ -114,10 +114,12 @@ class RingBuffer<T>::Iterator {
     }
     void operator++(int) { ++index_; }
     friend bool operator==(const Iterator& iterator, std::default_sentinel_t) {
-        return iterator.index_ == iterator.ring_.array_.size();
+        return iterator.isAtEnd();
     }
 
   private:
+    bool isAtEnd() const { return index_ == ring_.array_.size(); }
+
     RingBuffer ring_;
     std::size_t index_ = 0;
 };
