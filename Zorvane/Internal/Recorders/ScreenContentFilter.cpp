@@ -1,0 +1,152 @@
+#include "Zorvane/Internal/Recorders/ScreenContentFilter.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "Zorvane/Internal/CGInterop/Display.hpp"
+#include "Zorvane/Internal/ShareableContent.hpp"
+#include "Zorvane/ZVError.hpp"
+
+namespace zorvane {
+namespace {
+
+/// All content there is, with the process's one token held meanwhile.
+Task<SCShareableContent> retrieveContent(ShareableContentError::Case timeoutError) {
+    const std::shared_ptr<TokenBucket> bucket = ShareableContent::tokenBucket();
+    co_return co_await bucket->withToken(
+        ShareableContent::getContentWithRestart(SCShareableContentScope::all, timeoutError));
+}
+
+template <class T, class IDs, class GetID>
+std::vector<T> keepListed(std::vector<T> all, const IDs& ids, GetID getID) {
+    std::erase_if(all, [&](const T& one) { return std::find(ids.begin(), ids.end(), getID(one)) == ids.end(); });
+    return all;
+}
+
+std::optional<CGDirectDisplayID> displayIDFor(std::uint32_t serialNumber) {
+    for (const CGInterop::Display& display : CGInterop::Display::getActiveDisplays()) {
+        if (display.serialNumber == serialNumber) {
+            return display.displayID;
+        }
+    }
+    return std::nullopt;
+}
+
+[[noreturn]] void throwDisplayNotFound(std::uint32_t serialNumber, const Logger& logger) {
+    logger.error("Can't find display for given ID.", [&] {
+        return LogMetadata{{"displaySerialNumber", std::to_string(serialNumber)}};
+    });
+    throw ZVError::invalidConfiguration(fmt::format("Can't find display with ID: {}", serialNumber));
+}
+
+[[noreturn]] void throwWindowNotFound(std::uint32_t windowID, const Logger& logger) {
+    logger.error("Can't find window for given ID.", [&] {
+        return LogMetadata{{"windowID", std::to_string(windowID)}};
+    });
+    throw ZVError::invalidConfiguration(fmt::format("Can't find window with ID: {}", windowID));
+}
+
+[[noreturn]] void throwWindowOnNoDisplay(std::uint32_t windowID, const std::vector<SCDisplay>& displays,
+                                         const Logger& logger) {
+    logger.error("Can't find display for window.", [&] {
+        std::vector<std::string> descriptions;
+        for (const SCDisplay& display : displays) {
+            descriptions.push_back(display.debugDescription());
+        }
+        return LogMetadata{{"windowID", std::to_string(windowID)},
+                           {"displays", fmt::format("{}", fmt::join(descriptions, " / "))}};
+    });
+    throw ZVError::invalidConfiguration(fmt::format("Can't find display for window: {}", windowID));
+}
+
+std::optional<std::int32_t> ownerOf(const SCWindow& window) {
+    return window.owningApplication ? std::optional(window.owningApplication->processID) : std::nullopt;
+}
+
+/// Lets only the target through: all other applications are excluded, and so are its own application's other windows.
+SCContentFilter filterShowingOnly(const SCWindow& target, const SCDisplay& display, SCShareableContent content) {
+    const std::optional<std::int32_t> owner = ownerOf(target);
+    std::erase_if(content.applications,
+                  [&](const SCRunningApplication& application) { return application.processID == owner; });
+    std::erase_if(content.windows, [&](const SCWindow& window) {
+        return ownerOf(window) != owner || window.windowID == target.windowID;
+    });
+    return {.kind = SCContentFilterKind::excludingApplications,
+            .display = display,
+            .applications = std::move(content.applications),
+            .windows = std::move(content.windows)};
+}
+
+/// The fraction of `rect`'s area that lies inside `frame`, from 0 to 1.
+double intersectionPercentage(const CGRect& frame, const CGRect& rect) {
+    const CGRect intersection = CGRectIntersection(frame, rect);
+    if (CGRectIsNull(intersection)) {
+        return 0;
+    }
+    return intersection.size.width * intersection.size.height / (rect.size.width * rect.size.height);
+}
+
+}  // namespace
+
+CGRect ResolvedContentFilter::globalCrop() const {
+    return cropRect ? CGRectOffset(*cropRect, display.frame.origin.x, display.frame.origin.y) : display.frame;
+}
+
+Task<ResolvedContentFilter> createDisplayFilter(std::uint32_t displaySerialNumber, DisplayFilterOptions options,
+                                                Logger logger) {
+    const std::optional<CGDirectDisplayID> displayID = displayIDFor(displaySerialNumber);
+    SCShareableContent content = co_await retrieveContent(ShareableContentError::Case::timeoutRecordDisplay);
+    const auto display = std::find_if(content.displays.begin(), content.displays.end(),
+                                      [&](const SCDisplay& candidate) { return candidate.displayID == displayID; });
+    if (display == content.displays.end()) {
+        throwDisplayNotFound(displaySerialNumber, logger);
+    }
+    ResolvedContentFilter resolved;
+    resolved.display = *display;
+    resolved.filter.kind = options.kind;
+    resolved.filter.display = *display;
+    resolved.filter.applications =
+        keepListed(std::move(content.applications), options.processIDs,
+                   [](const SCRunningApplication& application) { return application.processID; });
+    resolved.filter.windows = keepListed(std::move(content.windows), options.windowIDs,
+                                         [](const SCWindow& window) { return window.windowID; });
+    co_return resolved;
+}
+
+Task<ResolvedContentFilter> createWindowBasedCropFilter(std::uint32_t windowID, Logger logger) {
+    SCShareableContent content = co_await retrieveContent(ShareableContentError::Case::timeoutRecordWindow);
+    const auto found = std::find_if(content.windows.begin(), content.windows.end(),
+                                    [&](const SCWindow& window) { return window.windowID == windowID; });
+    if (found == content.windows.end()) {
+        throwWindowNotFound(windowID, logger);
+    }
+    const SCWindow window = *found;
+    const SCDisplay* containing = displayContaining(content.displays, window.frame);
+    if (containing == nullptr) {
+        throwWindowOnNoDisplay(windowID, content.displays, logger);
+    }
+    ResolvedContentFilter resolved;
+    resolved.display = *containing;
+    resolved.cropRect = CGRectOffset(window.frame, -resolved.display.frame.origin.x, -resolved.display.frame.origin.y);
+    resolved.filter = filterShowingOnly(window, resolved.display, std::move(content));
+    co_return resolved;
+}
+
+const SCDisplay* displayContaining(std::span<const SCDisplay> displays, const CGRect& rect) {
+    const SCDisplay* best = nullptr;
+    double bestPercentage = 0;
+    for (const SCDisplay& display : displays) {
+        const double percentage = intersectionPercentage(display.frame, rect);
+        if (percentage > bestPercentage) {
+            best = &display;
+            bestPercentage = percentage;
+        }
+    }
+    return best;
+}
+
+}  // namespace zorvane

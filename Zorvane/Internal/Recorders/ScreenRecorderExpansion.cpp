@@ -1,0 +1,68 @@
+#include "Zorvane/Internal/Recorders/ScreenRecorderExpansion.hpp"
+
+#include <unistd.h>
+
+#include <memory>
+#include <utility>
+
+#include "Zorvane/Internal/Recorders/ScreenRecorder.hpp"
+#include "Zorvane/ZVError.hpp"
+
+namespace zorvane {
+namespace {
+
+DisplayFilterOptions filterOptions(const std::set<ZVScreenRecordingExcludeOptions>& excluding) {
+    DisplayFilterOptions options{.kind = SCContentFilterKind::excludingApplications};
+    if (excluding.contains(ZVScreenRecordingExcludeOptions::currentProcess)) {
+        options.processIDs.push_back(::getpid());
+    }
+    return options;
+}
+
+/// Refuses the side files that no recorder writes yet, rather than leave them out without a word.
+template <class Item>
+void requireNoInputEvents(const Item& item) {
+    if (item.mouseEvents || item.keyboardEvents) {
+        throw ZVError::invalidConfiguration(
+            "Mouse and keyboard events can't be recorded in this version. Turn mouseEvents and keyboardEvents off.");
+    }
+}
+
+template <class Item>
+Recorders makeScreenRecorder(const Item& item, ResolvedContentFilter content, RecorderContext context) {
+    ScreenRecorderParameters parameters{
+        .id = item.id,
+        .outputDescription = outputDescription(item.outputOptions.form(), context.bundleURL, fallbackFilename(item)),
+        .content = std::move(content),
+        .captureAudio = item.captureAudio,
+        .showsCursor = item.showsCursor,
+        .mode = recordModeFor(item.colorSpace),
+        .recordingInterval = context.recordingInterval,
+        .logger = std::move(context.logger),
+        .onAbort = std::move(context.onAbort),
+    };
+    Recorders recorders;
+    recorders.push_back(std::make_shared<ScreenRecorder>(std::move(parameters)));
+    return recorders;
+}
+
+}  // namespace
+
+Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context) {
+    requireNoInputEvents(item);
+    if (item.topWindowInfo) {
+        throw ZVError::invalidConfiguration(
+            "The frontmost window can't be recorded in this version. Turn topWindowInfo off.");
+    }
+    ResolvedContentFilter content =
+        co_await createDisplayFilter(item.displayID, filterOptions(item.excludingOptions), context.logger);
+    co_return makeScreenRecorder(item, std::move(content), std::move(context));
+}
+
+Task<Recorders> createRecorders(WindowBasedCropSchemaItem item, RecorderContext context) {
+    requireNoInputEvents(item);
+    ResolvedContentFilter content = co_await createWindowBasedCropFilter(item.windowID, context.logger);
+    co_return makeScreenRecorder(item, std::move(content), std::move(context));
+}
+
+}  // namespace zorvane

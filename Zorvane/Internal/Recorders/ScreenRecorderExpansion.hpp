@@ -1,0 +1,15 @@
+// Expands the schema items of displays and window crops into their recorders.
+#pragma once
+
+#include "Zorvane/Internal/Concurrency/Task.hpp"
+#include "Zorvane/Internal/RecorderContext.hpp"
+#include "Zorvane/Internal/SchemaItem.hpp"
+
+namespace zorvane {
+
+/// Resolves what is to be shown and makes the screen recorder. Throws `ZVError` (invalid configuration) for an unknown
+/// display or window and for what this version can't record yet, and what `ScreenRecorder` throws.
+Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context);
+Task<Recorders> createRecorders(WindowBasedCropSchemaItem item, RecorderContext context);
+
+}  // namespace zorvane

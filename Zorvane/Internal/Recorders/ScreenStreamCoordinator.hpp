@@ -1,0 +1,93 @@
+// Decides for each sample of a screen stream whether it is dropped, held, repeated or written.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "Zorvane/Internal/AVAssetWriterInputDropAdaptor.hpp"
+#include "Zorvane/Internal/FrameRepeater.hpp"
+#include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
+#include "Zorvane/Internal/Recorder.hpp"
+#include "Zorvane/Internal/Recorders/AudioSamplePath.hpp"
+#include "Zorvane/Internal/Recorders/OutputAssetWriters.hpp"
+#include "Zorvane/Internal/Recorders/WriterSession.hpp"
+#include "Zorvane/Internal/RecordingInterval.hpp"
+#include "Zorvane/Internal/RecordingIntervalBoundedRetimer.hpp"
+#include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
+
+namespace zorvane {
+
+/// The delegate and the sample receiver of a screen recorder's stream. The way of a picture: held for `prepare`, the
+/// frame repeater (which repeats it when the screen stands still), the retimer (which clips to the recording), the
+/// writer input (which drops it when it isn't ready). The way of sound: `AudioSamplePath`.
+///
+/// Pictures and sound arrive on two queues at once; repeats come on the pool. Shared by its owner and the stream's
+/// callbacks, which hold it weakly.
+class ScreenStreamCoordinator final : public SCStreamOutput,
+                                      public SCStreamDelegate,
+                                      public std::enable_shared_from_this<ScreenStreamCoordinator> {
+  public:
+    /// Hears of the stream's end and of failures on the sample path; any thread, any number of times. The error may be
+    /// null.
+    using StopErrorHandler = std::function<void(std::exception_ptr error)>;
+
+    /// `audioInput` is null when no sound is captured.
+    static std::shared_ptr<ScreenStreamCoordinator> make(const Logger& logger, const StableRecordingInterval& interval,
+                                                         std::shared_ptr<OutputAssetWriters> outputAssetWriters,
+                                                         std::shared_ptr<AVAssetWriterInput> videoInput,
+                                                         std::shared_ptr<AVAssetWriterInput> audioInput,
+                                                         StopErrorHandler stopErrorHandler);
+
+    /// Ends when the first complete picture has come and, if sound is captured, then the first sound. Throws `ZVError`
+    /// with a text for the user after 3 seconds without one of them.
+    Task<> waitForSampleBuffers();
+
+    void stream(SCStream& stream, const CMSampleBuffer& sampleBuffer, SCStreamOutputType type) override;
+    void streamDidStopWithError(SCStream& stream, std::exception_ptr error) override;
+
+    /// Stops repeating; the stream's next picture would start it again.
+    void cancelRepeats();
+
+    /// Closes the picture track at `recordUntil`. Once, after the stream has stopped. Throws the retimer's errors.
+    void finishVideo();
+
+    /// Hands all sound to the writer; see `AudioSamplePath::flush`. Does nothing without sound.
+    Task<> flushAudio();
+
+    RecorderStatistics statistics() const;
+
+  private:
+    ScreenStreamCoordinator(const Logger& logger, const StableRecordingInterval& interval,
+                            std::shared_ptr<OutputAssetWriters> outputAssetWriters,
+                            std::shared_ptr<AVAssetWriterInput> videoInput,
+                            std::shared_ptr<AVAssetWriterInput> audioInput, StopErrorHandler stopErrorHandler);
+    void connectHandlers();
+    void handleVideo(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
+    void ignoreUnknownType(SCStreamOutputType type);
+    void frameRepeaterHandler(const CMSampleBuffer& sampleBuffer, CMTime time, std::optional<CMTime> repeatAddedTime);
+    void retimedVideoFrameHandler(RecordingIntervalBoundedRetimerItemPosition position,
+                                  const CMSampleBuffer& originalBuffer, CMTime newTime);
+    bool closesOutput(CMTime outputTime) const;
+    void openSession(CMTime sessionStart);
+
+    const Logger logger_;
+    const StableRecordingInterval interval_;  // copied and refreshed where it is read
+    const std::shared_ptr<OutputAssetWriters> outputAssetWriters_;
+    const std::shared_ptr<WriterSession> session_;
+    const StopErrorHandler stopErrorHandler_;
+    AVAssetWriterInputDropAdaptor videoInputAdaptor_;
+    std::unique_ptr<AudioSamplePath> audioPath_;  // null when no sound is captured
+    RecordingIntervalBoundedRetimer<CMSampleBuffer> videoRetimer_;
+    FrameRepeater<CMSampleBuffer> frameRepeater_;
+    PrepareRingBufferAdaptor<CMSampleBuffer> videoPrepareAdaptor_;
+    std::atomic<bool> didLogUnknownOutputWarning_{false};
+
+    // Counted where they happen, read by anyone.
+    std::atomic<std::uint64_t> framesWritten_{0};
+    std::atomic<std::uint64_t> framesDropped_{0};
+    std::atomic<std::uint64_t> framesRepeated_{0};
+};
+
+}  // namespace zorvane
