@@ -1,0 +1,53 @@
+// An asset writer over the FFmpeg libraries.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
+#include "Zorvane/Platform/FFmpeg/OutputFile.hpp"
+#include "Zorvane/Platform/FFmpeg/WriterQueue.hpp"
+#include "Zorvane/Platform/Foundation/HostClock.hpp"
+
+namespace zorvane {
+
+class WriterThread;
+
+/// What a writer works with.
+struct FFmpegWriterParts {
+    std::string h264Encoder = "libx264";  ///< names of encoders of the FFmpeg libraries, looked up when writing starts
+    std::string hevcEncoder = "libx265";
+    OutputFileMaker makeFile;
+    std::shared_ptr<HostClock> clock;
+};
+
+/// Writes one video track, on a thread of its own. `canAdd` says whether a track fits into the file; an encoder that
+/// isn't installed is an error of `startWriting`, since that can say what to install.
+///
+/// A process that ends in the middle leaves a movie that lacks its last second at most. Destroying a writer that wasn't
+/// finished does the same, at once. A writer may be destroyed on any thread, also by one of its own callbacks.
+class FFmpegAssetWriter final : public AVAssetWriter {
+  public:
+    FFmpegAssetWriter(std::filesystem::path outputURL, AVFileType fileType, FFmpegWriterParts parts);
+    ~FFmpegAssetWriter() override;
+
+  private:
+    bool canAddInput(const AVAssetWriterInput& input) const override;
+    std::shared_ptr<AVAssetWriterInputSink> addInput(const AVAssetWriterInput& input) override;
+    void doStartWriting() override;
+    void doStartSession(CMTime time) override;
+    void doEndSession(CMTime time) override;
+    void doFinishWriting(std::function<void(std::exception_ptr)> done) override;
+
+    const std::string& encoderFor(const AVVideoSettings& settings) const;
+
+    const AVFileType fileType_;
+    const FFmpegWriterParts parts_;
+    const std::shared_ptr<WriterQueue> queue_;
+    std::optional<AVVideoSettings> video_;
+    std::unique_ptr<WriterThread> thread_;  // from a successful start on
+};
+
+}  // namespace zorvane

@@ -1,0 +1,37 @@
+#include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
+
+#include <utility>
+
+#include "Zorvane/Platform/FFmpeg/OutputSettingsPresets.hpp"
+#include "Zorvane/Platform/FFmpeg/PosixOutputFile.hpp"
+#include "Zorvane/Platform/Platform.hpp"
+
+namespace zorvane {
+namespace {
+
+FFmpegWriterParts completed(FFmpegWriterParts parts) {
+    if (!parts.makeFile) {
+        parts.makeFile = makePosixOutputFile;
+    }
+    return parts;
+}
+
+}  // namespace
+
+FFmpegMediaWriting::FFmpegMediaWriting(FFmpegWriterParts parts) : parts_(completed(std::move(parts))) {}
+
+std::unique_ptr<AVOutputSettingsAssistant> FFmpegMediaWriting::makeOutputSettingsAssistant(
+    AVOutputSettingsPreset preset) {
+    return std::make_unique<PresetSettingsAssistant>(preset);
+}
+
+std::shared_ptr<AVAssetWriter> FFmpegMediaWriting::makeAssetWriter(const std::filesystem::path& url,
+                                                                   AVFileType fileType) {
+    FFmpegWriterParts parts = parts_;
+    if (!parts.clock) {
+        parts.clock = Platform::current()->clock;
+    }
+    return std::make_shared<FFmpegAssetWriter>(url, fileType, std::move(parts));
+}
+
+}  // namespace zorvane

@@ -1,0 +1,141 @@
+#include "Zorvane/Platform/FFmpeg/Muxer.hpp"
+
+#include <algorithm>
+#include <new>
+#include <string>
+
+#include "Zorvane/Platform/FFmpeg/FFmpegError.hpp"
+#include "Zorvane/Platform/FFmpeg/VideoTimeline.hpp"
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/dict.h>
+#include <libavutil/opt.h>
+}
+
+namespace zorvane {
+namespace {
+
+constexpr int bufferSize = 64 * 1024;
+
+const char* formatName(AVFileType fileType) {
+    switch (fileType) {
+        case AVFileType::quickTimeMovie:
+            return "mov";
+        case AVFileType::mpeg4:
+            return "mp4";
+        case AVFileType::appleM4A:
+            return "ipod";
+    }
+    return "mov";
+}
+
+std::uint32_t codecTag(AVCodecID codec) {
+    return codec == AV_CODEC_ID_HEVC ? MKTAG('h', 'v', 'c', '1') : MKTAG('a', 'v', 'c', '1');
+}
+
+}  // namespace
+
+MemorySink::MemorySink() {
+    auto* const buffer = static_cast<std::uint8_t*>(av_malloc(bufferSize));
+    if (!buffer) {
+        throw std::bad_alloc();
+    }
+    context_.reset(avio_alloc_context(buffer, bufferSize, 1, this, nullptr, &MemorySink::write, &MemorySink::seek));
+    if (!context_) {
+        av_free(buffer);
+        throw std::bad_alloc();
+    }
+}
+
+void MemorySink::keepFrom(std::int64_t position) {
+    kept_.clear();
+    keepFrom_ = position;
+}
+
+std::int64_t MemorySink::position() const { return avio_tell(context_.get()); }
+
+void MemorySink::seek(std::int64_t position) {
+    const std::int64_t result = avio_seek(context_.get(), position, SEEK_SET);
+    requireFFmpeg(result < 0 ? static_cast<int>(result) : 0, "move inside the movie");
+}
+
+void MemorySink::flush() {
+    avio_flush(context_.get());
+    requireFFmpeg(context_->error, "put the movie together");
+}
+
+int MemorySink::write(void* sink, std::uint8_t* bytes, int count) {
+    return static_cast<MemorySink*>(sink)->keep(bytes, count);
+}
+
+std::int64_t MemorySink::seek(void* sink, std::int64_t offset, int whence) {
+    if (whence != SEEK_SET) {
+        return AVERROR(ENOSYS);
+    }
+    return static_cast<MemorySink*>(sink)->position_ = offset;
+}
+
+// Called by C code, so nothing may be thrown.
+int MemorySink::keep(const std::uint8_t* bytes, int count) {
+    const std::int64_t skipped = std::clamp<std::int64_t>(keepFrom_ - position_, 0, count);
+    const auto* const begin = reinterpret_cast<const std::byte*>(bytes);
+    try {
+        kept_.insert(kept_.end(), begin + skipped, begin + count);
+    } catch (const std::bad_alloc&) {
+        return AVERROR(ENOMEM);
+    }
+    position_ += count;
+    return count;
+}
+
+Muxer::Muxer(AVFileType fileType, const AVCodecParameters& video, const char* flags) {
+    AVFormatContext* context = nullptr;
+    requireFFmpeg(avformat_alloc_output_context2(&context, nullptr, formatName(fileType), nullptr), "start a movie");
+    context_.reset(context);
+    context_->pb = sink_.context();
+    AVStream* const stream = avformat_new_stream(context, nullptr);
+    if (!stream) {
+        throw std::bad_alloc();
+    }
+    requireFFmpeg(avcodec_parameters_copy(stream->codecpar, &video), "start a movie");
+    stream->codecpar->codec_tag = codecTag(video.codec_id);
+    stream->time_base = {1, videoTimescale};
+    writeHeader(flags);
+}
+
+Muxer::~Muxer() = default;
+
+void Muxer::writeHeader(const char* flags) {
+    AVDictionary* options = nullptr;
+    if (flags) {
+        av_dict_set(&options, "movflags", flags, 0);
+    }
+    av_dict_set_int(&options, "video_track_timescale", videoTimescale, 0);
+    // The movie as a whole is as exact as its tracks.
+    av_dict_set_int(&options, "movie_timescale", videoTimescale, 0);
+    const int result = avformat_write_header(context_.get(), &options);
+    av_dict_free(&options);
+    requireFFmpeg(result, "start a movie");
+}
+
+void Muxer::setFlags(const char* flags) {
+    requireFFmpeg(av_opt_set(context_->priv_data, "movflags", flags, 0), "go on with a movie");
+}
+
+void Muxer::write(const AVPacket& packet) {
+    // It takes a packet that it may change, and documents that it changes none.
+    requireFFmpeg(av_write_frame(context_.get(), const_cast<AVPacket*>(&packet)), "put the movie together");
+}
+
+void Muxer::cutFragment() {
+    requireFFmpeg(av_write_frame(context_.get(), nullptr), "put the movie together");
+    sink_.flush();
+}
+
+void Muxer::writeTrailer() {
+    requireFFmpeg(av_write_trailer(context_.get()), "put the movie together");
+    sink_.flush();
+}
+
+}  // namespace zorvane

@@ -1,0 +1,48 @@
+#include "Zorvane/Platform/FFmpeg/OutputSettingsPresets.hpp"
+
+#include <algorithm>
+
+namespace zorvane {
+namespace {
+
+CMVideoDimensions presetDimensions(AVOutputSettingsPreset preset) {
+    return preset == AVOutputSettingsPreset::hevc_7680x4320 ? CMVideoDimensions{7680, 4320}
+                                                            : CMVideoDimensions{3840, 2160};
+}
+
+AVVideoSettings h264Settings() {
+    AVVideoSettings settings;
+    settings.codec = CMVideoCodecType::h264;
+    settings.compressionProperties.constantQuality = 20;
+    return settings;
+}
+
+AVVideoSettings hevcSettings() {
+    AVVideoSettings settings;
+    settings.codec = CMVideoCodecType::hevc;
+    settings.colorProperties.primaries = AVVideoColorPrimaries::p3D65;
+    settings.compressionProperties.constantQuality = 20;
+    return settings;
+}
+
+}  // namespace
+
+void PresetSettingsAssistant::setSourceVideoFormat(const CMFormatDescription& format) { source_ = format.dimensions; }
+
+std::optional<AVAudioSettings> PresetSettingsAssistant::audioSettings() const {
+    AVAudioSettings settings;
+    settings.numberOfChannels = 2;
+    return settings;
+}
+
+std::optional<AVVideoSettings> PresetSettingsAssistant::videoSettings() const {
+    AVVideoSettings settings =
+        preset_ == AVOutputSettingsPreset::hevc_7680x4320 ? hevcSettings() : h264Settings();
+    const CMVideoDimensions largest = presetDimensions(preset_);
+    const CMVideoDimensions size = source_.value_or(largest);
+    settings.width = std::min(size.width, largest.width);
+    settings.height = std::min(size.height, largest.height);
+    return settings;
+}
+
+}  // namespace zorvane
