@@ -77,8 +77,8 @@ class ZVAsyncStream {
     }
 
     /// Waits for the next value; nothing at the end of the stream, when all values before it have been taken. Throws
-    /// `ZVCancelled` when the waiting task is cancelled; the stream itself goes on. Must not be called while another call
-    /// waits. Dropping the stream ends a call that waits.
+    /// `ZVCancelled` when the waiting task is cancelled; the stream itself goes on. Must not be called while another
+    /// call waits. Dropping the stream ends a call that waits.
     ZVTask<std::optional<T>> next() { return nextOf(core_); }
 
   private:
@@ -106,8 +106,8 @@ class ZVAsyncStream<T>::Source {
     /// Ends the stream behind the values it still holds.
     void finish() const { feed_->core->finish(); }
 
-    /// Has `handler` called once when the stream ends, finished or dropped, on the thread that ended it; at once if it has
-    /// ended. A second handler replaces the first.
+    /// Has `handler` called once when the stream ends, finished or dropped, on the thread that ended it; at once if it
+    /// has ended. A second handler replaces the first.
     void onTermination(std::function<void()> handler) const { feed_->core->onTermination(std::move(handler)); }
 
   private:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <exception>
+#include <type_traits>
 #include <utility>
 #include <variant>
 

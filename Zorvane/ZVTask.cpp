@@ -9,21 +9,6 @@
 
 namespace zorvane {
 
-const char* ZVCancelled::what() const noexcept { return "The operation was cancelled."; }
-
-bool isCancellation(const std::exception_ptr& error) noexcept {
-    if (!error) {
-        return false;
-    }
-    try {
-        std::rethrow_exception(error);
-    } catch (const ZVCancelled&) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
 namespace detail {
 
 namespace {
@@ -100,14 +85,18 @@ BlockingWait::BlockingWait() : event_(std::make_shared<Event>()) {
     }
 }
 
-void BlockingWait::signal(Event& event) { event.signal(); }
+void BlockingWait::signal(Event& event) {
+    event.signal();
+}
 
 void BlockingWait::wait() {
     PoolBlockingScope scope;
     event_->wait();
 }
 
-void postToMainExecutor(std::function<void()> job) { Executor::main()->post(std::move(job)); }
+void postToMainExecutor(std::function<void()> job) {
+    Executor::main()->post(std::move(job));
+}
 
 }  // namespace detail
 

@@ -28,9 +28,9 @@ struct TaskContext {
 
 /// The part of a task's promise that does not depend on its result.
 ///
-/// Resumption never recurses: an awaiting or a finishing coroutine leaves the one to go on with in a slot of the thread,
-/// returns to the loop at the bottom of the stack, and the loop resumes it. A coroutine of another executor is posted
-/// there instead.
+/// Resumption never recurses: an awaiting or a finishing coroutine leaves the one to go on with in a slot of the
+/// thread, returns to the loop at the bottom of the stack, and the loop resumes it. A coroutine of another executor is
+/// posted there instead.
 class TaskPromiseBase {
   public:
     TaskContext context;
@@ -61,8 +61,7 @@ struct TaskFinalAwaiter {
 template <class T>
 class TaskPromiseResult : public TaskPromiseBase {
   public:
-    template <class Value>
-        requires std::constructible_from<T, Value&&>
+    template <class Value = T>
     void return_value(Value&& value) {
         outcome_.emplace(ZVOutcome<T>::success(std::forward<Value>(value)));
     }
@@ -78,9 +77,7 @@ class TaskPromiseResult<void> : public TaskPromiseBase {
   public:
     void return_void() noexcept {}
     void unhandled_exception() noexcept { error_ = std::current_exception(); }
-    ZVOutcome<> takeOutcome() {
-        return error_ ? ZVOutcome<>::failure(std::move(error_)) : ZVOutcome<>::success();
-    }
+    ZVOutcome<> takeOutcome() { return error_ ? ZVOutcome<>::failure(std::move(error_)) : ZVOutcome<>::success(); }
 
   private:
     std::exception_ptr error_;
@@ -129,8 +126,8 @@ void postToMainExecutor(std::function<void()> job);
 
 /// An operation that may suspend, and its one result.
 ///
-/// A task does nothing until it is consumed, once, in one of three ways: awaited with `co_await std::move(task)`, blocked
-/// on with `get`, or started with `start`. A task that is dropped unconsumed never runs.
+/// A task does nothing until it is consumed, once, in one of three ways: awaited with `co_await std::move(task)`,
+/// blocked on with `get`, or started with `start`. A task that is dropped unconsumed never runs.
 ///
 /// A coroutine resumes on the executor it was running on; the outermost task runs on the library's thread pool. A task
 /// inherits the stop token of the coroutine that awaits it: when stop is requested, its waits throw `ZVCancelled`. An
@@ -155,14 +152,15 @@ class [[nodiscard]] ZVTask {
     }
 
     /// Runs the task and blocks the calling thread until it has ended; returns its value or throws what it threw.
-    /// Throws `std::logic_error` if called inside a task: await it there instead. Must not be called on the main executor
-    /// by a host whose task needs that loop.
+    /// Throws `std::logic_error` if called inside a task: await it there instead. Must not be called on the main
+    /// executor by a host whose task needs that loop.
     T get(std::stop_token stopToken = {}) &&;
 
     /// Runs the task; `completion` gets the outcome on the main executor. Returns at once. Any thread.
     void start(std::function<void(ZVOutcome<T>)> completion, std::stop_token stopToken = {}) &&;
 
-    /// The same task with its body on `executor`, which it keeps alive. The awaiting coroutine still resumes on its own.
+    /// The same task with its body on `executor`, which it keeps alive. The awaiting coroutine still resumes on its
+    /// own.
     ZVTask on(std::shared_ptr<Executor> executor) && {
         coroutine_.promise().context.executor = std::move(executor);
         return std::move(*this);

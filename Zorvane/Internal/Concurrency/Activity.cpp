@@ -24,7 +24,9 @@ Counter& counter() {
 
 }  // namespace
 
-Activity::Activity() noexcept { ++counter().inFlight; }
+Activity::Activity() noexcept {
+    ++counter().inFlight;
+}
 
 Activity::~Activity() {
     Counter& count = counter();

@@ -86,7 +86,6 @@ class Continuation {
     }
 
     template <class Error>
-        requires(!std::convertible_to<Error, std::exception_ptr>)
     bool resumeThrowing(Error error) const {
         return resumeThrowing(std::make_exception_ptr(std::move(error)));
     }
@@ -114,8 +113,8 @@ class Continuation {
 template <class T = void>
 class [[nodiscard]] Waiter {
   public:
-    /// On cancellation calls `handler` instead, once, on the cancelling thread; the wait goes on until the continuation is
-    /// resumed, by the handler or by others. The handler must not wait for the waiting task.
+    /// On cancellation calls `handler` instead, once, on the cancelling thread; the wait goes on until the continuation
+    /// is resumed, by the handler or by others. The handler must not wait for the waiting task.
     void onCancel(std::function<void()> handler) { onCancel_ = std::move(handler); }
 
     /// Cancellation doesn't end the wait.

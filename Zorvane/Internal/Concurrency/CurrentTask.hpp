@@ -39,9 +39,13 @@ class CancellationCheckAwaiter : public StopTokenAwaiter {
 }  // namespace detail
 
 /// `co_await currentStopToken()`: the token that cancels the awaiting task.
-inline detail::StopTokenAwaiter currentStopToken() noexcept { return {}; }
+inline detail::StopTokenAwaiter currentStopToken() noexcept {
+    return {};
+}
 
 /// `co_await checkCancellation()`: throws `ZVCancelled` if the awaiting task has been cancelled.
-inline detail::CancellationCheckAwaiter checkCancellation() noexcept { return {}; }
+inline detail::CancellationCheckAwaiter checkCancellation() noexcept {
+    return {};
+}
 
 }  // namespace zorvane

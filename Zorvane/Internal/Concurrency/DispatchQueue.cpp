@@ -17,8 +17,8 @@ namespace zorvane {
 constinit thread_local const DispatchQueue::Stay* DispatchQueue::Stay::innermost_ = nullptr;
 
 // One word tells who is on the queue, so that an uncontended block enters and leaves with one atomic step each. Blocks
-// that can't enter at once line up in `line_`; while it holds any, `someoneInLine` keeps newcomers from overtaking them,
-// and whoever leaves last admits the next.
+// that can't enter at once line up in `line_`; while it holds any, `someoneInLine` keeps newcomers from overtaking
+// them, and whoever leaves last admits the next.
 class DispatchQueue::Core : public std::enable_shared_from_this<Core> {
   public:
     Core(std::string label, Access plain) : label_(std::move(label)), plain_(plain) {}
@@ -79,8 +79,8 @@ class DispatchQueue::Core : public std::enable_shared_from_this<Core> {
             if (state & someoneInLine) {
                 return false;
             }
-            if (admits(state, access) && state_.compare_exchange_weak(state, state + shareOf(access),
-                                                                      std::memory_order_acquire)) {
+            if (admits(state, access) &&
+                state_.compare_exchange_weak(state, state + shareOf(access), std::memory_order_acquire)) {
                 return true;
             }
         }
@@ -160,9 +160,13 @@ DispatchQueue DispatchQueue::concurrent(std::string label) {
     return DispatchQueue(std::make_shared<Core>(std::move(label), Access::shared));
 }
 
-const std::string& DispatchQueue::label() const { return core_->label(); }
+const std::string& DispatchQueue::label() const {
+    return core_->label();
+}
 
-bool DispatchQueue::isCurrent() const { return Stay::contains(*core_); }
+bool DispatchQueue::isCurrent() const {
+    return Stay::contains(*core_);
+}
 
 void DispatchQueue::preconditionNotOnQueue() const {
     if (isCurrent()) {
@@ -182,7 +186,9 @@ void DispatchQueue::enqueue(std::unique_ptr<Job> job, Access access) const {
 
 DispatchQueue::Stay::Stay(const Core& core) noexcept : core_(core), outer_(std::exchange(innermost_, this)) {}
 
-DispatchQueue::Stay::~Stay() { innermost_ = outer_; }
+DispatchQueue::Stay::~Stay() {
+    innermost_ = outer_;
+}
 
 bool DispatchQueue::Stay::contains(const Core& core) noexcept {
     for (const Stay* stay = innermost_; stay; stay = stay->outer_) {
@@ -205,6 +211,8 @@ DispatchQueue::Access DispatchQueue::SyncScope::enterOnce(Core& core, Access acc
     return effective;
 }
 
-DispatchQueue::SyncScope::~SyncScope() { core_.leave(access_); }
+DispatchQueue::SyncScope::~SyncScope() {
+    core_.leave(access_);
+}
 
 }  // namespace zorvane

@@ -11,19 +11,20 @@ namespace zorvane {
 /// Runs blocks of work in order of arrival, serially or with shared access.
 ///
 /// - On a serial queue blocks run one at a time.
-/// - On a concurrent queue plain blocks may run together; a barrier block waits for all blocks before it, runs alone, and
+/// - On a concurrent queue plain blocks may run together; a barrier block waits for all blocks before it, runs alone,
+/// and
 ///   holds up all blocks behind it.
 ///
-/// A synchronous block runs on the calling thread, which waits for its turn; it returns what the block returns and throws
-/// what it throws. An asynchronous one runs later on the pool, on a thread that bears the queue's label meanwhile, and
-/// must not throw. Uncontended, a synchronous block takes no system call, no allocation and tens of nanoseconds, so that
-/// each sample can afford several.
+/// A synchronous block runs on the calling thread, which waits for its turn; it returns what the block returns and
+/// throws what it throws. An asynchronous one runs later on the pool, on a thread that bears the queue's label
+/// meanwhile, and must not throw. Uncontended, a synchronous block takes no system call, no allocation and tens of
+/// nanoseconds, so that each sample can afford several.
 ///
-/// A block must not enter its own queue synchronously: it would wait for itself, and the process ends with a message that
-/// names the queue. Waiting inside a block is for short work only; a block never awaits a task.
+/// A block must not enter its own queue synchronously: it would wait for itself, and the process ends with a message
+/// that names the queue. Waiting inside a block is for short work only; a block never awaits a task.
 ///
-/// This is a handle: copies stand for the same queue, which lives until its asynchronous blocks have run. The caller of a
-/// synchronous block keeps its handle until the block has ended. Any thread.
+/// This is a handle: copies stand for the same queue, which lives until its asynchronous blocks have run. The caller of
+/// a synchronous block keeps its handle until the block has ended. Any thread.
 class DispatchQueue {
   public:
     static DispatchQueue serial(std::string label);

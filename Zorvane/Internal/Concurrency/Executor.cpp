@@ -119,16 +119,22 @@ class Strand final : public Executor {
 
 Executor::CurrentScope::CurrentScope(const Executor* executor) : outer_(std::exchange(currentExecutor, executor)) {}
 
-Executor::CurrentScope::~CurrentScope() { currentExecutor = outer_; }
+Executor::CurrentScope::~CurrentScope() {
+    currentExecutor = outer_;
+}
 
-bool Executor::isCurrent() const { return currentExecutor == this; }
+bool Executor::isCurrent() const {
+    return currentExecutor == this;
+}
 
 std::shared_ptr<Executor> Executor::pool() {
     static const auto& pool = *new std::shared_ptr<Executor>(std::make_shared<Pool>());
     return pool;
 }
 
-std::shared_ptr<Executor> Executor::makeStrand(std::string label) { return std::make_shared<Strand>(std::move(label)); }
+std::shared_ptr<Executor> Executor::makeStrand(std::string label) {
+    return std::make_shared<Strand>(std::move(label));
+}
 
 PoolBlockingScope::PoolBlockingScope() {
     if (onPoolThread) {

@@ -68,6 +68,8 @@ MainExecutor::OwnThread& MainExecutor::ownThread() {
     return *ownThread_;
 }
 
-std::shared_ptr<Executor> Executor::main() { return MainExecutor::shared(); }
+std::shared_ptr<Executor> Executor::main() {
+    return MainExecutor::shared();
+}
 
 }  // namespace zorvane

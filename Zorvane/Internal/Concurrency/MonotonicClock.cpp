@@ -125,12 +125,17 @@ std::shared_ptr<MonotonicClock> MonotonicClock::shared() {
     return {std::shared_ptr<void>(), &clock};
 }
 
-nanoseconds MonotonicClock::now() const { return std::chrono::steady_clock::now().time_since_epoch(); }
+nanoseconds MonotonicClock::now() const {
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
 
-HostClock::TimerID MonotonicClock::schedule(nanoseconds deadline, nanoseconds tolerance, std::function<void()> handler) {
+HostClock::TimerID MonotonicClock::schedule(nanoseconds deadline, nanoseconds tolerance,
+                                            std::function<void()> handler) {
     return timers_->schedule(deadline, tolerance, std::move(handler));
 }
 
-bool MonotonicClock::cancel(TimerID timer) { return timers_->cancel(timer); }
+bool MonotonicClock::cancel(TimerID timer) {
+    return timers_->cancel(timer);
+}
 
 }  // namespace zorvane

@@ -56,8 +56,8 @@ class TaskGroupCore {
 ///     std::vector<Frame> frames = co_await std::move(group).results();
 ///
 /// The first child that throws, or the parent's cancellation, cancels all children. A group belongs to its parent task
-/// and is consumed with `results` before anything that a child refers to goes away; destroying it unconsumed cancels the
-/// children but can't wait for them.
+/// and is consumed with `results` before anything that a child refers to goes away; destroying it unconsumed cancels
+/// the children but can't wait for them.
 template <class T = void>
 class TaskGroup {
   public:
@@ -154,8 +154,8 @@ void addChildren(TaskGroup<T>& group, Inputs& inputs, MakeTask& makeTask) {
 // The three helpers keep `inputs` and `makeTask` until all children have ended, so `makeTask` may be a coroutine lambda
 // with captures and may take its input by reference. Pass a named lambda (`docs/design/concurrency.md` says why).
 
-/// Runs `makeTask(input)` for all inputs in parallel and gives the results in the order of the inputs. The first failure
-/// cancels the other tasks, waits for them, and is rethrown.
+/// Runs `makeTask(input)` for all inputs in parallel and gives the results in the order of the inputs. The first
+/// failure cancels the other tasks, waits for them, and is rethrown.
 template <class Inputs, class MakeTask>
 Task<std::vector<detail::ChildResult<Inputs, MakeTask>>> concurrentMap(Inputs inputs, MakeTask makeTask) {
     TaskGroup<detail::ChildResult<Inputs, MakeTask>> group(co_await currentStopToken());
@@ -174,8 +174,8 @@ Task<detail::ChildResult<Inputs, MakeTask>> concurrentFlatMap(Inputs inputs, Mak
     co_return joined;
 }
 
-/// Runs `makeTask(input)` for all inputs in parallel and waits for all. The first failure cancels the other tasks, waits
-/// for them, and is rethrown.
+/// Runs `makeTask(input)` for all inputs in parallel and waits for all. The first failure cancels the other tasks,
+/// waits for them, and is rethrown.
 template <class Inputs, class MakeTask>
 Task<> concurrentForEach(Inputs inputs, MakeTask makeTask) {
     TaskGroup<> group(co_await currentStopToken());

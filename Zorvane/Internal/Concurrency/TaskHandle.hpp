@@ -30,8 +30,8 @@ class TaskHandle {
         }
     }
 
-    /// Waits for the task's end and gives a copy of its value, or throws what it threw. Cancelling the waiting task ends
-    /// the wait and leaves this task alone. The handle may go meanwhile.
+    /// Waits for the task's end and gives a copy of its value, or throws what it threw. Cancelling the waiting task
+    /// ends the wait and leaves this task alone. The handle may go meanwhile.
     Task<T> value() const { return valueOf(state_); }
 
     /// Waits for the task's end, whatever its outcome.
@@ -92,7 +92,8 @@ template <class T>
 TaskHandle<T> spawn(Task<T> task, std::shared_ptr<Executor> executor = Executor::pool()) {
     auto state = std::make_shared<typename TaskHandle<T>::State>();
     auto completion = [state](ZVOutcome<T> outcome) { state->finish(std::move(outcome)); };
-    detail::rootTask(std::move(task), std::move(completion)).start({std::move(executor), state->stopSource.get_token()});
+    detail::rootTask(std::move(task), std::move(completion))
+        .start({std::move(executor), state->stopSource.get_token()});
     return TaskHandle<T>(std::move(state));
 }
 

@@ -26,6 +26,8 @@ ThreadNameScope::ThreadNameScope(std::string_view name) {
     setCurrentThreadName(name);
 }
 
-ThreadNameScope::~ThreadNameScope() { pthread_setname_np(pthread_self(), previous_); }
+ThreadNameScope::~ThreadNameScope() {
+    pthread_setname_np(pthread_self(), previous_);
+}
 
 }  // namespace zorvane

@@ -34,6 +34,8 @@ void Trampoline::resumeNext(std::coroutine_handle<> coroutine) {
     }
 }
 
-bool Trampoline::isRunning() { return currentLoop != nullptr; }
+bool Trampoline::isRunning() {
+    return currentLoop != nullptr;
+}
 
 }  // namespace zorvane

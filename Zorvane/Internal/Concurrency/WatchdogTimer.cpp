@@ -41,9 +41,7 @@ class WatchdogTimer::State : public std::enable_shared_from_this<State> {
         disarm();
         PoolBlockingScope blocking;
         std::unique_lock lock(mutex_);
-        handlerEnded_.wait(lock, [this] {
-            return !handlerThread_ || *handlerThread_ == std::this_thread::get_id();
-        });
+        handlerEnded_.wait(lock, [this] { return !handlerThread_ || *handlerThread_ == std::this_thread::get_id(); });
     }
 
     void close() {
@@ -126,12 +124,20 @@ WatchdogTimer::WatchdogTimer(std::function<void()> handler)
 WatchdogTimer::WatchdogTimer(std::function<void()> handler, std::shared_ptr<HostClock> clock)
     : state_(std::make_shared<State>(std::move(handler), std::move(clock))) {}
 
-WatchdogTimer::~WatchdogTimer() { state_->close(); }
+WatchdogTimer::~WatchdogTimer() {
+    state_->close();
+}
 
-void WatchdogTimer::arm(nanoseconds duration, nanoseconds tolerance) { state_->arm(duration, tolerance); }
+void WatchdogTimer::arm(nanoseconds duration, nanoseconds tolerance) {
+    state_->arm(duration, tolerance);
+}
 
-void WatchdogTimer::disarm() { state_->disarm(); }
+void WatchdogTimer::disarm() {
+    state_->disarm();
+}
 
-void WatchdogTimer::disarmAndWait() { state_->disarmAndWait(); }
+void WatchdogTimer::disarmAndWait() {
+    state_->disarmAndWait();
+}
 
 }  // namespace zorvane

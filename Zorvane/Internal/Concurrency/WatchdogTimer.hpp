@@ -11,14 +11,14 @@ namespace zorvane {
 
 /// Calls its handler when a time has passed without a further `arm`.
 ///
-/// Arming an armed timer only moves its deadline, without an allocation or a system call: the one platform timer behind it
-/// sleeps on, and when it fires too early it goes back to sleep for the rest. After the handler has been called, or after
-/// `disarm`, the timer stays quiet until it is armed again. All operations may be called on any thread, `arm` and `disarm`
-/// also inside the handler.
+/// Arming an armed timer only moves its deadline, without an allocation or a system call: the one platform timer behind
+/// it sleeps on, and when it fires too early it goes back to sleep for the rest. After the handler has been called, or
+/// after `disarm`, the timer stays quiet until it is armed again. All operations may be called on any thread, `arm` and
+/// `disarm` also inside the handler.
 class WatchdogTimer {
   public:
-    /// `handler` runs on the pool, never twice at once, and must not throw. The timer runs on the current platform's clock
-    /// unless it is given another one.
+    /// `handler` runs on the pool, never twice at once, and must not throw. The timer runs on the current platform's
+    /// clock unless it is given another one.
     explicit WatchdogTimer(std::function<void()> handler);
     WatchdogTimer(std::function<void()> handler, std::shared_ptr<HostClock> clock);
 

@@ -20,7 +20,8 @@ HostClock::TimerID ManualClock::schedule(nanoseconds deadline, nanoseconds, std:
 bool ManualClock::cancel(TimerID id) {
     std::function<void()> dropped;  // destroyed after the lock is released
     std::lock_guard lock(mutex_);
-    const auto timer = std::find_if(timers_.begin(), timers_.end(), [id](auto& entry) { return entry.first.second == id; });
+    const auto timer =
+        std::find_if(timers_.begin(), timers_.end(), [id](auto& entry) { return entry.first.second == id; });
     if (timer == timers_.end()) {
         return false;
     }

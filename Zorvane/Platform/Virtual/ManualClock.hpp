@@ -17,9 +17,9 @@ namespace zorvane {
 /// Simulated time: seconds of it pass in microseconds, and a run with the same events goes the same way each time.
 ///
 /// Time moves only inside `advance`, `advanceToNextTimer` and `complete`, which fire the timers in the order of their
-/// deadlines, on the calling thread, and before each one let all work in flight come to rest (`Activity`). They are called
-/// by one thread at a time, never by a job. A timer whose deadline has passed already is put one `quantum` ahead, so that a
-/// loop of empty sleeps moves with time instead of holding it up.
+/// deadlines, on the calling thread, and before each one let all work in flight come to rest (`Activity`). They are
+/// called by one thread at a time, never by a job. A timer whose deadline has passed already is put one `quantum`
+/// ahead, so that a loop of empty sleeps moves with time instead of holding it up.
 class ManualClock final : public HostClock {
   public:
     static constexpr std::chrono::nanoseconds quantum = std::chrono::milliseconds(1);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <future>
 #include <stdexcept>
 #include <string>
@@ -10,13 +11,16 @@
 #include "Zorvane/Internal/Concurrency/Continuation.hpp"
 #include "Zorvane/Internal/Concurrency/CurrentTask.hpp"
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/Concurrency/Sleep.hpp"
 #include "Zorvane/Internal/Concurrency/TaskHandle.hpp"
 #include "Zorvane/ZVMainExecutor.hpp"
 
 namespace zorvane {
 namespace {
 
-Task<int> immediate(int value) { co_return value; }
+Task<int> immediate(int value) {
+    co_return value;
+}
 
 Task<int> failing(const char* message) {
     throw std::runtime_error(message);
@@ -38,7 +42,9 @@ Task<std::int64_t> sumOfImmediates(int count) {
     co_return sum;
 }
 
-Task<bool> isOn(std::shared_ptr<Executor> executor) { co_return executor->isCurrent(); }
+Task<bool> isOn(std::shared_ptr<Executor> executor) {
+    co_return executor->isCurrent();
+}
 
 struct LifeCounter {
     explicit LifeCounter(int& count) : alive(count) { ++alive; }
@@ -48,13 +54,17 @@ struct LifeCounter {
     int& alive;
 };
 
-Task<> holding(LifeCounter) { co_return; }
+Task<> holding(LifeCounter) {
+    co_return;
+}
 
 TEST(Task, AwaitsAMillionTasksThatFinishAtOnceWithoutGrowingTheStack) {
     EXPECT_EQ(sumOfImmediates(1'000'000).get(), 1'000'000);
 }
 
-TEST(Task, ReturnsThroughADeepChainOfAwaitsWithoutGrowingTheStack) { EXPECT_EQ(depth(200'000).get(), 200'000u); }
+TEST(Task, ReturnsThroughADeepChainOfAwaitsWithoutGrowingTheStack) {
+    EXPECT_EQ(depth(200'000).get(), 200'000u);
+}
 
 TEST(Task, DoesNothingUntilItIsConsumedAndReleasesItsArgumentsWhenDropped) {
     int alive = 0;
@@ -139,7 +149,9 @@ TEST(Task, GivesItsOutcomeWithoutThrowing) {
     parent().get();
 }
 
-TEST(Task, GetThrowsWhatTheTaskThrew) { EXPECT_THROW(failing("no").get(), std::runtime_error); }
+TEST(Task, GetThrowsWhatTheTaskThrew) {
+    EXPECT_THROW(failing("no").get(), std::runtime_error);
+}
 
 TEST(Task, GetInsideATaskIsRefusedInsteadOfBlockingForEver) {
     auto parent = []() -> Task<int> { co_return immediate(1).get(); };
@@ -194,6 +206,23 @@ TEST(Task, CanBeAwaitedByAForeignCoroutine) {
     std::promise<int> result;
     sumInForeignCoroutine(10'000, result);
     EXPECT_EQ(result.get_future().get(), 10'000);
+}
+
+TEST(TaskDeathTest, TheProcessExitsQuietlyWhileTasksRunAndWait) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto exitWithTasksInFlight = [] {
+        auto forever = []() -> Task<> {
+            while (true) {
+                co_await sleepFor(std::chrono::nanoseconds(0));
+            }
+        };
+        for (int i = 0; i < 20; ++i) {
+            spawn(forever());
+            spawn(sleepFor(std::chrono::hours(1)), Executor::makeStrand("waiting"));
+        }
+        std::exit(0);
+    };
+    EXPECT_EXIT(exitWithTasksInFlight(), ::testing::ExitedWithCode(0), "^$");
 }
 
 // A serialised object: all of its operations run on its own strand.
