@@ -1,6 +1,6 @@
 #include "Zorvane/Platform/Platform.hpp"
 
-#include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
 
 namespace zorvane {
 
@@ -17,10 +17,19 @@ Current& currentPlatform() {
     return current;
 }
 
-std::shared_ptr<const Platform> completed(Platform platform) {
-    if (!platform.clock) {
-        platform.clock = MonotonicClock::shared();
+template <class Backend>
+void fillIn(std::shared_ptr<Backend>& member, const std::shared_ptr<Backend>& standard) {
+    if (!member) {
+        member = standard;
     }
+}
+
+std::shared_ptr<const Platform> completed(Platform platform) {
+    const Platform standard = makeLinuxPlatform();
+    fillIn(platform.clock, standard.clock);
+    fillIn(platform.displays, standard.displays);
+    fillIn(platform.screenCapture, standard.screenCapture);
+    fillIn(platform.mediaWriting, standard.mediaWriting);
     return std::make_shared<const Platform>(std::move(platform));
 }
 

@@ -1,0 +1,19 @@
+#include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
+
+#include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
+#include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
+#include "Zorvane/Platform/Linux/X11/XSession.hpp"
+
+namespace zorvane {
+
+Platform makeLinuxPlatform() {
+    const auto session = std::make_shared<XSession>();
+    Platform platform;
+    platform.clock = MonotonicClock::shared();
+    platform.displays = std::make_shared<X11Displays>(session);
+    platform.screenCapture = std::make_shared<X11ScreenCapture>(session);
+    return platform;
+}
+
+}  // namespace zorvane

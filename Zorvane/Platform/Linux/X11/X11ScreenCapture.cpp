@@ -1,0 +1,80 @@
+#include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "Zorvane/Platform/Linux/X11/X11Stream.hpp"
+#include "Zorvane/Platform/Linux/X11/XConnection.hpp"
+#include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
+#include "Zorvane/Platform/Linux/X11/XSession.hpp"
+#include "Zorvane/Platform/Linux/X11/XWindowList.hpp"
+
+namespace zorvane {
+namespace {
+
+bool hasEnded(const std::future<void>& request) {
+    return request.wait_for(std::chrono::seconds::zero()) == std::future_status::ready;
+}
+
+/// In the order of their frontmost windows.
+std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows) {
+    std::vector<SCRunningApplication> applications;
+    for (const SCWindow& window : windows) {
+        const auto& owner = window.owningApplication;
+        if (owner && std::none_of(applications.begin(), applications.end(), [&](const SCRunningApplication& each) {
+                return each.processID == owner->processID;
+            })) {
+            applications.push_back(*owner);
+        }
+    }
+    return applications;
+}
+
+}  // namespace
+
+X11ScreenCapture::X11ScreenCapture(std::shared_ptr<XSession> session) : session_(std::move(session)) {}
+
+X11ScreenCapture::~X11ScreenCapture() {
+    session_->reset();
+}
+
+void X11ScreenCapture::getShareableContent(SCShareableContentScope scope, ContentHandler handler) {
+    const auto answer = [this, scope, handler = std::move(handler)] {
+        SCShareableContent content;
+        std::exception_ptr error;
+        try {
+            content = readContent(scope);
+        } catch (...) {
+            error = std::current_exception();
+        }
+        handler(std::move(content), error);
+    };
+    const std::lock_guard lock(mutex_);
+    std::erase_if(requests_, hasEnded);
+    requests_.push_back(std::async(std::launch::async, answer));
+}
+
+SCShareableContent X11ScreenCapture::readContent(SCShareableContentScope scope) const {
+    const auto connection = session_->connection();
+    SCShareableContent content;
+    for (const XDisplay& display : readDisplays(*connection)) {
+        content.displays.push_back({.displayID = display.displayID, .frame = display.properties.bounds});
+    }
+    content.windows = readWindows(*connection, scope);
+    content.applications = owners(content.windows);
+    return content;
+}
+
+std::shared_ptr<SCStream> X11ScreenCapture::makeStream(const SCContentFilter& filter,
+                                                       const SCStreamConfiguration& configuration,
+                                                       std::weak_ptr<SCStreamDelegate> delegate) {
+    return std::make_shared<X11Stream>(filter, configuration, std::move(delegate));
+}
+
+void X11ScreenCapture::restartCaptureService(std::function<void(std::exception_ptr error)> handler) {
+    session_->reset();
+    handler(nullptr);
+}
+
+}  // namespace zorvane

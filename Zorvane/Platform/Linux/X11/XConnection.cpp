@@ -1,0 +1,93 @@
+#include "Zorvane/Platform/Linux/X11/XConnection.hpp"
+
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <utility>
+
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+
+namespace zorvane {
+namespace {
+
+std::string displayName() {
+    const char* name = std::getenv("DISPLAY");
+    return name ? name : "";
+}
+
+NSError connectionError(const std::string& name) {
+    if (name.empty()) {
+        return {X11ErrorDomain,
+                0,
+                {"There is no X server to capture from: DISPLAY isn't set. Start this program inside a "
+                 "desktop session, or set DISPLAY to the server's name, such as \":0\"."}};
+    }
+    return {X11ErrorDomain,
+            0,
+            {fmt::format("Can't reach the X server \"{}\". Is DISPLAY right, does the server run, and "
+                         "does it let this user in (XAUTHORITY)?",
+                         name)}};
+}
+
+xcb_screen_t* screenAt(xcb_connection_t* connection, int number) {
+    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; screens.rem > 0 && number > 0; --number) {
+        xcb_screen_next(&screens);
+    }
+    return screens.rem > 0 ? screens.data : nullptr;
+}
+
+}  // namespace
+
+std::shared_ptr<XConnection> XConnection::open() {
+    return std::shared_ptr<XConnection>(new XConnection(displayName()));
+}
+
+XConnection::XConnection(std::string name) : name_(std::move(name)) {
+    int screenNumber = 0;
+    connection_ = xcb_connect(name_.c_str(), &screenNumber);
+    if (isAlive()) {
+        screen_ = screenAt(connection_, screenNumber);
+        extensions_ = XExtensions::negotiate(connection_);
+    }
+    if (!isAlive() || !screen_) {
+        xcb_disconnect(connection_);
+        throw connectionError(name_);
+    }
+}
+
+XConnection::~XConnection() {
+    xcb_disconnect(connection_);
+}
+
+std::uint32_t XConnection::root() const {
+    return screen_->root;
+}
+
+bool XConnection::isAlive() const {
+    // XCB notices a lost connection when it next uses it; the socket knows at once.
+    pollfd socket{.fd = xcb_get_file_descriptor(connection_), .events = 0, .revents = 0};
+    return xcb_connection_has_error(connection_) == 0 && poll(&socket, 1, 0) == 0;
+}
+
+void XConnection::requireAlive() const {
+    if (!isAlive()) {
+        throw NSError(X11ErrorDomain, 0, {fmt::format("The X server \"{}\" went away.", name_)});
+    }
+}
+
+bool XConnection::isLocal() const {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    const int socket = xcb_get_file_descriptor(connection_);
+    return getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0 && address.ss_family == AF_UNIX;
+}
+
+void XConnection::hangUp() {
+    shutdown(xcb_get_file_descriptor(connection_), SHUT_RDWR);
+}
+
+}  // namespace zorvane

@@ -1,0 +1,59 @@
+// One connection to an X server.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Zorvane/Platform/Linux/X11/XExtensions.hpp"
+
+struct xcb_connection_t;
+struct xcb_screen_t;
+
+namespace zorvane {
+
+/// The domain of the X server's `NSError`s. The code is the protocol's error code, or 0 when the connection is at
+/// fault.
+inline constexpr std::string_view X11ErrorDomain = "X11ErrorDomain";
+
+/// A connection, open or hung up. Requests on it may be made from any thread.
+class XConnection {
+  public:
+    /// Connects to the server that the environment's DISPLAY names. Blocks until the server has answered. Throws
+    /// `NSError`, with a text that tells the user what to do.
+    static std::shared_ptr<XConnection> open();
+
+    XConnection(const XConnection&) = delete;
+    XConnection& operator=(const XConnection&) = delete;
+    ~XConnection();
+
+    xcb_connection_t* get() const { return connection_; }
+    const xcb_screen_t& screen() const { return *screen_; }
+    std::uint32_t root() const;
+    const XExtensions& extensions() const { return extensions_; }
+
+    /// The server's name, as in ":0".
+    const std::string& name() const { return name_; }
+
+    bool isAlive() const;
+    /// Throws `NSError` if the connection is gone.
+    void requireAlive() const;
+
+    /// Whether client and server are on one machine, so that files and memory can be shared.
+    bool isLocal() const;
+
+    /// Cuts the connection, from any thread: whoever waits for the server comes back at once with nothing, also when
+    /// the server hangs. The object stays valid.
+    void hangUp();
+
+  private:
+    explicit XConnection(std::string name);
+
+    std::string name_;
+    xcb_connection_t* connection_;
+    xcb_screen_t* screen_ = nullptr;
+    XExtensions extensions_;
+};
+
+}  // namespace zorvane

@@ -1,0 +1,193 @@
+#include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
+
+#include <xcb/randr.h>
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Zorvane/Platform/Linux/X11/DisplaySerials.hpp"
+#include "Zorvane/Platform/Linux/X11/EDID.hpp"
+#include "Zorvane/Platform/Linux/X11/XAtoms.hpp"
+#include "Zorvane/Platform/Linux/X11/XConnection.hpp"
+#include "Zorvane/Platform/Linux/X11/XReply.hpp"
+
+namespace zorvane {
+namespace {
+
+/// A display before it has its number.
+struct Found {
+    DisplayIdentity identity;
+    CGDisplayProperties properties;
+};
+
+bool isBuiltInConnector(std::string_view connector) {
+    constexpr std::array<std::string_view, 3> prefixes{"eDP", "LVDS", "DSI"};
+    return std::any_of(prefixes.begin(), prefixes.end(),
+                       [&](std::string_view prefix) { return connector.starts_with(prefix); });
+}
+
+/// RANDR turns counter-clockwise; reflections don't count.
+double clockwiseDegrees(std::uint16_t rotation) {
+    if (rotation & XCB_RANDR_ROTATION_ROTATE_90) {
+        return 270;
+    }
+    if (rotation & XCB_RANDR_ROTATION_ROTATE_180) {
+        return 180;
+    }
+    return rotation & XCB_RANDR_ROTATION_ROTATE_270 ? 90 : 0;
+}
+
+class MonitorReader {
+  public:
+    explicit MonitorReader(const XConnection& connection)
+        : server_(connection), connection_(connection.get()), edidAtom_(internAtom(connection, "EDID")) {}
+
+    std::vector<Found> read() const {
+        const auto query = xcb_randr_get_monitors(connection_, server_.root(), 1);
+        const XReply<xcb_randr_get_monitors_reply_t> reply(xcb_randr_get_monitors_reply(connection_, query, nullptr));
+        std::vector<Found> all;
+        if (!reply) {
+            return all;
+        }
+        for (auto each = xcb_randr_get_monitors_monitors_iterator(reply.get()); each.rem > 0;
+             xcb_randr_monitor_info_next(&each)) {
+            all.push_back(readMonitor(*each.data, static_cast<std::uint32_t>(all.size())));
+        }
+        return all;
+    }
+
+  private:
+    Found readMonitor(const xcb_randr_monitor_info_t& monitor, std::uint32_t unitNumber) const {
+        Found found;
+        found.properties.isMain = monitor.primary != 0;
+        found.properties.isActive = true;
+        found.properties.bounds = CGRect::make(monitor.x, monitor.y, monitor.width, monitor.height);
+        found.properties.physicalSize = {static_cast<double>(monitor.width_in_millimeters),
+                                         static_cast<double>(monitor.height_in_millimeters)};
+        found.properties.unitNumber = unitNumber;
+        found.identity.connector = atomName(server_, monitor.name);
+        if (xcb_randr_monitor_info_outputs_length(&monitor) > 0) {
+            addOutput(xcb_randr_monitor_info_outputs(&monitor)[0], found);
+        }
+        return found;
+    }
+
+    void addOutput(xcb_randr_output_t output, Found& found) const {
+        found.identity.edid = readEDID(output);
+        found.properties.isBuiltIn = isBuiltInConnector(found.identity.connector);
+        found.properties.rotation = readRotation(output);
+        found.properties.localizedName = found.identity.connector;
+        if (const auto edid = EDID::parse(found.identity.edid)) {
+            found.properties.vendorNumber = edid->vendorNumber;
+            found.properties.modelNumber = edid->modelNumber;
+            if (edid->name) {
+                found.properties.localizedName = edid->name;
+            }
+        }
+    }
+
+    std::vector<std::uint8_t> readEDID(xcb_randr_output_t output) const {
+        constexpr std::uint32_t wordsToRead = 256 * 128 / 4;  // the most that EDID allows
+        const auto query =
+            xcb_randr_get_output_property(connection_, output, edidAtom_, XCB_ATOM_INTEGER, 0, wordsToRead, 0, 0);
+        const XReply<xcb_randr_get_output_property_reply_t> reply(
+            xcb_randr_get_output_property_reply(connection_, query, nullptr));
+        if (!reply || reply->format != 8) {
+            return {};
+        }
+        const std::uint8_t* data = xcb_randr_get_output_property_data(reply.get());
+        return {data, data + xcb_randr_get_output_property_data_length(reply.get())};
+    }
+
+    double readRotation(xcb_randr_output_t output) const {
+        const auto outputQuery = xcb_randr_get_output_info(connection_, output, XCB_CURRENT_TIME);
+        const XReply<xcb_randr_get_output_info_reply_t> info(
+            xcb_randr_get_output_info_reply(connection_, outputQuery, nullptr));
+        if (!info || info->crtc == XCB_NONE) {
+            return 0;
+        }
+        const auto crtcQuery = xcb_randr_get_crtc_info(connection_, info->crtc, XCB_CURRENT_TIME);
+        const XReply<xcb_randr_get_crtc_info_reply_t> crtc(
+            xcb_randr_get_crtc_info_reply(connection_, crtcQuery, nullptr));
+        return crtc ? clockwiseDegrees(crtc->rotation) : 0;
+    }
+
+    const XConnection& server_;
+    xcb_connection_t* connection_;
+    xcb_atom_t edidAtom_;
+};
+
+std::vector<Found> readRootWindow(const XConnection& connection) {
+    const auto query = xcb_get_geometry(connection.get(), connection.root());
+    const XReply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(connection.get(), query, nullptr));
+    connection.requireAlive();
+    if (!geometry) {
+        return {};
+    }
+    const xcb_screen_t& screen = connection.screen();
+    Found found;
+    found.properties.isActive = true;
+    found.properties.bounds = CGRect::make(0, 0, geometry->width, geometry->height);
+    found.properties.physicalSize = {static_cast<double>(screen.width_in_millimeters),
+                                     static_cast<double>(screen.height_in_millimeters)};
+    return {found};
+}
+
+void markMainDisplay(std::vector<Found>& found) {
+    auto main = std::find_if(found.begin(), found.end(), [](const Found& each) { return each.properties.isMain; });
+    if (main == found.end()) {
+        main = found.begin();
+        main->properties.isMain = true;
+    }
+    std::rotate(found.begin(), main, main + 1);
+}
+
+/// A display that shows the same area as one before it mirrors that one.
+void markMirrors(std::vector<XDisplay>& displays) {
+    for (auto mirror = displays.begin(); mirror != displays.end(); ++mirror) {
+        const auto original = std::find_if(displays.begin(), mirror, [&](const XDisplay& each) {
+            return each.properties.bounds == mirror->properties.bounds;
+        });
+        mirror->properties.mirrors = original == mirror ? 0 : original->displayID;
+    }
+}
+
+std::vector<XDisplay> numbered(const std::vector<Found>& found) {
+    std::vector<DisplayIdentity> identities;
+    for (const Found& each : found) {
+        identities.push_back(each.identity);
+    }
+    const auto serialNumbers = displaySerialNumbers(identities);
+    std::vector<XDisplay> displays;
+    for (std::size_t index = 0; index < found.size(); ++index) {
+        displays.push_back({serialNumbers[index], found[index].properties});
+        displays.back().properties.serialNumber = serialNumbers[index];
+    }
+    return displays;
+}
+
+}  // namespace
+
+std::vector<XDisplay> readDisplays(const XConnection& connection) {
+    std::vector<Found> found;
+    if (connection.extensions().randr.isAtLeast(1, 5)) {
+        found = MonitorReader(connection).read();
+    }
+    if (found.empty()) {
+        found = readRootWindow(connection);
+    }
+    connection.requireAlive();
+    if (found.empty()) {
+        return {};
+    }
+    markMainDisplay(found);
+    auto displays = numbered(found);
+    markMirrors(displays);
+    return displays;
+}
+
+}  // namespace zorvane

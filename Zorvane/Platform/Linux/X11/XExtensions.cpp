@@ -1,0 +1,65 @@
+#include "Zorvane/Platform/Linux/X11/XExtensions.hpp"
+
+#include <xcb/damage.h>
+#include <xcb/randr.h>
+#include <xcb/shm.h>
+#include <xcb/xcb.h>
+#include <xcb/xfixes.h>
+#include <xcb/xinput.h>
+
+#include "Zorvane/Platform/Linux/X11/XReply.hpp"
+
+namespace zorvane {
+namespace {
+
+/// `query` asks for the version and returns the reply. It isn't called for an extension that isn't there, because XCB
+/// closes a connection that uses one.
+template <class Query>
+XExtension negotiateOne(xcb_connection_t* connection, xcb_extension_t& extension, Query query) {
+    const xcb_query_extension_reply_t* data = xcb_get_extension_data(connection, &extension);
+    if (!data || !data->present) {
+        return {};
+    }
+    const auto version = query();
+    if (!version) {
+        return {};
+    }
+    return {true, data->major_opcode, data->first_event, version->major_version, version->minor_version};
+}
+
+void prefetch(xcb_connection_t* connection) {
+    for (xcb_extension_t* extension : {&xcb_damage_id, &xcb_randr_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_input_id}) {
+        xcb_prefetch_extension_data(connection, extension);
+    }
+}
+
+}  // namespace
+
+XExtensions XExtensions::negotiate(xcb_connection_t* c) {
+    prefetch(c);
+    XExtensions offered;
+    // XFIXES first: DAMAGE builds on it.
+    offered.xfixes = negotiateOne(c, xcb_xfixes_id, [c] {
+        const auto query = xcb_xfixes_query_version(c, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION);
+        return XReply<xcb_xfixes_query_version_reply_t>(xcb_xfixes_query_version_reply(c, query, nullptr));
+    });
+    offered.damage = negotiateOne(c, xcb_damage_id, [c] {
+        const auto query = xcb_damage_query_version(c, XCB_DAMAGE_MAJOR_VERSION, XCB_DAMAGE_MINOR_VERSION);
+        return XReply<xcb_damage_query_version_reply_t>(xcb_damage_query_version_reply(c, query, nullptr));
+    });
+    offered.randr = negotiateOne(c, xcb_randr_id, [c] {
+        const auto query = xcb_randr_query_version(c, XCB_RANDR_MAJOR_VERSION, XCB_RANDR_MINOR_VERSION);
+        return XReply<xcb_randr_query_version_reply_t>(xcb_randr_query_version_reply(c, query, nullptr));
+    });
+    offered.shm = negotiateOne(c, xcb_shm_id, [c] {
+        const auto query = xcb_shm_query_version(c);
+        return XReply<xcb_shm_query_version_reply_t>(xcb_shm_query_version_reply(c, query, nullptr));
+    });
+    offered.xinput = negotiateOne(c, xcb_input_id, [c] {
+        const auto query = xcb_input_xi_query_version(c, 2, 2);
+        return XReply<xcb_input_xi_query_version_reply_t>(xcb_input_xi_query_version_reply(c, query, nullptr));
+    });
+    return offered;
+}
+
+}  // namespace zorvane

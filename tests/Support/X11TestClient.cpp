@@ -1,0 +1,155 @@
+#include "tests/Support/X11TestClient.hpp"
+
+#include <unistd.h>
+#include <xcb/randr.h>
+#include <xcb/xcb.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+namespace zorvane {
+namespace {
+
+template <class T>
+std::unique_ptr<T, decltype(&std::free)> owned(T* reply) {
+    return {reply, &std::free};
+}
+
+std::uint16_t to16(std::uint32_t color, int shift) {
+    return static_cast<std::uint16_t>((color >> shift & 0xFF) * 0x101);
+}
+
+}  // namespace
+
+X11TestClient::X11TestClient() : connection_(xcb_connect(nullptr, nullptr)) {
+    if (xcb_connection_has_error(connection_)) {
+        xcb_disconnect(connection_);
+        throw std::runtime_error("the test client can't reach the X server");
+    }
+    screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+    context_ = xcb_generate_id(connection_);
+    const std::uint32_t includeInferiors = XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS;
+    xcb_create_gc(connection_, context_, screen_->root, XCB_GC_SUBWINDOW_MODE, &includeInferiors);
+}
+
+X11TestClient::~X11TestClient() {
+    xcb_disconnect(connection_);
+}
+
+void X11TestClient::synchronize() {
+    owned(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+}
+
+std::chrono::nanoseconds X11TestClient::fill(const TestRect& rect, std::uint32_t pixel) {
+    const xcb_rectangle_t rectangle{rect.x, rect.y, rect.width, rect.height};
+    xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, &pixel);
+    xcb_poly_fill_rectangle(connection_, screen_->root, context_, 1, &rectangle);
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    synchronize();
+    return time;
+}
+
+std::uint32_t X11TestClient::makeBareWindow(const TestRect& rect, std::uint32_t pixel, bool overridesRedirect) {
+    const std::uint32_t window = xcb_generate_id(connection_);
+    const std::array<std::uint32_t, 2> values{pixel, overridesRedirect ? 1U : 0U};
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root, rect.x, rect.y, rect.width, rect.height,
+                      0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values.data());
+    return window;
+}
+
+std::uint32_t X11TestClient::makeWindow(const TestRect& rect, std::uint32_t pixel) {
+    const std::uint32_t window = makeBareWindow(rect, pixel, true);
+    xcb_map_window(connection_, window);
+    synchronize();
+    return window;
+}
+
+std::uint32_t X11TestClient::makeManagedWindow(const TestRect& rect, const std::string& title,
+                                               const std::string& windowClass) {
+    const std::uint32_t window = makeBareWindow(rect, screen_->white_pixel, false);
+    setText(window, atom("_NET_WM_NAME"), atom("UTF8_STRING"), title);
+    setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, "instance" + std::string(1, '\0') + windowClass + '\0');
+    const auto processID = static_cast<std::uint32_t>(getpid());
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1,
+                        &processID);
+    xcb_map_window(connection_, window);
+    synchronize();
+    return window;
+}
+
+void X11TestClient::closeWindow(std::uint32_t window) {
+    xcb_destroy_window(connection_, window);
+    synchronize();
+}
+
+void X11TestClient::movePointer(std::int16_t x, std::int16_t y) {
+    xcb_warp_pointer(connection_, XCB_NONE, screen_->root, 0, 0, 0, 0, x, y);
+    synchronize();
+}
+
+void X11TestClient::setSquareCursor(std::uint8_t size, std::uint32_t color) {
+    const xcb_pixmap_t shape = xcb_generate_id(connection_);
+    const xcb_gcontext_t ones = xcb_generate_id(connection_);
+    const xcb_cursor_t cursor = xcb_generate_id(connection_);
+    const std::uint32_t one = 1;
+    const xcb_rectangle_t all{0, 0, size, size};
+    xcb_create_pixmap(connection_, 1, shape, screen_->root, size, size);
+    xcb_create_gc(connection_, ones, shape, XCB_GC_FOREGROUND, &one);
+    xcb_poly_fill_rectangle(connection_, shape, ones, 1, &all);
+    xcb_create_cursor(connection_, cursor, shape, shape, to16(color, 16), to16(color, 8), to16(color, 0), 0, 0, 0, 0,
+                      0);
+    xcb_change_window_attributes(connection_, screen_->root, XCB_CW_CURSOR, &cursor);
+    synchronize();
+}
+
+void X11TestClient::resizeScreen(std::uint16_t width, std::uint16_t height) {
+    const auto resources = owned(xcb_randr_get_screen_resources_reply(
+        connection_, xcb_randr_get_screen_resources(connection_, screen_->root), nullptr));
+    const xcb_randr_crtc_t crtc = xcb_randr_get_screen_resources_crtcs(resources.get())[0];
+    const xcb_randr_output_t output = xcb_randr_get_screen_resources_outputs(resources.get())[0];
+    const std::string name = std::to_string(width) + "x" + std::to_string(height);
+    xcb_randr_mode_info_t mode{};
+    mode.width = width;
+    mode.height = height;
+    mode.dot_clock = 60U * width * height;
+    mode.htotal = width;
+    mode.vtotal = height;
+    mode.name_len = static_cast<std::uint16_t>(name.size());
+    const auto created = owned(xcb_randr_create_mode_reply(
+        connection_,
+        xcb_randr_create_mode(connection_, screen_->root, mode, static_cast<std::uint32_t>(name.size()), name.c_str()),
+        nullptr));
+    if (!created) {
+        throw std::runtime_error("the X server takes no new mode");
+    }
+    xcb_randr_add_output_mode(connection_, output, created->mode);
+    const auto set = [&](xcb_randr_mode_t id, std::uint32_t outputs) {
+        return owned(xcb_randr_set_crtc_config_reply(
+            connection_,
+            xcb_randr_set_crtc_config(connection_, crtc, XCB_CURRENT_TIME, XCB_CURRENT_TIME, 0, 0, id,
+                                      XCB_RANDR_ROTATION_ROTATE_0, outputs, &output),
+            nullptr));
+    };
+    set(XCB_NONE, 0);
+    xcb_randr_set_screen_size(connection_, screen_->root, width, height, 100, 100);
+    const auto changed = set(created->mode, 1);
+    if (!changed || changed->status != XCB_RANDR_SET_CONFIG_SUCCESS) {
+        throw std::runtime_error("the X server did not change its mode");
+    }
+}
+
+void X11TestClient::setText(std::uint32_t window, std::uint32_t property, std::uint32_t type, const std::string& text) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, property, type, 8,
+                        static_cast<std::uint32_t>(text.size()), text.data());
+}
+
+std::uint32_t X11TestClient::atom(const std::string& name) {
+    const auto query = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
+    const auto reply = owned(xcb_intern_atom_reply(connection_, query, nullptr));
+    return reply ? reply->atom : 0;
+}
+
+}  // namespace zorvane

@@ -1,0 +1,57 @@
+// A program that shows things on an X server.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+struct xcb_connection_t;
+struct xcb_screen_t;
+
+namespace zorvane {
+
+struct TestRect {
+    std::int16_t x;
+    std::int16_t y;
+    std::uint16_t width;
+    std::uint16_t height;
+};
+
+/// Every operation has happened on the server when it returns.
+class X11TestClient {
+  public:
+    /// On the server that DISPLAY names. Throws `std::runtime_error`.
+    X11TestClient();
+    X11TestClient(const X11TestClient&) = delete;
+    X11TestClient& operator=(const X11TestClient&) = delete;
+    ~X11TestClient();
+
+    /// Fills a part of the root window; `pixel` has the screen's own form (0xRRGGBB at depth 24). Tells the time, on
+    /// `CLOCK_MONOTONIC`, right before the request left.
+    std::chrono::nanoseconds fill(const TestRect& rect, std::uint32_t pixel);
+
+    /// A window filled with one colour, which no window manager touches.
+    std::uint32_t makeWindow(const TestRect& rect, std::uint32_t pixel);
+    /// One that a window manager, if there is one, takes care of.
+    std::uint32_t makeManagedWindow(const TestRect& rect, const std::string& title, const std::string& windowClass);
+    void closeWindow(std::uint32_t window);
+
+    void movePointer(std::int16_t x, std::int16_t y);
+    /// Gives the root window a cursor that is a square of one colour, its hot spot at the top left.
+    void setSquareCursor(std::uint8_t size, std::uint32_t color);
+
+    /// Sets the size of the root window and of its one output, as a user does who changes the resolution.
+    void resizeScreen(std::uint16_t width, std::uint16_t height);
+
+  private:
+    std::uint32_t makeBareWindow(const TestRect& rect, std::uint32_t pixel, bool overridesRedirect);
+    void setText(std::uint32_t window, std::uint32_t property, std::uint32_t type, const std::string& text);
+    std::uint32_t atom(const std::string& name);
+    void synchronize();
+
+    xcb_connection_t* connection_;
+    xcb_screen_t* screen_;
+    std::uint32_t context_;
+};
+
+}  // namespace zorvane
