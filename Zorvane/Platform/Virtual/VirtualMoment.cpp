@@ -210,7 +210,9 @@ const VirtualMoment& VirtualMoment::loseSound(double seconds) const {
 }
 
 const VirtualMoment& VirtualMoment::shiftSound(double seconds) const {
-    return change([shift = fromSeconds(seconds)](VirtualDesktopState& state) { state.sound.shift += shift; });
+    return change([shift = VirtualSound::Shift{hostTime_, fromSeconds(seconds)}](VirtualDesktopState& state) {
+        state.sound.shifts.push_back(shift);
+    });
 }
 
 }  // namespace zorvane

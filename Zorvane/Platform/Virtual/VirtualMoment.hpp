@@ -75,7 +75,7 @@ class VirtualMoment {
     const VirtualMoment& playTone(double frequency) const;
     /// Blocks that begin in the next `seconds` get lost.
     const VirtualMoment& loseSound(double seconds) const;
-    /// Blocks from here on are stamped later by `seconds` more (a gap), or earlier if negative (an overlap).
+    /// Blocks that begin from here on are stamped later by `seconds` (a gap), or earlier if negative (an overlap).
     const VirtualMoment& shiftSound(double seconds) const;
 
   private:

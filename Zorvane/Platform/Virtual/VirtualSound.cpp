@@ -24,4 +24,14 @@ std::shared_ptr<const AVAudioPCMBuffer> VirtualSound::render(std::int64_t block)
     return pcm;
 }
 
+std::chrono::nanoseconds VirtualSound::stamp(std::chrono::nanoseconds begin) const {
+    std::chrono::nanoseconds time = begin;
+    for (const Shift& shift : shifts) {
+        if (shift.from <= begin) {
+            time += shift.by;
+        }
+    }
+    return time;
+}
+
 }  // namespace zorvane

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <optional>
+#include <vector>
 
 #include "Zorvane/Platform/AVFoundation/AVAudioFormat.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAudioPCMBuffer.hpp"
@@ -20,13 +20,21 @@ struct VirtualSound {
     static constexpr std::chrono::nanoseconds blockDuration = std::chrono::milliseconds(20);
     static constexpr double amplitude = 0.25;
 
+    /// Blocks that begin at `from` or later are stamped by so much later than they are heard, on top of other shifts.
+    struct Shift {
+        std::chrono::nanoseconds from;
+        std::chrono::nanoseconds by;
+    };
+
     double frequency = 0;                                ///< Hz, 0 for silence
-    std::chrono::nanoseconds shift{0};                   ///< by which blocks are stamped later than they are heard
+    std::vector<Shift> shifts;                           ///< host times
     std::chrono::nanoseconds lostFrom{0}, lostUntil{0};  ///< host times; blocks that begin in between get lost
 
     /// Block number `block` since the origin.
     std::shared_ptr<const AVAudioPCMBuffer> render(std::int64_t block) const;
-    bool isLost(std::chrono::nanoseconds hostTime) const { return hostTime >= lostFrom && hostTime < lostUntil; }
+    bool isLost(std::chrono::nanoseconds begin) const { return begin >= lostFrom && begin < lostUntil; }
+    /// The stamp, as a host time, of a block that is heard from `begin` on.
+    std::chrono::nanoseconds stamp(std::chrono::nanoseconds begin) const;
 };
 
 }  // namespace zorvane

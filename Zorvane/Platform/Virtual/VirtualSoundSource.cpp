@@ -64,7 +64,7 @@ void VirtualSoundSource::deliverBlock() {
     if (!sound.isLost(heard)) {
         CMSampleTimingInfo timing;
         timing.duration = CMTime::make(1, static_cast<std::int32_t>(VirtualSound::format.sampleRate));
-        timing.presentationTimeStamp = CMTime::make((heard + sound.shift - stampOffset_).count(), 1'000'000'000);
+        timing.presentationTimeStamp = CMTime::make((sound.stamp(heard) - stampOffset_).count(), 1'000'000'000);
         deliver_(CMSampleBuffer::audio(sound.render(block_), timing, format_));
     }
     ++block_;
