@@ -3,31 +3,22 @@
 #include <cxxabi.h>
 #include <fmt/format.h>
 
-#include <cstdlib>
 #include <system_error>
 #include <typeinfo>
 #include <utility>
 
 #include "Zorvane/Internal/JSONReader.hpp"
 #include "Zorvane/Internal/JSONWriter.hpp"
+#include "Zorvane/Internal/TypeName.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 
 namespace zorvane {
 namespace {
 
-std::string demangled(const std::type_info* type) {
-    if (type == nullptr) {
-        return "unknown exception";
-    }
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type->name(), nullptr, nullptr, &status),
-                                                           &std::free);
-    return name ? name.get() : type->name();
-}
-
 /// The type of the exception that the surrounding catch clause holds.
 std::string currentExceptionType() {
-    return demangled(abi::__cxa_current_exception_type());
+    const std::type_info* type = abi::__cxa_current_exception_type();
+    return type != nullptr ? qualifiedTypeName(*type) : "unknown exception";
 }
 
 std::string errorGroup(std::string_view domain, std::int64_t code) {
