@@ -1,0 +1,178 @@
+#include "Zorvane/Internal/SchemaItem.hpp"
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "Zorvane/Internal/OutputDescription.hpp"
+#include "Zorvane/Internal/SchemaItemExpansion.hpp"
+#include "Zorvane/ZVRecorder.hpp"
+#include "tests/Support/LogCapture.hpp"
+
+namespace zorvane {
+namespace {
+
+using Item = ZVRecorder::SchemaItem;
+
+template <class Payload>
+const Payload& payload(const Item& item) {
+    return std::get<Payload>(item.internalItem().payload());
+}
+
+std::string filename(const ZVOutputForm& output, std::string_view fallback) {
+    const OutputDescription description = outputDescription(output, "/bundle", fallback);
+    return std::get<OutputDescription::SingleFile>(description.form).url.string();
+}
+
+TEST(SchemaItem, DisplayFactoriesKeepWhatTheHostAskedFor) {
+    const ZVRecorder::DisplayOptions options{
+        .excluding = {ZVRecorder::ScreenRecordingExcludeOptions::currentProcess},
+        .colorSpace = ZVColorSpace::displayP3,
+        .showsCursor = false,
+        .mouseEvents = true,
+        .keyboardEvents = false,
+        .includeAudio = true,
+    };
+    const Item plain = Item::display(5, options, "screen.mov");
+    const auto& display = payload<DisplaySchemaItem>(plain);
+    EXPECT_EQ(display.displayID, 5U);
+    EXPECT_EQ(display.excludingOptions, options.excluding);
+    EXPECT_EQ(display.colorSpace, ZVColorSpace::displayP3);
+    EXPECT_EQ(std::tuple(display.captureAudio, display.showsCursor, display.mouseEvents, display.keyboardEvents,
+                         display.topWindowInfo),
+              std::tuple(true, false, true, false, false));
+    EXPECT_EQ(filename(display.outputOptions.form(), "x"), "/bundle/screen.mov");
+
+    const Item special = Item::_display(5, options, true, ZVRecorder::ScreenRecordingOutputOptions::segmented());
+    EXPECT_TRUE(payload<DisplaySchemaItem>(special).topWindowInfo);
+}
+
+TEST(SchemaItem, AWindowCropNeverCapturesSound) {
+    const Item crop = Item::windowBasedCrop(7, {.showsCursor = false, .keyboardEvents = true}, "crop.mov");
+    const auto& window = payload<WindowBasedCropSchemaItem>(crop);
+    EXPECT_EQ(window.windowID, 7U);
+    EXPECT_EQ(std::tuple(window.captureAudio, window.showsCursor, window.mouseEvents, window.keyboardEvents),
+              std::tuple(false, false, false, true));
+}
+
+TEST(SchemaItem, SystemAudioSplitsItsExclusions) {
+    using Exclude = ZVRecorder::SystemAudioExcludeOptions;
+    const Item some = Item::systemAudio({Exclude::processID(9), Exclude::currentProcess(), Exclude::processID(3)});
+    EXPECT_EQ(payload<SystemAudioSchemaItem>(some).excludedApplicationIDs, (std::vector<std::int32_t>{3, 9}));
+    EXPECT_TRUE(payload<SystemAudioSchemaItem>(some).excludeCurrentProcess);
+    EXPECT_FALSE(payload<SystemAudioSchemaItem>(some).includedApplicationIDs);
+
+    const Item all = Item::systemAudio();
+    EXPECT_EQ(payload<SystemAudioSchemaItem>(all).excludedApplicationIDs, std::vector<std::int32_t>());
+    EXPECT_FALSE(payload<SystemAudioSchemaItem>(all).excludeCurrentProcess);
+
+    const Item one = Item::applicationAudio(4);
+    EXPECT_EQ(payload<SystemAudioSchemaItem>(one).includedApplicationIDs, std::vector<std::int32_t>{4});
+    EXPECT_FALSE(payload<SystemAudioSchemaItem>(one).excludedApplicationIDs);
+    EXPECT_FALSE(payload<SystemAudioSchemaItem>(one).excludeCurrentProcess);
+}
+
+TEST(SchemaItem, TheSameSourceTwiceHasTwoIDs) {
+    const Item first = Item::display(5);
+    const Item second = Item::display(5);
+    EXPECT_EQ(payload<DisplaySchemaItem>(first).id.size(), 5U);
+    EXPECT_NE(payload<DisplaySchemaItem>(first).id, payload<DisplaySchemaItem>(second).id);
+}
+
+TEST(SchemaItem, NamesItsFileAfterItsSource) {
+    const Item webcam = Item::webcam("mic", "cam");
+    const Item microphone = Item::microphone("mic");
+    const Item device = Item::appleDeviceStaticOrientation("phone");
+    EXPECT_EQ(fallbackFilename(payload<WebcamSchemaItem>(webcam)),
+              "webcam-" + payload<WebcamSchemaItem>(webcam).id + ".mov");
+    EXPECT_EQ(fallbackFilename(payload<MicrophoneFileSchemaItem>(microphone)),
+              "microphone-" + payload<MicrophoneFileSchemaItem>(microphone).id + ".m4a");
+    EXPECT_EQ(fallbackFilename(payload<DisplaySchemaItem>(Item::display(4'000'000'000U))), "display-4000000000.mov");
+    EXPECT_EQ(fallbackFilename(payload<WindowBasedCropSchemaItem>(Item::windowBasedCrop(7))), "windowcrop-7.mov");
+    EXPECT_EQ(fallbackFilename(payload<AppleDeviceStaticOrientationItem>(device)), "appledevice-phone.mov");
+}
+
+TEST(SchemaItem, NamesTheSoundOfOneApplicationAfterItAndAMixAtRandom) {
+    EXPECT_EQ(fallbackFilename(payload<SystemAudioSchemaItem>(Item::applicationAudio(42))), "appaudio-42.m4a");
+    for (const Item& mix : {Item::systemAudio(std::vector<std::int32_t>{1, 2}), Item::systemAudio()}) {
+        const auto& audio = payload<SystemAudioSchemaItem>(mix);
+        const std::string name = fallbackFilename(audio);
+        EXPECT_TRUE(name.starts_with("systemaudio-") && name.ends_with(".m4a")) << name;
+        EXPECT_EQ(name.find(audio.id), std::string::npos) << "the name is made anew";
+        EXPECT_NE(name, fallbackFilename(audio));
+    }
+}
+
+TEST(SchemaItem, DescribesItselfForLogs) {
+    const ZVSchema schema{"/tmp/x", {Item::display(5), Item::applicationAudio(4), Item::webcam("mic", "cam")}};
+    EXPECT_EQ(schema.debugDescription(),
+              "outputDirectory: /tmp/x, items: [display(5), systemAudio(4), webcam(cam, mic)]");
+    EXPECT_EQ(ZVSchema().debugDescription(), "outputDirectory: none, items: []");
+}
+
+TEST(OutputDescription, TakesTheHostsNameElseTheFallback) {
+    EXPECT_EQ(filename(ZVSingleFileOutput{"screen.webm"}, "display-5.mov"), "/bundle/screen.webm");
+    EXPECT_EQ(filename(ZVSingleFileOutput{}, "display-5.mov"), "/bundle/display-5.mov");
+    EXPECT_EQ(filename(ZVSingleFileOutput{"/etc/screen.mov"}, "display-5.mov"), "/bundle/etc/screen.mov");
+}
+
+TEST(OutputDescription, SegmentsTakeThePrefixElseTheFallbackWithoutItsExtension) {
+    const auto describe = [](const ZVSegmentedOutput& output) {
+        return std::get<OutputDescription::MultipleStreams>(outputDescription(output, "/bundle", "display-5.mov").form);
+    };
+    std::filesystem::path heard;
+    const auto named = describe({.filenamePrefix = "a.b", .segmentCallback = [&](const auto& url) { heard = url; }});
+    EXPECT_EQ(named.directoryURL, "/bundle");
+    EXPECT_EQ(named.filenamePrefix, "a.b");
+    named.segmentCallback("/bundle/a.b-1.m4s");
+    EXPECT_EQ(heard, "/bundle/a.b-1.m4s");
+
+    const auto unnamed = describe({});
+    EXPECT_EQ(unnamed.filenamePrefix, "display-5");
+    unnamed.segmentCallback("does nothing");
+}
+
+TEST(OutputDescription, SideFilesFollowTheNameOfTheMedia) {
+    struct Row {
+        ZVOutputForm output;
+        std::string expected;
+    };
+    for (const Row& row : {
+             Row{ZVSingleFileOutput{"screen.mov"}, "/bundle/screen.input-events.json"},
+             Row{ZVSingleFileOutput{"take.1.mov"}, "/bundle/take.1.input-events.json"},
+             Row{ZVSingleFileOutput{"screen"}, "/bundle/screen.input-events.json"},
+             Row{ZVSingleFileOutput{}, "/bundle/display-5.input-events.json"},
+             Row{ZVSegmentedOutput{"a.b", {}}, "/bundle/a.b.input-events.json"},
+             Row{ZVSegmentedOutput{}, "/bundle/display-5.input-events.json"},
+         }) {
+        EXPECT_EQ(sideFileURL(row.output, "/bundle", "display-5.mov", inputEventsSuffix), row.expected);
+    }
+}
+
+TEST(SchemaItemExpansion, SaysWhichSourcesThisVersionCanNotRecord) {
+    const LogCapture log;
+    const RecorderContext context{"/bundle", StableRecordingInterval(std::make_shared<VolatileRecordingInterval>()),
+                                  log.logger<ZVRecorder>(), [](const AbortSignal&) {}};
+    const std::vector<std::pair<Item, std::string>> rows{
+        {Item::webcam("mic", "cam"), "webcams"},
+        {Item::microphone("mic"), "microphones"},
+        {Item::_microphone("mic", [](const CMSampleBuffer&) { return true; }), "microphones"},
+        {Item::systemAudio(), "system audio"},
+        {Item::applicationAudio(4), "system audio"},
+        {Item::appleDeviceStaticOrientation("phone"), "connected phones and tablets"},
+        {Item::display(5, {.mouseEvents = true}), "mouse and keyboard events"},
+        {Item::windowBasedCrop(5, {.keyboardEvents = true}), "mouse and keyboard events"},
+        {Item::_display(5, {}, true, ZVScreenRecordingOutputOptions::singleFile()), "which window is frontmost"},
+    };
+    for (const auto& [item, source] : rows) {
+        try {
+            createRecorders(item.internalItem(), context).get();
+            ADD_FAILURE() << source << " was silently accepted";
+        } catch (const ZVError& error) {
+            EXPECT_EQ(error.errorGroup(), "invalidConfiguration: This version can't record " + source + " yet.");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zorvane
