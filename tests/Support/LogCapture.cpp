@@ -44,16 +44,16 @@ std::size_t LogCapture::count(ZVLogLevel level, std::string_view message) const 
                                  [&](const auto& line) { return line.level == level && line.message == message; });
 }
 
-testing::AssertionResult LogCapture::has(ZVLogLevel level, std::string_view message,
-                                         const LogMetadata& metadata) const {
+::testing::AssertionResult LogCapture::has(ZVLogLevel level, std::string_view message,
+                                           const LogMetadata& metadata) const {
     const auto lines = messages();
     const bool found = std::ranges::any_of(lines, [&](const ZVLogger::LogMessage& line) {
         return line.level == level && line.message == message && includes(line.metadata, metadata);
     });
     if (found) {
-        return testing::AssertionSuccess();
+        return ::testing::AssertionSuccess();
     }
-    auto failure = testing::AssertionFailure()
+    auto failure = ::testing::AssertionFailure()
                    << "no " << rawValue(level) << " line \"" << message << "\" with ["
                    << ZVLogger::LogMessage{{}, level, {}, {}, metadata}.formattedMetadata() << "] among:";
     for (const auto& line : lines) {

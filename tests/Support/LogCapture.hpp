@@ -31,7 +31,7 @@ class LogCapture {
 
     /// Succeeds if a line has this level and message, and among its metadata the given pairs; else shows what was
     /// logged.
-    testing::AssertionResult has(ZVLogLevel level, std::string_view message, const LogMetadata& metadata = {}) const;
+    ::testing::AssertionResult has(ZVLogLevel level, std::string_view message, const LogMetadata& metadata = {}) const;
 
   private:
     struct Record;
