@@ -113,13 +113,9 @@ class RingBuffer<T>::Iterator {
         return *this;
     }
     void operator++(int) { ++index_; }
-    friend bool operator==(const Iterator& iterator, std::default_sentinel_t) {
-        return iterator.isAtEnd();
-    }
+    bool operator==(std::default_sentinel_t) const { return index_ == ring_.array_.size(); }
 
   private:
-    bool isAtEnd() const { return index_ == ring_.array_.size(); }
-
     RingBuffer ring_;
     std::size_t index_ = 0;
 };
