@@ -135,7 +135,9 @@ void ScreenStreamCoordinator::frameRepeaterHandler(const CMSampleBuffer& sampleB
         logger_.debug("Repeating video frame.", [&] {
             return LogMetadata{{"after", fmt::format("{}", repeatAddedTime->seconds())}};
         });
-        if (session_->didStart()) {
+        StableRecordingInterval interval = interval_;
+        interval.refresh();
+        if (interval.contains(time.seconds())) {
             framesRepeated_.fetch_add(1, std::memory_order_relaxed);
         }
     }
