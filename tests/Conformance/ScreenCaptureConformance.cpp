@@ -197,6 +197,15 @@ TEST_P(ScreenCaptureConformance, AStreamOfAnUnknownDisplayDoesNotStart) {
     EXPECT_NE(started.wait(), nullptr);
 }
 
+TEST_P(ScreenCaptureConformance, AStreamWithoutASizeDoesNotStart) {
+    SCStreamConfiguration configuration = wholeDisplay(backend_->display());
+    configuration.width = 0;
+    CompletionResult started;
+    const RunningStream running = make(*backend_, configuration);
+    running.stream->startCapture(started.handler());
+    EXPECT_NE(started.wait(), nullptr);
+}
+
 TEST_P(ScreenCaptureConformance, TwoStreamsShowTheSameChange) {
     const RunningStream one = start(*backend_);
     const RunningStream other = start(*backend_);

@@ -20,7 +20,7 @@ class ScreenCaptureBackend {
 
     virtual SCScreenCapture& screenCapture() = 0;
     virtual HostClock& clock() = 0;
-    /// Installs whatever `hostTimeClockTime` needs, if anything; `display` is what content lists too.
+    /// As `getShareableContent` lists it.
     virtual SCDisplay display() = 0;
     /// Fills a rectangle, in points of the display, with an sRGB colour: 0xRRGGBB. Returns when it is on the screen.
     virtual void fill(const CGRect& rect, std::uint32_t rgb) = 0;

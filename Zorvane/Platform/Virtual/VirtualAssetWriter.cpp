@@ -1,5 +1,6 @@
 #include "Zorvane/Platform/Virtual/VirtualAssetWriter.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <span>
@@ -19,13 +20,25 @@ nanoseconds fromSeconds(double seconds) {
     return nanoseconds(std::llround(seconds * 1e9));
 }
 
+constexpr std::uint64_t emptyDigest = 0xCBF29CE484222325;
+
 // FNV-1a over words: a digest of a screen in a millisecond.
-std::uint64_t digestOf(std::span<const std::byte> bytes) {
-    std::uint64_t digest = 0xCBF29CE484222325;
+std::uint64_t extendedDigest(std::uint64_t digest, std::span<const std::byte> bytes) {
     for (std::size_t offset = 0; offset < bytes.size(); offset += sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes.data() + offset, std::min(sizeof(word), bytes.size() - offset));
         digest = (digest ^ word) * 0x100000001B3;
+    }
+    return digest;
+}
+
+/// Of the pixels, whatever lies between the rows.
+std::uint64_t digestOf(const CVPixelBuffer& picture) {
+    const CVPixelLayout& layout = picture.layout();
+    const std::size_t rowSize = static_cast<std::size_t>(layout.width) * sizeof(std::uint32_t);
+    std::uint64_t digest = emptyDigest;
+    for (std::int32_t y = 0; y < layout.height; ++y) {
+        digest = extendedDigest(digest, {picture.bytes() + static_cast<std::size_t>(y) * layout.bytesPerRow, rowSize});
     }
     return digest;
 }
@@ -37,10 +50,10 @@ VirtualSampleRecord recordOf(const CMSampleBuffer& sample) {
     record.numSamples = sample.numSamples();
     record.sound = sample.audioBuffer();
     if (const CVPixelBufferRef& image = sample.imageBuffer()) {
-        record.digest = digestOf({image->bytes(), image->layout().byteSize()});
+        record.digest = digestOf(*image);
         record.frameNumber = readFrameCounter(image->bytes(), image->layout());
     } else if (record.sound) {
-        record.digest = digestOf(record.sound->bytes());
+        record.digest = extendedDigest(emptyDigest, record.sound->bytes());
     }
     return record;
 }

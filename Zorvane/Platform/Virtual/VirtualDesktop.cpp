@@ -21,8 +21,6 @@ VirtualDesktop::VirtualDesktop(std::shared_ptr<HostClock> clock, const std::vect
     }
 }
 
-VirtualDesktop::~VirtualDesktop() = default;
-
 VirtualMoment VirtualDesktop::at(double seconds) {
     return {shared_from_this(), origin_ + nanoseconds(std::llround(seconds * 1e9))};
 }

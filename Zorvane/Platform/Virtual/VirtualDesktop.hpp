@@ -94,7 +94,6 @@ class VirtualDesktop final : public std::enable_shared_from_this<VirtualDesktop>
     /// The first display is the main one.
     static std::shared_ptr<VirtualDesktop> make(std::shared_ptr<HostClock> clock,
                                                 std::vector<VirtualDisplay> displays = {VirtualDisplay{}});
-    ~VirtualDesktop();
 
     VirtualMoment at(double seconds);
     VirtualMoment now();

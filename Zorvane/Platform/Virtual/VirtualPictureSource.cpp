@@ -13,6 +13,11 @@ namespace {
 constexpr nanoseconds backwardStep = std::chrono::milliseconds(10);
 constexpr auto unknownOutputType = static_cast<SCStreamOutputType>(0xFF);
 
+nanoseconds interval(const SCStreamConfiguration& configuration) {
+    const CMTime& time = configuration.minimumFrameInterval;
+    return time.isNumeric() ? nanoseconds(std::llround(time.seconds() * 1e9)) : nanoseconds::zero();
+}
+
 CMSampleAttachments attachments(SCFrameStatus status) {
     return {.frameStatus = static_cast<std::int32_t>(status)};
 }
@@ -24,7 +29,7 @@ VirtualPictureSource::VirtualPictureSource(std::shared_ptr<VirtualDesktop> deskt
     : desktop_(std::move(desktop)),
       filter_(std::move(filter)),
       configuration_(std::move(configuration)),
-      frameInterval_(std::llround(configuration_.minimumFrameInterval.seconds() * 1e9)),
+      frameInterval_(interval(configuration_)),
       deliver_(std::move(deliver)),
       strand_(Executor::makeStrand("zv.virtual.screen")) {}
 

@@ -13,6 +13,15 @@ namespace zorvane {
 Platform makeVirtualPlatform() {
     auto desktop = VirtualDesktop::make(MonotonicClock::shared());
     const VirtualDisplay display;
+    const SCRunningApplication application{1, "virtual.application", "Virtual Application"};
+    VirtualWindow window;
+    window.window.windowID = 1;
+    window.window.frame = CGRect::make(1200, 120, 480, 270);
+    window.window.title = "Virtual Window";
+    window.window.isOnScreen = true;
+    window.window.owningApplication = application;
+    window.color = VirtualColor{0.20, 0.45, 0.35};
+    desktop->now().setApplications({application}).setWindows({window});
     desktop->now().animate(display.displayID, {.framesPerPhase = 120, .rest = 2}).playTone(440);
     Platform platform = makeVirtualPlatform(std::move(desktop));
     platform.mediaWriting = nullptr;  // the default one, which writes files

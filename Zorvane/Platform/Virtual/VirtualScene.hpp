@@ -24,7 +24,7 @@ struct VirtualDisplay {
     std::uint32_t pixelScale() const { return scale.value_or(2); }
     std::int32_t pixelWidth() const;
     std::int32_t pixelHeight() const;
-    /// The least that display of any kind has is its identity; everything else stays at its default.
+    /// What a window server says of it; `isMain` depends on the other displays.
     CGDisplayProperties properties(bool isMain) const;
     std::optional<CGDisplayMode> mode() const;
 };

@@ -16,6 +16,13 @@ NSError streamError(SCStreamErrorCode code, const char* description) {
     return NSError(SCStreamErrorDomain, static_cast<std::int64_t>(code), {.localizedDescription = description});
 }
 
+bool isUsable(const SCStreamConfiguration& configuration) {
+    const bool hasSource = !configuration.sourceRect ||
+                           (configuration.sourceRect->size.width > 0 && configuration.sourceRect->size.height > 0);
+    return hasSource && configuration.width > 0 && configuration.height > 0 && configuration.queueDepth > 0 &&
+           configuration.minimumFrameInterval.isNumeric();
+}
+
 }  // namespace
 
 CMTime VirtualStream::Clock::convertToHostTime(CMTime time) const {
@@ -37,6 +44,7 @@ VirtualStream::VirtualStream(std::shared_ptr<VirtualDesktop> desktop, const SCCo
     : desktop_(std::move(desktop)),
       displayID_(filter.display.displayID),
       capturesAudio_(configuration.capturesAudio),
+      isConfigured_(isUsable(configuration)),
       delegate_(std::move(delegate)),
       clock_(desktop_->withState([](VirtualDesktopState& state) {
           const auto offset = state.conditions.streamClockOffset;
@@ -87,6 +95,10 @@ std::exception_ptr VirtualStream::obstacleToStart() const {
     return desktop_->withState([this](VirtualDesktopState& state) -> std::exception_ptr {
         if (!state.conditions.allowsScreenCapture) {
             return std::make_exception_ptr(streamError(SCStreamErrorCode::userDeclined, "Capture is not permitted."));
+        }
+        if (!isConfigured_) {
+            return std::make_exception_ptr(
+                streamError(SCStreamErrorCode::failedToStart, "The configuration has an empty size or no interval."));
         }
         if (!state.scene.find(displayID_)) {
             return std::make_exception_ptr(

@@ -74,6 +74,7 @@ class VirtualStream final : public SCStream,
     const std::shared_ptr<VirtualDesktop> desktop_;
     const CGDirectDisplayID displayID_;
     const bool capturesAudio_;
+    const bool isConfigured_;  // so that pictures can be drawn; told at the start
     const std::weak_ptr<SCStreamDelegate> delegate_;
     const std::optional<Clock> clock_;
     std::atomic<State> state_{State::made};
