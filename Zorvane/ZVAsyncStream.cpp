@@ -1,10 +1,10 @@
 #include "Zorvane/ZVAsyncStream.hpp"
 
 #include <deque>
-#include <mutex>
 #include <optional>
 
 #include "Zorvane/Internal/Concurrency/Continuation.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 
 namespace zorvane::detail {
 
@@ -16,7 +16,7 @@ class BufferedStream final : public StreamCore {
 
     void yield(Element element) override {
         Element lost;  // destroyed after the lock is released
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         if (ended_) {
             return;
         }
@@ -36,7 +36,7 @@ class BufferedStream final : public StreamCore {
     }
 
     void onTermination(std::function<void()> handler) override {
-        std::unique_lock lock(mutex_);
+        MutexLock lock(mutex_);
         if (!ended_) {
             std::swap(onTermination_, handler);
             lock.unlock();
@@ -48,7 +48,7 @@ class BufferedStream final : public StreamCore {
 
     // The next element, or null at the end; else nothing, and `consumer` is resumed when that may have changed.
     std::optional<Element> take(const Continuation<>& consumer) {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         if (!buffer_.empty()) {
             Element element = std::move(buffer_.front());
             buffer_.pop_front();
@@ -62,14 +62,14 @@ class BufferedStream final : public StreamCore {
     }
 
   private:
-    void wakeConsumer() {
+    void wakeConsumer() ZV_REQUIRES(mutex_) {
         if (auto consumer = std::exchange(consumer_, std::nullopt)) {
             consumer->resume();
         }
     }
 
     void end(std::deque<Element>* lost) {
-        std::unique_lock lock(mutex_);
+        MutexLock lock(mutex_);
         if (lost) {
             std::swap(*lost, buffer_);
         }
@@ -85,11 +85,11 @@ class BufferedStream final : public StreamCore {
     }
 
     const std::size_t capacity_;
-    std::mutex mutex_;  // guards all below
-    std::deque<Element> buffer_;
-    bool ended_ = false;
-    std::optional<Continuation<>> consumer_;
-    std::function<void()> onTermination_;
+    Mutex mutex_;
+    std::deque<Element> buffer_ ZV_GUARDED_BY(mutex_);
+    bool ended_ ZV_GUARDED_BY(mutex_) = false;
+    std::optional<Continuation<>> consumer_ ZV_GUARDED_BY(mutex_);
+    std::function<void()> onTermination_ ZV_GUARDED_BY(mutex_);
 };
 
 }  // namespace

@@ -1,8 +1,11 @@
 // What the concurrency layer costs on the paths where it counts: each sample passes several synchronous blocks.
+//
+// Processor time, measured on two cores of a shared machine, and the limit that it must not pass there:
+//   a synchronous block on an idle queue, serial, plain or barrier   14 ns   50 ns
+//   arming an armed watchdog                                         35 ns  120 ns
 #include <benchmark/benchmark.h>
 
 #include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
-#include "Zorvane/Internal/Concurrency/Task.hpp"
 #include "Zorvane/Internal/Concurrency/WatchdogTimer.hpp"
 
 namespace zorvane {
@@ -42,27 +45,6 @@ void rearmAnArmedWatchdog(benchmark::State& state) {
     }
 }
 BENCHMARK(rearmAnArmedWatchdog);
-
-Task<int> immediate() {
-    co_return 1;
-}
-
-Task<int> awaitMany(int count) {
-    int sum = 0;
-    for (int i = 0; i < count; ++i) {
-        sum += co_await immediate();
-    }
-    co_return sum;
-}
-
-void awaitATaskThatFinishesAtOnce(benchmark::State& state) {
-    constexpr int count = 1000;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(awaitMany(count).get());
-    }
-    state.SetItemsProcessed(state.iterations() * count);
-}
-BENCHMARK(awaitATaskThatFinishesAtOnce);
 
 }  // namespace
 }  // namespace zorvane

@@ -5,12 +5,12 @@
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
 #include <asio/strand.hpp>
-#include <mutex>
 #include <thread>
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 
 namespace zorvane {
 
@@ -31,14 +31,14 @@ class PoolThreads {
     asio::io_context& context() { return context_; }
 
     void beginBlocking() {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         if (++blocked_ >= threads_) {
             addThread();
         }
     }
 
     void endBlocking() {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         --blocked_;
     }
 
@@ -47,14 +47,14 @@ class PoolThreads {
     static constexpr unsigned fewestThreads = 4;
 
     PoolThreads() {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         const unsigned count = std::max(fewestThreads, std::thread::hardware_concurrency());
         while (threads_ < count) {
             addThread();
         }
     }
 
-    void addThread() {
+    void addThread() ZV_REQUIRES(mutex_) {
         std::thread([this] {
             onPoolThread = true;
             setCurrentThreadName("zv.pool");
@@ -65,9 +65,9 @@ class PoolThreads {
 
     asio::io_context context_;
     asio::executor_work_guard<asio::io_context::executor_type> work_{context_.get_executor()};
-    std::mutex mutex_;  // guards the two counts
-    unsigned threads_ = 0;
-    unsigned blocked_ = 0;
+    Mutex mutex_;
+    unsigned threads_ ZV_GUARDED_BY(mutex_) = 0;
+    unsigned blocked_ ZV_GUARDED_BY(mutex_) = 0;
 };
 
 class Pool final : public Executor {

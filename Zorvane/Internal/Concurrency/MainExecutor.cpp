@@ -44,7 +44,7 @@ void MainExecutor::post(std::function<void()> job) {
         CurrentScope current(this);
         job();
     };
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     if (!hook_) {
         ownThread().post(std::move(marked));
         return;
@@ -57,7 +57,7 @@ void MainExecutor::post(std::function<void()> job) {
 }
 
 void MainExecutor::install(ZVMainExecutor::Hook hook) {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     std::swap(hook_, hook);
 }
 

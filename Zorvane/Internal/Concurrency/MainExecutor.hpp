@@ -1,9 +1,8 @@
 // The executor behind `ZVMainExecutor` and `Executor::main()`.
 #pragma once
 
-#include <mutex>
-
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 #include "Zorvane/ZVMainExecutor.hpp"
 
 namespace zorvane {
@@ -18,11 +17,12 @@ class MainExecutor final : public Executor {
   private:
     class OwnThread;
 
-    OwnThread& ownThread();
+    OwnThread& ownThread() ZV_REQUIRES(mutex_);
 
-    std::mutex mutex_;  // guards all below
-    ZVMainExecutor::Hook hook_;
-    OwnThread* ownThread_ = nullptr;  // started at its first job, then there until the process ends
+    Mutex mutex_;
+    ZVMainExecutor::Hook hook_ ZV_GUARDED_BY(mutex_);
+    /// Started at its first job, then there until the process ends.
+    OwnThread* ownThread_ ZV_GUARDED_BY(mutex_) = nullptr;
 };
 
 }  // namespace zorvane

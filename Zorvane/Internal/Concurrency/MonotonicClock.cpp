@@ -5,13 +5,13 @@
 #include <asio/post.hpp>
 #include <asio/steady_timer.hpp>
 #include <map>
-#include <mutex>
 #include <thread>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 
 namespace zorvane {
 
@@ -27,7 +27,7 @@ class MonotonicClock::Timers {
     }
 
     TimerID schedule(nanoseconds deadline, nanoseconds tolerance, std::function<void()> handler) {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         const auto id = TimerID{++lastID_};
         const nanoseconds latest = deadline + std::max(tolerance, nanoseconds::zero());
         latest_.emplace(id, latest);
@@ -41,7 +41,7 @@ class MonotonicClock::Timers {
 
     bool cancel(TimerID id) {
         std::function<void()> dropped;  // destroyed after the lock is released
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         const auto latest = latest_.find(id);
         if (latest == latest_.end()) {
             return false;
@@ -65,7 +65,7 @@ class MonotonicClock::Timers {
     void sleepUntilWakeUp() {
         nanoseconds wakeUp;
         {
-            std::lock_guard lock(mutex_);
+            MutexLock lock(mutex_);
             wakeUp = wakeUp_;
         }
         if (wakeUp == never) {
@@ -88,7 +88,7 @@ class MonotonicClock::Timers {
 
     std::vector<Timer> takeDueTimers(nanoseconds now) {
         std::vector<Timer> due;
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         for (auto entry = timers_.begin(); entry != timers_.end();) {
             if (entry->second.deadline > now) {
                 ++entry;
@@ -108,11 +108,11 @@ class MonotonicClock::Timers {
     asio::executor_work_guard<asio::io_context::executor_type> work_{context_.get_executor()};
     asio::steady_timer alarm_{context_};  // belongs to the clock's thread
 
-    std::mutex mutex_;  // guards all below
-    std::uint64_t lastID_ = 0;
-    std::map<Key, Timer> timers_;  // by the latest time to fire
-    std::unordered_map<TimerID, nanoseconds> latest_;
-    nanoseconds wakeUp_ = never;
+    Mutex mutex_;
+    std::uint64_t lastID_ ZV_GUARDED_BY(mutex_) = 0;
+    std::map<Key, Timer> timers_ ZV_GUARDED_BY(mutex_);  // by the latest time to fire
+    std::unordered_map<TimerID, nanoseconds> latest_ ZV_GUARDED_BY(mutex_);
+    nanoseconds wakeUp_ ZV_GUARDED_BY(mutex_) = never;
 };
 
 MonotonicClock::MonotonicClock() : timers_(std::make_unique<Timers>()) {}

@@ -5,12 +5,12 @@ namespace zorvane::detail {
 TaskGroupCore::TaskGroupCore(std::stop_token parent) : parentLink_(std::move(parent), StopAll{stopSource_}) {}
 
 void TaskGroupCore::childStarted() {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     ++running_;
 }
 
 void TaskGroupCore::childEnded() {
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     if (--running_ > 0 || !waiter_) {
         return;
     }
@@ -21,7 +21,7 @@ void TaskGroupCore::childEnded() {
 
 void TaskGroupCore::fail(std::exception_ptr error) {
     {
-        std::lock_guard lock(mutex_);
+        MutexLock lock(mutex_);
         if (!firstFailure_) {
             firstFailure_ = std::move(error);
         }
@@ -29,10 +29,21 @@ void TaskGroupCore::fail(std::exception_ptr error) {
     stopSource_.request_stop();
 }
 
+void TaskGroupCore::rethrowFirstFailure() {
+    std::exception_ptr failure;
+    {
+        MutexLock lock(mutex_);
+        failure = std::exchange(firstFailure_, nullptr);
+    }
+    if (failure) {
+        std::rethrow_exception(std::move(failure));
+    }
+}
+
 Task<> TaskGroupCore::allEnded(std::shared_ptr<TaskGroupCore> core) {
     auto [continuation, waiter] = makeContinuation();
     {
-        std::lock_guard lock(core->mutex_);
+        MutexLock lock(core->mutex_);
         if (core->running_ > 0) {
             core->waiter_ = continuation;
         } else {
@@ -40,9 +51,7 @@ Task<> TaskGroupCore::allEnded(std::shared_ptr<TaskGroupCore> core) {
         }
     }
     co_await std::move(waiter).ignoringCancellation();
-    if (core->firstFailure_) {
-        std::rethrow_exception(std::exchange(core->firstFailure_, nullptr));
-    }
+    core->rethrowFirstFailure();
 }
 
 }  // namespace zorvane::detail

@@ -3,7 +3,6 @@
 
 #include <iterator>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <stop_token>
 #include <type_traits>
@@ -13,6 +12,7 @@
 #include "Zorvane/Internal/Concurrency/Continuation.hpp"
 #include "Zorvane/Internal/Concurrency/CurrentTask.hpp"
 #include "Zorvane/Internal/Concurrency/Task.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 
 namespace zorvane {
 
@@ -33,6 +33,8 @@ class TaskGroupCore {
     static Task<> allEnded(std::shared_ptr<TaskGroupCore> core);
 
   private:
+    void rethrowFirstFailure();
+
     struct StopAll {
         std::stop_source source;
         void operator()() { source.request_stop(); }
@@ -40,10 +42,10 @@ class TaskGroupCore {
 
     std::stop_source stopSource_;
     std::stop_callback<StopAll> parentLink_;
-    std::mutex mutex_;  // guards all below
-    std::size_t running_ = 0;
-    std::exception_ptr firstFailure_;
-    std::optional<Continuation<>> waiter_;
+    Mutex mutex_;
+    std::size_t running_ ZV_GUARDED_BY(mutex_) = 0;
+    std::exception_ptr firstFailure_ ZV_GUARDED_BY(mutex_);
+    std::optional<Continuation<>> waiter_ ZV_GUARDED_BY(mutex_);
 };
 
 }  // namespace detail
@@ -92,13 +94,13 @@ class TaskGroup {
 
     struct State {
         detail::TaskGroupCore core;
-        std::mutex mutex;  // guards the values until all children have ended
-        std::vector<std::optional<Slot>> values;
+        Mutex mutex;
+        std::vector<std::optional<Slot>> values ZV_GUARDED_BY(mutex);
 
         explicit State(std::stop_token parent) : core(std::move(parent)) {}
 
         std::size_t reserve() {
-            std::lock_guard lock(mutex);
+            MutexLock lock(mutex);
             values.emplace_back();
             return values.size() - 1;
         }
@@ -107,7 +109,7 @@ class TaskGroup {
             if (!outcome.isSuccess()) {
                 core.fail(outcome.error());
             } else if constexpr (!std::is_void_v<T>) {
-                std::lock_guard lock(mutex);
+                MutexLock lock(mutex);
                 values[slot].emplace(std::move(outcome).value());
             }
             core.childEnded();
@@ -119,6 +121,7 @@ class TaskGroup {
         co_await detail::TaskGroupCore::allEnded(core);
         if constexpr (!std::is_void_v<T>) {
             Results results;
+            MutexLock lock(state->mutex);
             results.reserve(state->values.size());
             for (auto& value : state->values) {
                 results.push_back(std::move(*value));

@@ -102,13 +102,13 @@ TEST_F(TaskGroupTest, CancellationOfTheParentCancelsAllChildrenAndAwaitsThem) {
 }
 
 TEST_F(TaskGroupTest, MapsInInputOrderAndJoinsLists) {
-    auto map = [this](int& input) -> Task<std::string> {
+    auto map = [](int& input) -> Task<std::string> {
         co_await sleepFor(std::chrono::milliseconds(10 - input));
         co_return std::to_string(input);
     };
     EXPECT_EQ(clock->complete(concurrentMap(std::vector{1, 2, 3}, map)), (std::vector<std::string>{"1", "2", "3"}));
 
-    auto list = [this](int input) -> Task<std::vector<int>> {
+    auto list = [](int input) -> Task<std::vector<int>> {
         co_await sleepFor(std::chrono::milliseconds(10 - input));
         co_return std::vector<int>(static_cast<std::size_t>(input), input);
     };
