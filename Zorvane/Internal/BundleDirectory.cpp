@@ -1,17 +1,12 @@
 #include "Zorvane/Internal/BundleDirectory.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <string_view>
 #include <system_error>
-#include <utility>
 
 #include "Zorvane/Internal/FileURL.hpp"
 #include "Zorvane/Internal/LocalDate.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Foundation/PrivateFiles.hpp"
 
 namespace zorvane {
 namespace {
@@ -24,55 +19,6 @@ fs::path absoluteDirectory(const fs::path& path) {
     fs::path normal = (error ? path : absolute).lexically_normal();
     return normal.has_filename() ? normal : normal.parent_path();
 }
-
-void makeDirectory(const fs::path& path) {
-    if (::mkdir(path.c_str(), S_IRWXU) != 0) {
-        throw NSError::posix(errno, "create", path.native());
-    }
-}
-
-/// A file being written. Closed at the latest when it goes.
-class OutputFile {
-  public:
-    explicit OutputFile(fs::path path) : path_(std::move(path)) {
-        descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-        if (descriptor_ < 0) {
-            throw NSError::posix(errno, "create", path_.native());
-        }
-    }
-    ~OutputFile() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-
-    void write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
-            if (written >= 0) {
-                bytes.remove_prefix(static_cast<std::size_t>(written));
-            } else if (errno != EINTR) {
-                throw NSError::posix(errno, "write", path_.native());
-            }
-        }
-    }
-
-    /// Brings the bytes to the disk.
-    void close() {
-        if (::fsync(descriptor_) != 0) {
-            throw NSError::posix(errno, "write", path_.native());
-        }
-        if (::close(std::exchange(descriptor_, -1)) != 0) {
-            throw NSError::posix(errno, "close", path_.native());
-        }
-    }
-
-  private:
-    fs::path path_;
-    int descriptor_ = -1;
-};
 
 fs::path temporaryDirectory() {
     std::error_code error;
@@ -106,7 +52,7 @@ void BundleDirectory::create() const {
     if (error) {
         throw NSError::posix(error.value(), "create", parent.native());
     }
-    makeDirectory(url_);
+    createPrivateDirectory(url_);
 }
 
 void BundleDirectory::recreate() const {
@@ -115,13 +61,11 @@ void BundleDirectory::recreate() const {
     if (error || !removed) {
         throw NSError::posix(error ? error.value() : ENOENT, "remove", url_.native());
     }
-    makeDirectory(url_);
+    createPrivateDirectory(url_);
 }
 
 void BundleDirectory::write(const ZVBundleInfo& bundleInfo) const {
-    OutputFile file(url_ / "zorvane.json");
-    file.write(bundleInfo.encode());
-    file.close();
+    writePrivateFile(url_ / "zorvane.json", bundleInfo.encode());
 }
 
 }  // namespace zorvane

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Zorvane/Internal/Recorders/ScreenRecorderExpansion.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
@@ -33,17 +34,6 @@ Task<Recorders> createRecorders(MicrophoneStreamSchemaItem, RecorderContext) {
 
 Task<Recorders> createRecorders(SystemAudioSchemaItem, RecorderContext) {
     return refuse("system audio");
-}
-
-Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext) {
-    if (item.mouseEvents || item.keyboardEvents) {
-        return refuse("mouse and keyboard events");
-    }
-    return refuse(item.topWindowInfo ? "which window is frontmost" : "displays");
-}
-
-Task<Recorders> createRecorders(WindowBasedCropSchemaItem item, RecorderContext) {
-    return refuse(item.mouseEvents || item.keyboardEvents ? "mouse and keyboard events" : "window crops");
 }
 
 Task<Recorders> createRecorders(AppleDeviceStaticOrientationItem, RecorderContext) {

@@ -160,9 +160,6 @@ TEST(SchemaItemExpansion, SaysWhichSourcesThisVersionCanNotRecord) {
         {Item::systemAudio(), "system audio"},
         {Item::applicationAudio(4), "system audio"},
         {Item::appleDeviceStaticOrientation("phone"), "connected phones and tablets"},
-        {Item::display(5, {.mouseEvents = true}), "mouse and keyboard events"},
-        {Item::windowBasedCrop(5, {.keyboardEvents = true}), "mouse and keyboard events"},
-        {Item::_display(5, {}, true, ZVScreenRecordingOutputOptions::singleFile()), "which window is frontmost"},
     };
     for (const auto& [item, source] : rows) {
         try {

@@ -1,0 +1,15 @@
+// Files and directories that only their owner may read. Failures are `NSError`s of the POSIX domain.
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+namespace zorvane {
+
+/// Makes one directory, whose parent exists. Throws also if there is something at the path already.
+void createPrivateDirectory(const std::filesystem::path& path);
+
+/// Writes the bytes straight to the path, over a file that is there, and brings them to the disk. Blocks for it.
+void writePrivateFile(const std::filesystem::path& path, std::string_view bytes);
+
+}  // namespace zorvane
