@@ -1,11 +1,10 @@
 #include "Zorvane/Internal/Recorders/ScreenRecorderExpansion.hpp"
 
-#include <unistd.h>
-
 #include <memory>
 #include <utility>
 
 #include "Zorvane/Internal/Recorders/ScreenRecorder.hpp"
+#include "Zorvane/Platform/Foundation/NSProcessInfo.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
@@ -14,7 +13,7 @@ namespace {
 DisplayFilterOptions filterOptions(const std::set<ZVScreenRecordingExcludeOptions>& excluding) {
     DisplayFilterOptions options{.kind = SCContentFilterKind::excludingApplications};
     if (excluding.contains(ZVScreenRecordingExcludeOptions::currentProcess)) {
-        options.processIDs.push_back(::getpid());
+        options.processIDs.push_back(processIdentifier());
     }
     return options;
 }

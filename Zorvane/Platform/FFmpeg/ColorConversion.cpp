@@ -21,7 +21,9 @@ struct Pixel {
 };
 
 /// The largest value of a pixel's component.
-std::int32_t peak(CVPixelFormat format) { return format == CVPixelFormat::bgra ? 255 : 1023; }
+std::int32_t peak(CVPixelFormat format) {
+    return format == CVPixelFormat::bgra ? 255 : 1023;
+}
 
 std::uint32_t readWord(const std::byte* bytes) {
     std::uint32_t word;
@@ -55,15 +57,18 @@ double encoded(double linearLight) {
 using Primaries = std::array<std::array<double, 3>, 3>;
 
 // Linear light of one set of primaries told in the other; both have the white point D65.
-constexpr Primaries displayP3ToBT709{{{1.2249401763, -0.2249401763, 0},
-                                      {-0.0420569547, 1.0420569547, 0},
-                                      {-0.0196375546, -0.0786360456, 1.0982736002}}};
+constexpr Primaries displayP3ToBT709{
+    {{1.2249401763, -0.2249401763, 0}, {-0.0420569547, 1.0420569547, 0}, {-0.0196375546, -0.0786360456, 1.0982736002}}};
 constexpr Primaries bt709ToDisplayP3{
     {{0.8224619687, 0.1775380313, 0}, {0.0331941989, 0.9668058011, 0}, {0.0170826307, 0.0723974407, 0.9105199286}}};
 
-bool isWide(CGColorSpaceName colorSpace) { return colorSpace == CGColorSpaceName::displayP3; }
+bool isWide(CGColorSpaceName colorSpace) {
+    return colorSpace == CGColorSpaceName::displayP3;
+}
 
-bool isWide(AVVideoColorPrimaries primaries) { return primaries == AVVideoColorPrimaries::p3D65; }
+bool isWide(AVVideoColorPrimaries primaries) {
+    return primaries == AVVideoColorPrimaries::p3D65;
+}
 
 }  // namespace
 
@@ -79,8 +84,8 @@ struct ColorConverter::Matrix {
 
         /// The sample for a sum of `1 << extraShift` pixels.
         std::int32_t apply(const Pixel& pixel, int extraShift) const {
-            const std::int64_t sum = std::int64_t{red} * pixel.red + std::int64_t{green} * pixel.green +
-                                     std::int64_t{blue} * pixel.blue;
+            const std::int64_t sum =
+                std::int64_t{red} * pixel.red + std::int64_t{green} * pixel.green + std::int64_t{blue} * pixel.blue;
             const std::int64_t rounding = std::int64_t{offset} << extraShift;
             return static_cast<std::int32_t>((sum + rounding) >> (shift + extraShift));
         }
@@ -142,9 +147,9 @@ ColorConverter::ColorConverter(const ColorConversion& conversion)
       matrix_(std::make_unique<const Matrix>(peak(conversion.format), conversion.bitDepth)),
       gamutMap_(isWide(conversion.colorSpace) == isWide(conversion.primaries)
                     ? nullptr
-                    : std::make_unique<const GamutMap>(
-                          peak(conversion.format),
-                          isWide(conversion.primaries) ? bt709ToDisplayP3 : displayP3ToBT709)) {}
+                    : std::make_unique<const GamutMap>(peak(conversion.format), isWide(conversion.primaries)
+                                                                                    ? bt709ToDisplayP3
+                                                                                    : displayP3ToBT709)) {}
 
 ColorConverter::~ColorConverter() = default;
 
@@ -170,8 +175,8 @@ class Kernel {
     void convertBlock(std::int32_t x, std::int32_t y) const {
         const std::int32_t right = std::min(x + 1, destination_.width - 1);
         const std::int32_t below = std::min(y + 1, destination_.height - 1);
-        const Pixel sum = convertPixel(x, y) + convertPixel(right, y) + convertPixel(x, below) +
-                          convertPixel(right, below);
+        const Pixel sum =
+            convertPixel(x, y) + convertPixel(right, y) + convertPixel(x, below) + convertPixel(right, below);
         write(1, x / 2, y / 2, matrix_.cb.apply(sum, 2));
         write(2, x / 2, y / 2, matrix_.cr.apply(sum, 2));
     }

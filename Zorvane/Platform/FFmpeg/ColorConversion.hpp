@@ -36,9 +36,10 @@ struct ColorConversion {
 ///     Cb = middle + range * (B - Y') / 1.8556       Cr = middle + range * (R - Y') / 1.5748
 ///
 /// where R, G, B are the pixel's values from 0 to 1, for chroma the mean of a block of two by two (of what there is of
-/// it at an odd edge), and 8 bits have black 16, white 235, middle 128, range 224; 10 bits four times that. The transfer
-/// function is left alone: screens and players treat that of sRGB and that of BT.709 alike. Where the primaries of
-/// the pixels and of the video differ, colours are moved in linear light, and clipped where the video can't show them.
+/// it at an odd edge), and 8 bits have black 16, white 235, middle 128, range 224; 10 bits four times that. The
+/// transfer function is left alone: screens and players treat that of sRGB and that of BT.709 alike. Where the
+/// primaries of the pixels and of the video differ, colours are moved in linear light, and clipped where the video
+/// can't show them.
 ///
 /// Used by one thread at a time. Converting allocates nothing.
 class ColorConverter {

@@ -17,7 +17,9 @@ extern "C" {
 namespace zorvane {
 namespace {
 
-constexpr std::int32_t evenUp(std::int32_t length) { return length + length % 2; }
+constexpr std::int32_t evenUp(std::int32_t length) {
+    return length + length % 2;
+}
 
 /// A thread per two megapixels keeps up with 60 pictures a second; more cost memory and sharpness (each thread's slice
 /// stands alone), and take the processor from what is being recorded.

@@ -11,7 +11,9 @@ namespace {
 /// The longest side that both codecs have levels for.
 constexpr std::int32_t longestSide = 16384;
 
-bool isSide(std::int32_t length) { return length > 0 && length <= longestSide; }
+bool isSide(std::int32_t length) {
+    return length > 0 && length <= longestSide;
+}
 
 }  // namespace
 
@@ -37,7 +39,8 @@ std::shared_ptr<AVAssetWriterInputSink> FFmpegAssetWriter::addInput(const AVAsse
 
 void FFmpegAssetWriter::doStartWriting() {
     if (!video_) {
-        throw NSError("AVFoundationErrorDomain", 0, {"The writer has no input, so there is nothing to write.", nullptr, {}});
+        throw NSError("AVFoundationErrorDomain", 0,
+                      {"The writer has no input, so there is nothing to write.", nullptr, {}});
     }
     WriterThread::Media media;
     media.track = std::make_unique<VideoTrack>(*video_, encoderFor(*video_));
@@ -48,9 +51,13 @@ void FFmpegAssetWriter::doStartWriting() {
     queue_->open();
 }
 
-void FFmpegAssetWriter::doStartSession(CMTime time) { queue_->startSession(time); }
+void FFmpegAssetWriter::doStartSession(CMTime time) {
+    queue_->startSession(time);
+}
 
-void FFmpegAssetWriter::doEndSession(CMTime time) { queue_->endSession(time); }
+void FFmpegAssetWriter::doEndSession(CMTime time) {
+    queue_->endSession(time);
+}
 
 void FFmpegAssetWriter::doFinishWriting(std::function<void(std::exception_ptr)> done) {
     if (!thread_) {

@@ -10,7 +10,9 @@ namespace zorvane {
 namespace {
 
 /// FFmpeg's own codes are made of four letters, far beyond the numbers of the operating system.
-bool isErrorNumber(int code) { return AVUNERROR(code) > 0 && AVUNERROR(code) < 4096; }
+bool isErrorNumber(int code) {
+    return AVUNERROR(code) > 0 && AVUNERROR(code) < 4096;
+}
 
 }  // namespace
 

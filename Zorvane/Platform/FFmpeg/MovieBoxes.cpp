@@ -45,7 +45,9 @@ std::optional<MovieBox> findBox(std::span<const std::byte> boxes, std::string_vi
     return std::nullopt;
 }
 
-LargeBoxHeader reservedBox() { return header(MovieBox::largeHeaderSize, "free"); }
+LargeBoxHeader reservedBox() {
+    return header(MovieBox::largeHeaderSize, "free");
+}
 
 LargeBoxHeader mediaDataHeader(std::uint64_t size) {
     LargeBoxHeader result = header(1, "mdat");  // 1 says that the size follows the type

@@ -61,9 +61,9 @@ class MovieFile {
     /// A packet that is not in the index yet.
     struct Packet {
         FFmpegHandle<AVPacket> content;
-        bool isInFragment = false;                 ///< the muxer of fragments has it
-        bool isInFile = false;                     ///< so has the file
-        std::optional<std::int64_t> mediaPosition; ///< in the file; only of the first packet of a fragment
+        bool isInFragment = false;                  ///< the muxer of fragments has it
+        bool isInFile = false;                      ///< so has the file
+        std::optional<std::int64_t> mediaPosition;  ///< in the file; only of the first packet of a fragment
     };
 
     Packet takePacket(AVPacket& content);

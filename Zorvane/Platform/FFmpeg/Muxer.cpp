@@ -53,7 +53,9 @@ void MemorySink::keepFrom(std::int64_t position) {
     keepFrom_ = position;
 }
 
-std::int64_t MemorySink::position() const { return avio_tell(context_.get()); }
+std::int64_t MemorySink::position() const {
+    return avio_tell(context_.get());
+}
 
 void MemorySink::seek(std::int64_t position) {
     const std::int64_t result = avio_seek(context_.get(), position, SEEK_SET);

@@ -27,7 +27,9 @@ AVVideoSettings hevcSettings() {
 
 }  // namespace
 
-void PresetSettingsAssistant::setSourceVideoFormat(const CMFormatDescription& format) { source_ = format.dimensions; }
+void PresetSettingsAssistant::setSourceVideoFormat(const CMFormatDescription& format) {
+    source_ = format.dimensions;
+}
 
 std::optional<AVAudioSettings> PresetSettingsAssistant::audioSettings() const {
     AVAudioSettings settings;
@@ -36,8 +38,7 @@ std::optional<AVAudioSettings> PresetSettingsAssistant::audioSettings() const {
 }
 
 std::optional<AVVideoSettings> PresetSettingsAssistant::videoSettings() const {
-    AVVideoSettings settings =
-        preset_ == AVOutputSettingsPreset::hevc_7680x4320 ? hevcSettings() : h264Settings();
+    AVVideoSettings settings = preset_ == AVOutputSettingsPreset::hevc_7680x4320 ? hevcSettings() : h264Settings();
     const CMVideoDimensions largest = presetDimensions(preset_);
     const CMVideoDimensions size = source_.value_or(largest);
     settings.width = std::min(size.width, largest.width);

@@ -14,7 +14,9 @@ PlanarPicture cropped(PlanarPicture picture, std::int32_t width, std::int32_t he
     return picture;
 }
 
-std::int32_t half(std::int32_t length) { return (length + 1) / 2; }
+std::int32_t half(std::int32_t length) {
+    return (length + 1) / 2;
+}
 
 template <class Sample>
 Sample* samples(const PlanarPicture& picture, std::size_t plane) {

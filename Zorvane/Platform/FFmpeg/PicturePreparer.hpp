@@ -15,8 +15,8 @@ namespace zorvane {
 /// there already costs nothing. Used by one thread at a time; allocates only when pictures change their size or format.
 class PicturePreparer {
   public:
-    /// `destination` has the size that the encoder codes, `width` and `height` are those of the picture to be seen. What
-    /// the former has more is filled with the picture's last column and row.
+    /// `destination` has the size that the encoder codes, `width` and `height` are those of the picture to be seen.
+    /// What the former has more is filled with the picture's last column and row.
     PicturePreparer(const PlanarPicture& destination, std::int32_t width, std::int32_t height,
                     AVVideoColorPrimaries primaries);
 

@@ -13,7 +13,9 @@
 namespace zorvane {
 namespace {
 
-bool isOutOfSpace(int errorNumber) { return errorNumber == ENOSPC || errorNumber == EDQUOT; }
+bool isOutOfSpace(int errorNumber) {
+    return errorNumber == ENOSPC || errorNumber == EDQUOT;
+}
 
 NSError fileError(int errorNumber, std::string_view action, const std::string& path) {
     NSError error = NSError::posix(errorNumber, action, path);

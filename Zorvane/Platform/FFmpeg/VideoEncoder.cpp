@@ -19,11 +19,11 @@ namespace {
 const AVCodec& encoderNamed(const std::string& name) {
     const AVCodec* const codec = avcodec_find_encoder_by_name(name.c_str());
     if (!codec) {
-        throw NSError(FFmpegErrorDomain, AVERROR_ENCODER_NOT_FOUND,
-                      {fmt::format("The video encoder {} is missing. Install FFmpeg libraries that were built with it.",
-                                   name),
-                       nullptr,
-                       {}});
+        throw NSError(
+            FFmpegErrorDomain, AVERROR_ENCODER_NOT_FOUND,
+            {fmt::format("The video encoder {} is missing. Install FFmpeg libraries that were built with it.", name),
+             nullptr,
+             {}});
     }
     return *codec;
 }
@@ -78,7 +78,9 @@ void VideoEncoder::encode(std::int64_t tick, PictureKind kind) {
     requireFFmpeg(avcodec_send_frame(context_.get(), frame_.get()), "encode a picture");
 }
 
-void VideoEncoder::drain() { requireFFmpeg(avcodec_send_frame(context_.get(), nullptr), "end the encoding"); }
+void VideoEncoder::drain() {
+    requireFFmpeg(avcodec_send_frame(context_.get(), nullptr), "end the encoding");
+}
 
 bool VideoEncoder::receive(AVPacket& packet) {
     const int result = avcodec_receive_packet(context_.get(), &packet);

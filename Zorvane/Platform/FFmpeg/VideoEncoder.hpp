@@ -20,8 +20,8 @@ class VideoEncoder {
     /// Opens the encoder of that name. Throws `NSError`: there is no such encoder, or it can't encode this.
     VideoEncoder(const AVVideoSettings& settings, const std::string& encoderName);
 
-    /// What to encode next; its maker fills it, and it keeps its content over calls of `encode`. Its size is that of the
-    /// settings, rounded up to even numbers.
+    /// What to encode next; its maker fills it, and it keeps its content over calls of `encode`. Its size is that of
+    /// the settings, rounded up to even numbers.
     PlanarPicture picture() const;
 
     /// Throws `NSError`.

@@ -8,8 +8,8 @@
 
 namespace zorvane {
 
-/// Units of a video track's time per second. Frame rates divide it without a rest, and a frame may last 6.6 hours before
-/// the muxer's 31 bits for a duration are exceeded.
+/// Units of a video track's time per second. Frame rates divide it without a rest, and a frame may last 6.6 hours
+/// before the muxer's 31 bits for a duration are exceeded.
 inline constexpr std::int32_t videoTimescale = 90000;
 
 /// Turns times of pictures into ticks from the session's start, each rounded once from the exact difference.

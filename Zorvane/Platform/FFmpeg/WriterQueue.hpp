@@ -15,9 +15,9 @@
 
 namespace zorvane {
 
-/// Requests to a writer's thread, and the bounded queue of its video samples. All but `next` may be called on any thread,
-/// none of these blocks or allocates. Samples are handed out once the session has its start; everything before an end or
-/// a finish is handed out before it.
+/// Requests to a writer's thread, and the bounded queue of its video samples. All but `next` may be called on any
+/// thread, none of these blocks or allocates. Samples are handed out once the session has its start; everything before
+/// an end or a finish is handed out before it.
 class WriterQueue final : public AVAssetWriterInputSink {
   public:
     /// Enough to bridge a key frame. Each may hold one of the few pictures that a screen is captured into.

@@ -15,8 +15,9 @@ constexpr auto longestWait = milliseconds(500);
 constexpr auto waitTolerance = milliseconds(50);
 
 NSError nothingToWrite() {
-    return {"AVFoundationErrorDomain", 0, {"No picture was appended inside the session, so there is no movie.",
-                                           nullptr, {}}};
+    return {"AVFoundationErrorDomain",
+            0,
+            {"No picture was appended inside the session, so there is no movie.", nullptr, {}}};
 }
 
 }  // namespace

@@ -38,9 +38,8 @@ bool SCContentFilter::showsEverything() const {
 }
 
 bool SCContentFilter::shows(const SCWindow& window) const {
-    const bool isListed = std::any_of(windows.begin(), windows.end(), [&window](const SCWindow& listed) {
-        return listed.windowID == window.windowID;
-    });
+    const bool isListed = std::any_of(windows.begin(), windows.end(),
+                                      [&window](const SCWindow& listed) { return listed.windowID == window.windowID; });
     const bool isOfListedApplication =
         window.owningApplication &&
         std::any_of(applications.begin(), applications.end(), [&window](const SCRunningApplication& listed) {
