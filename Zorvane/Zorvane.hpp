@@ -10,6 +10,7 @@
 #include "Zorvane/ZVError.hpp"
 #include "Zorvane/ZVLogger.hpp"
 #include "Zorvane/ZVMainExecutor.hpp"
+#include "Zorvane/ZVMediaInfo.hpp"
 #include "Zorvane/ZVOutputOptions.hpp"
 #include "Zorvane/ZVPlatform.hpp"
 #include "Zorvane/ZVRecorder.hpp"

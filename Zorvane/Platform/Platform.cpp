@@ -30,6 +30,7 @@ std::shared_ptr<const Platform> completed(Platform platform) {
     fillIn(platform.displays, standard.displays);
     fillIn(platform.screenCapture, standard.screenCapture);
     fillIn(platform.mediaWriting, standard.mediaWriting);
+    fillIn(platform.mediaReading, standard.mediaReading);
     return std::make_shared<const Platform>(std::move(platform));
 }
 

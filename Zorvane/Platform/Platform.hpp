@@ -12,6 +12,7 @@
 
 namespace zorvane {
 
+class AVMediaReading;
 class AVMediaWriting;
 class CGDisplays;
 class SCScreenCapture;
@@ -50,6 +51,7 @@ struct Platform {
     std::shared_ptr<CGDisplays> displays;
     std::shared_ptr<SCScreenCapture> screenCapture;
     std::shared_ptr<AVMediaWriting> mediaWriting;
+    std::shared_ptr<AVMediaReading> mediaReading;
 
     /// The platform in force. Never null, and stays valid for as long as the caller holds it. Any thread.
     static std::shared_ptr<const Platform> current();

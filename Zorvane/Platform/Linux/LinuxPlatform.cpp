@@ -1,6 +1,7 @@
 #include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
 
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
 #include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
@@ -15,6 +16,7 @@ Platform makeLinuxPlatform() {
     platform.displays = std::make_shared<X11Displays>(session);
     platform.screenCapture = std::make_shared<X11ScreenCapture>(session);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
+    platform.mediaReading = std::make_shared<FFmpegMediaReader>();
     return platform;
 }
 
