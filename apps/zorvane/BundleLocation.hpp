@@ -1,0 +1,21 @@
+// Where a recording's bundle goes.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+
+namespace zorvane::cli {
+
+/// The directory that the user asked for; or else, as the user expects of a program, one in the current directory, and
+/// not in the temporary one, under the name that the library would give it. Throws a `std::exception` with a text for
+/// the user if something is there already.
+std::filesystem::path bundleLocation(const std::optional<std::filesystem::path>& output);
+
+/// The bytes of all files in a bundle.
+std::uintmax_t bundleSize(const std::filesystem::path& bundle);
+
+/// Whether a file in a bundle holds anything, listed in its manifest or not.
+bool holdsMedia(const std::filesystem::path& bundle);
+
+}  // namespace zorvane::cli

@@ -1,0 +1,103 @@
+#include "BundleReport.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace zorvane::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto manifestName = "zorvane.json";
+
+bool isSideFile(ZVBundleInfo::FileAssetType type) {
+    return type == ZVBundleInfo::FileAssetType::mouse || type == ZVBundleInfo::FileAssetType::topWindow;
+}
+
+/// What else lies in a directory without a manifest, since a movie that was cut off plays all the same.
+std::string filesThatMayPlay(const fs::path& bundle) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(bundle, error)) {
+        if (entry.path().extension() == ".mov" || entry.path().extension() == ".m4a") {
+            names.push_back(entry.path().filename().string());
+        }
+    }
+    std::ranges::sort(names);
+    return names.empty() ? ""
+                         : fmt::format(" Its recording may have been cut off; try to play {}.", fmt::join(names, ", "));
+}
+
+std::string readManifest(const fs::path& bundle) {
+    std::error_code error;
+    if (!fs::is_directory(bundle, error)) {
+        throw std::runtime_error(fmt::format("\"{}\" is no bundle: there is no such directory.", bundle.string()));
+    }
+    const fs::path path = bundle / manifestName;
+    if (!fs::exists(path, error) && !error) {
+        throw std::runtime_error(
+            fmt::format("\"{}\" has no {}.{}", bundle.string(), manifestName, filesThatMayPlay(bundle)));
+    }
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    if (!file.is_open() || file.bad()) {
+        throw std::runtime_error(
+            fmt::format("Can't read \"{}\": {}.", path.string(), std::generic_category().message(errno)));
+    }
+    return bytes;
+}
+
+ZVBundleInfo decodeManifest(const fs::path& bundle) {
+    const std::string bytes = readManifest(bundle);
+    try {
+        return ZVBundleInfo::decode(bytes);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(
+            fmt::format("\"{}\" can't be understood: {}", (bundle / manifestName).string(), error.what()));
+    }
+}
+
+FileReport readFile(const fs::path& bundle, const ZVBundleInfo::FileAsset& asset) {
+    FileReport report{.asset = asset};
+    const fs::path path = bundle / asset.filename;
+    std::error_code error;
+    const auto size = fs::file_size(path, error);
+    if (error) {
+        report.error = error == std::errc::no_such_file_or_directory ? "The file is missing." : error.message() + ".";
+        return report;
+    }
+    report.size = size;
+    if (!isSideFile(asset.type)) {
+        try {
+            report.media = ZVMediaInfo::read(path);
+        } catch (const std::exception& problem) {
+            report.error = problem.what();
+        }
+    }
+    return report;
+}
+
+}  // namespace
+
+bool BundleReport::isSound() const {
+    return std::ranges::none_of(files, [](const FileReport& file) { return file.error.has_value(); });
+}
+
+BundleReport readBundle(const fs::path& bundle) {
+    const ZVBundleInfo manifest = decodeManifest(bundle);
+    BundleReport report{bundle, manifest.version, {}};
+    for (const auto& asset : manifest.files) {
+        report.files.push_back(readFile(bundle, asset));
+    }
+    return report;
+}
+
+}  // namespace zorvane::cli

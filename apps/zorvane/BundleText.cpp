@@ -1,0 +1,66 @@
+// A bundle's report for people.
+#include <iterator>
+
+#include <fmt/format.h>
+
+#include "BundleReport.hpp"
+#include "Figures.hpp"
+
+namespace zorvane::cli {
+namespace {
+
+std::string secondsText(const std::optional<double>& seconds) {
+    return seconds ? fmt::format("{:.3f} s", *seconds) : "of unknown length";
+}
+
+std::string colorText(const ZVMediaInfo::ColorTags& tags) {
+    const auto name = [](const std::string& tag) { return tag.empty() ? "untagged" : tag.c_str(); };
+    return fmt::format("primaries {}, transfer {}, matrix {}, range {}", name(tags.primaries),
+                       name(tags.transferFunction), name(tags.matrix), name(tags.range));
+}
+
+struct FormatText {
+    std::string codec;
+
+    std::string operator()(const ZVMediaInfo::Video& video) const {
+        return fmt::format("video {} {}x{}, {} frames, {}", codec, video.width, video.height, video.frameCount,
+                           colorText(video.colorTags));
+    }
+    std::string operator()(const ZVMediaInfo::Audio& audio) const {
+        return fmt::format("audio {} {} Hz, {} channels", codec, audio.sampleRate, audio.channelCount);
+    }
+    std::string operator()(const ZVMediaInfo::Other&) const { return codec; }
+};
+
+void addFile(std::string& text, const FileReport& file) {
+    auto out = std::back_inserter(text);
+    fmt::format_to(out, "{} ({})", printable(file.asset.filename), zorvane::rawValue(file.asset.type));
+    if (file.media) {
+        fmt::format_to(out, ": {}, {}", secondsText(file.media->duration), file.media->container);
+    }
+    if (file.size) {
+        fmt::format_to(out, ", {}", sizeText(*file.size));
+    }
+    text += '\n';
+    if (file.error) {
+        fmt::format_to(out, "  broken: {}\n", printable(*file.error));
+    }
+    if (file.media) {
+        for (const auto& track : file.media->tracks) {
+            fmt::format_to(out, "  {}, {}\n", std::visit(FormatText{track.codec}, track.format),
+                           secondsText(track.duration));
+        }
+    }
+}
+
+}  // namespace
+
+std::string bundleText(const BundleReport& report) {
+    std::string text = fmt::format("{}: {} files\n", printable(report.bundle.string()), report.files.size());
+    for (const FileReport& file : report.files) {
+        addFile(text, file);
+    }
+    return text;
+}
+
+}  // namespace zorvane::cli

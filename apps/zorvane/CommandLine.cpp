@@ -1,0 +1,183 @@
+#include "CommandLine.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <CLI/CLI.hpp>
+
+#include "Zorvane/ZVVersion.hpp"
+
+namespace zorvane::cli {
+namespace {
+
+constexpr double longestRecording = 366.0 * 24 * 60 * 60;
+
+constexpr auto overview = "Records the desktop into a bundle of files that all begin and end at the same instant.";
+
+constexpr auto recordHelp = R"(Examples:
+  zorvane record                              the main display, until Ctrl-C
+  zorvane record --seconds 10 -o talk.zorvane ten seconds into a directory of that name
+  zorvane record --json | jq -r .bundle       for scripts: one JSON object at the end
+  zorvane record --platform virtual           a made-up desktop, on a machine without one
+
+Without -o the bundle is a new directory in the current one, named after date and time, such as
+2024-03-01T140509+0100-Ab3dE.zorvane. Its path is printed at the end.
+
+Ctrl-C, SIGTERM and SIGHUP stop the recording cleanly; a second Ctrl-C leaves at once.
+
+Exit status: 0 complete, 2 wrong usage, 3 saved with errors, 4 nothing recorded.)";
+
+constexpr auto infoHelp = R"(Examples:
+  zorvane info talk.zorvane                   length, size and tracks of each file
+  zorvane info --json talk.zorvane            the same as one JSON object
+
+Exit status: 0 all is well, 2 wrong usage, 3 a file is missing or broken, 4 no bundle there.)";
+
+/// What CLI11 needs to turn a parser that throws into an error of the option's.
+template <class Parse>
+std::string problemOf(Parse parse, const std::string& text) {
+    try {
+        parse(text);
+        return {};
+    } catch (const std::invalid_argument& problem) {
+        return problem.what();
+    }
+}
+
+/// An option that takes one of a few names.
+template <class Value, class Target>
+void addChoice(CLI::App& app, const std::string& name, const std::vector<std::pair<std::string, Value>>& choices,
+               Target& target, const std::string& help) {
+    std::vector<std::string> names;
+    for (const auto& choice : choices) {
+        names.push_back(choice.first);
+    }
+    const auto choose = [choices, &target](const std::string& text) {
+        target = std::ranges::find(choices, text, [](const auto& choice) { return choice.first; })->second;
+    };
+    app.add_option_function<std::string>(name, choose, help)
+        ->type_name(fmt::format("{}", fmt::join(names, "|")))
+        ->check(CLI::IsMember(names).description(""));
+}
+
+std::vector<std::pair<std::string, ZVLogLevel>> logLevels() {
+    std::vector<std::pair<std::string, ZVLogLevel>> levels;
+    for (const ZVLogLevel level : allLogLevels) {
+        levels.emplace_back(rawValue(level), level);
+    }
+    return levels;
+}
+
+void addRecord(CLI::App& app, RecordOptions& options) {
+    app.footer(recordHelp);
+    app.add_option_function<std::string>(
+           "--display", [&](const std::string& text) { options.displayID = parseDisplay(text); },
+           "Display to record: main, or its id")
+        ->type_name("main|ID")
+        ->check([](const std::string& text) { return problemOf(parseDisplay, text); });
+    addChoice<ZVColorSpace>(app, "--color-space",
+                            {{"sRGB", ZVColorSpace::sRGB}, {"displayP3", ZVColorSpace::displayP3}}, options.colorSpace,
+                            "Colours: sRGB (H.264) or displayP3 (HEVC, 10 bits)");
+    app.add_flag("!--no-cursor", options.showsCursor, "Leave the mouse pointer out");
+    app.add_option_function<std::string>(
+           "--seconds", [&](const std::string& text) { options.seconds = parseSeconds(text); },
+           "Stop by itself after so long; fractions are fine")
+        ->type_name("N")
+        ->check([](const std::string& text) { return problemOf(parseSeconds, text); });
+    app.add_option("-o,--output", options.output, "Bundle directory to make; it must not exist yet")->type_name("DIR");
+    addChoice<ZVPlatformKind>(app, "--platform",
+                              {{"linux", ZVPlatformKind::linuxDesktop}, {"virtual", ZVPlatformKind::virtualDesktop}},
+                              options.platform, "Desktop to record: linux, or a virtual one for trying things out");
+    app.add_flag("--json", options.json, "Print one JSON object about the recording at the end");
+    app.add_flag("-q,--quiet", options.quiet, "Say nothing but errors and the bundle's path");
+    addChoice<ZVLogLevel>(app, "--log-level", logLevels(), options.logLevel,
+                          "Show log lines of at least this level on standard error");
+}
+
+void addInfo(CLI::App& app, InfoOptions& options) {
+    app.footer(infoHelp);
+    app.add_option("BUNDLE", options.bundle, "Directory of a recording")->required()->type_name("");
+    app.add_flag("--json", options.json, "Print one JSON object");
+}
+
+/// A negative number behind an option is its value; left alone it would be taken for another option.
+std::vector<std::string> joinedArguments(int count, const char* const* arguments) {
+    std::vector<std::string> joined;
+    for (int index = 1; index < count; index++) {
+        const std::string_view argument = arguments[index];
+        const bool isNegative = argument.size() > 1 && argument[0] == '-' && std::isdigit(argument[1]) != 0;
+        if (isNegative && !joined.empty() && joined.back() == "--seconds") {
+            joined.back().append("=").append(argument);
+        } else {
+            joined.emplace_back(argument);
+        }
+    }
+    return {joined.rbegin(), joined.rend()};  // the order in which CLI11 consumes them
+}
+
+ExitStatus report(const CLI::App& app, const CLI::ParseError& error) {
+    const bool isWrong = app.exit(error) != 0;
+    std::cout.flush();
+    return isWrong ? ExitStatus::wrongUsage : std::cout ? ExitStatus::complete : ExitStatus::savedWithErrors;
+}
+
+}  // namespace
+
+double parseSeconds(const std::string& text) {
+    double seconds = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, seconds);
+    if (error != std::errc() || rest != end || !std::isfinite(seconds) || seconds <= 0 || seconds > longestRecording) {
+        throw std::invalid_argument(fmt::format(
+            "\"{}\" is no length of a recording. Give a number of seconds above 0 and up to {:.0f}, such as 10 "
+            "or 2.5.",
+            text, longestRecording));
+    }
+    return seconds;
+}
+
+std::optional<std::uint32_t> parseDisplay(const std::string& text) {
+    if (text == "main") {
+        return std::nullopt;
+    }
+    std::uint32_t id = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, id);
+    if (error != std::errc() || rest != end) {
+        throw std::invalid_argument(
+            fmt::format("\"{}\" names no display. Give \"main\" or a display's id, a whole number.", text));
+    }
+    return id;
+}
+
+Command parseCommandLine(int argumentCount, const char* const* arguments) {
+    CLI::App app(overview, "zorvane");
+    app.set_version_flag("--version", fmt::format("zorvane {}", ZorvaneVersionString));
+    app.require_subcommand(1);
+    RecordOptions recordOptions;
+    InfoOptions infoOptions;
+    const CLI::App* record = app.add_subcommand("record", "Record a display");
+    addRecord(*app.get_subcommand("record"), recordOptions);
+    addInfo(*app.add_subcommand("info", "Tell what is in a bundle"), infoOptions);
+    try {
+        app.parse(joinedArguments(argumentCount, arguments));
+    } catch (const CLI::ParseError& error) {
+        return report(app, error);
+    }
+    if (record->parsed()) {
+        return recordOptions;
+    }
+    return infoOptions;
+}
+
+}  // namespace zorvane::cli

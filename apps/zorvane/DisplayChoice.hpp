@@ -1,0 +1,13 @@
+// Which display of the desktop to record.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace zorvane::cli {
+
+/// The id, by which a schema names it, of the display that the user asked for; of the main one if none was. Throws a
+/// `std::exception`, with a text for the user that lists the known displays, if there is no such one.
+std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted);
+
+}  // namespace zorvane::cli

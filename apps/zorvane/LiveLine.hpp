@@ -1,0 +1,17 @@
+// The one line that shows how a recording is going.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Zorvane/ZVRecorder.hpp"
+
+namespace zorvane::cli {
+
+/// The line at `now`, seconds on the host clock; `size` is the bundle's so far.
+std::string liveLine(const ZVRecorder::Statistics& statistics, double now, std::uintmax_t size);
+
+/// "181 frames written, 2 dropped, 60 repeated".
+std::string frameCounts(const ZVRecorder::Statistics& statistics);
+
+}  // namespace zorvane::cli

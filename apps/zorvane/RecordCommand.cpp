@@ -1,0 +1,114 @@
+#include "RecordCommand.hpp"
+
+#include <chrono>
+
+#include <fmt/format.h>
+
+#include "BundleLocation.hpp"
+#include "DisplayChoice.hpp"
+#include "LiveLine.hpp"
+#include "LogOutput.hpp"
+#include "RecordReport.hpp"
+#include "Recording.hpp"
+#include "StandardError.hpp"
+#include "StopSignal.hpp"
+#include "WriteAll.hpp"
+
+namespace zorvane::cli {
+namespace {
+
+double hostSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+/// Says how the recording is going, as far as the user wants to hear it.
+class Progress {
+  public:
+    Progress(const RecordOptions& options, StandardError& output) : options_(options), output_(output) {}
+
+    void began(const std::filesystem::path& bundle) {
+        if (!options_.quiet) {
+            output_.print(fmt::format("Recording to {}{}", bundle.string(),
+                                      options_.seconds ? fmt::format(" for {} s", *options_.seconds) : ""));
+        }
+    }
+
+    void goesOn(const std::filesystem::path& bundle, const ZVRecorder::Statistics& statistics) {
+        if (!options_.quiet && output_.isTerminal()) {
+            output_.showLive(liveLine(statistics, hostSeconds(), bundleSize(bundle)));
+        }
+    }
+
+    void ended(const RecordOutcome& outcome) {
+        output_.clearLive();
+        for (const auto& error : outcome.errors) {
+            output_.print("zorvane: " + userText(error));
+        }
+        if (!outcome.errors.empty()) {
+            output_.print(
+                fmt::format("zorvane: {} {}", consequence(outcome), options_.logLevel ? "" : whereTheLogIs()));
+        }
+        if (!options_.quiet && outcome.status != RecordOutcome::Status::failed) {
+            output_.print(recordSummary(outcome));
+        }
+    }
+
+  private:
+    static std::string consequence(const RecordOutcome& outcome) {
+        return outcome.status == RecordOutcome::Status::failed
+                   ? "Nothing was recorded."
+                   : fmt::format("What could be saved is in {}.", outcome.result.bundleURL.string());
+    }
+
+    const RecordOptions& options_;
+    StandardError& output_;
+};
+
+ZVRecorder::SchemaItem schemaItem(const RecordOptions& options) {
+    ZVRecorder::DisplayOptions display;
+    display.colorSpace = options.colorSpace;
+    display.showsCursor = options.showsCursor;
+    return ZVRecorder::SchemaItem::display(chooseDisplay(options.displayID), display);
+}
+
+/// Leaves no directory behind if nothing was recorded.
+RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOptions& options, Progress& progress) {
+    RecordingEnd end;
+    const StopSignal signal([&end] { end.requestStop(); });
+    Recording recording(schemaItem(options), bundle, end);
+    progress.began(bundle);
+    return recording.run(options.seconds,
+                         [&](const ZVRecorder::Statistics& statistics) { progress.goesOn(bundle, statistics); });
+}
+
+RecordOutcome outcomeOf(const RecordOptions& options, Progress& progress) {
+    RecordOutcome outcome;
+    try {
+        ZVPlatform::use(options.platform);
+        outcome.result.bundleURL = bundleLocation(options.output);
+        outcome = recordInto(outcome.result.bundleURL, options, progress);
+    } catch (...) {
+        outcome.errors = ungrouped(std::current_exception());
+    }
+    return outcome;
+}
+
+}  // namespace
+
+ExitStatus record(const RecordOptions& options) {
+    StopSignal::block();
+    // Never destroyed: threads of the library may log while the process exits.
+    static auto& output = *new StandardError;
+    const auto log = showLog(options.logLevel, output);
+    Progress progress(options, output);
+    const RecordOutcome outcome = outcomeOf(options, progress);
+    progress.ended(outcome);
+    if (options.json) {
+        printResult(recordJSON(outcome));
+    } else if (outcome.status != RecordOutcome::Status::failed) {
+        printResult(outcome.result.bundleURL.string() + "\n");
+    }
+    return outcome.exitStatus();
+}
+
+}  // namespace zorvane::cli

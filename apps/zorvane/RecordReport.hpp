@@ -1,0 +1,20 @@
+// A recording's outcome as the user reads it, and as a script does.
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "RecordOutcome.hpp"
+
+namespace zorvane::cli {
+
+/// One JSON object and a line feed.
+std::string recordJSON(const RecordOutcome& outcome);
+
+/// One line: how long, how many frames, how large.
+std::string recordSummary(const RecordOutcome& outcome);
+
+/// What the user should know of an error, on one line.
+std::string userText(const std::exception_ptr& error);
+
+}  // namespace zorvane::cli

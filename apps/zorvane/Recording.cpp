@@ -1,0 +1,100 @@
+#include "Recording.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "BundleLocation.hpp"
+
+namespace zorvane::cli {
+namespace {
+
+using Clock = std::chrono::steady_clock;  // the library's host clock, under its C++ name
+
+constexpr auto observationInterval = std::chrono::milliseconds(200);
+
+Clock::time_point hostTime(double seconds) {
+    return Clock::time_point(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds)));
+}
+
+std::exception_ptr stoppedBeforeStart() {
+    return std::make_exception_ptr(
+        ZVError::badOperation("Stopped before the recording began.", "Stopped before the recording began."));
+}
+
+}  // namespace
+
+Recording::Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle, RecordingEnd& end)
+    : bundle_(bundle),
+      end_(end),
+      recorder_({std::move(item)}, bundle, std::nullopt,
+                [&end](const ZVRecorder::AbortReason& reason) { end.abort(reason); }) {}
+
+RecordOutcome Recording::run(std::optional<double> seconds, const Observer& observer) {
+    try {
+        start();
+    } catch (const ZVCancelled&) {
+        return failed(stoppedBeforeStart());
+    } catch (...) {
+        return failed(std::current_exception());
+    }
+    waitForEnd(seconds, observer);
+    return stop();
+}
+
+void Recording::start() {
+    recorder_.prepare().get(end_.stopToken());
+    if (end_.isStopRequested()) {
+        recorder_.stop().get();
+        throw ZVCancelled();
+    }
+    recorder_.start().get();
+}
+
+void Recording::waitForEnd(std::optional<double> seconds, const Observer& observer) {
+    const double from = recorder_.statistics().recordFrom;
+    const auto deadline = seconds ? hostTime(from + *seconds) : Clock::time_point::max();
+    auto next = Clock::now();
+    while (!end_.waitUntil(std::min(next, deadline)) && Clock::now() < deadline) {
+        observer(recorder_.statistics());
+        next = Clock::now() + observationInterval;
+    }
+}
+
+RecordOutcome Recording::stop() {
+    RecordOutcome outcome;
+    try {
+        outcome.result = recorder_.stop().get();
+        outcome.status = RecordOutcome::Status::complete;
+    } catch (const ZVRecorder::PartialResultError& error) {
+        outcome.result = error.result();
+        outcome.errors = error.groupedErrors().errors();
+        outcome.status = RecordOutcome::Status::partial;
+    }
+    const auto abort = end_.abortReason();
+    if (abort && abort->kind() != ZVRecorder::AbortReason::Kind::userStopped) {
+        outcome.status = RecordOutcome::Status::aborted;
+        outcome.result = abort->result();
+        outcome.errors = ungrouped(abort->error());
+    }
+    outcome.statistics = recorder_.statistics();
+    if (!holdsMedia(bundle_)) {
+        outcome.status = RecordOutcome::Status::failed;
+    }
+    return outcome;
+}
+
+RecordOutcome Recording::failed(const std::exception_ptr& error) {
+    RecordOutcome outcome;
+    outcome.result = {bundle_, ZVBundleInfo::empty};
+    outcome.errors = ungrouped(error);
+    if (const auto abort = end_.abortReason()) {
+        outcome.errors = ungrouped(abort->error());
+    }
+    return outcome;
+}
+
+}  // namespace zorvane::cli

@@ -1,0 +1,38 @@
+// One recording from its preparation to its end: how a host drives the library.
+#pragma once
+
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <optional>
+
+#include "RecordOutcome.hpp"
+#include "RecordingEnd.hpp"
+#include "Zorvane/ZVRecorder.hpp"
+
+namespace zorvane::cli {
+
+class Recording {
+  public:
+    /// Called a few times per second while recording, on the thread of `run`.
+    using Observer = std::function<void(const ZVRecorder::Statistics& statistics)>;
+
+    /// Records `item` into the new directory `bundle`. `end` must outlive this object.
+    Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle, RecordingEnd& end);
+
+    /// Records for so many seconds, or until there is another reason to end. Blocks; never throws for what the
+    /// recording meets. Leaves no directory if nothing was recorded.
+    RecordOutcome run(std::optional<double> seconds, const Observer& observer);
+
+  private:
+    void start();
+    void waitForEnd(std::optional<double> seconds, const Observer& observer);
+    RecordOutcome stop();
+    RecordOutcome failed(const std::exception_ptr& error);
+
+    const std::filesystem::path bundle_;
+    RecordingEnd& end_;
+    ZVRecorder recorder_;
+};
+
+}  // namespace zorvane::cli

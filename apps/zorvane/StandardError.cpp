@@ -1,0 +1,64 @@
+#include "StandardError.hpp"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <system_error>
+
+#include "WriteAll.hpp"
+
+namespace zorvane::cli {
+namespace {
+
+constexpr std::string_view toLineStart = "\r\x1b[K";
+
+bool canShowLive() {
+    const char* kind = std::getenv("TERM");
+    return isatty(STDERR_FILENO) != 0 && kind && std::string_view(kind) != "dumb";
+}
+
+std::size_t columns() {
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+void writeOrLose(std::string_view text) {
+    try {
+        writeAll(STDERR_FILENO, text);
+    } catch (const std::system_error&) {  // there is nowhere left to say it
+    }
+}
+
+}  // namespace
+
+StandardError::StandardError() : isTerminal_(canShowLive()) {}
+
+void StandardError::print(std::string_view line) {
+    std::lock_guard lock(mutex_);
+    std::string text;
+    if (!live_.empty()) {
+        text += toLineStart;
+    }
+    text.append(line).append("\n").append(live_);
+    writeOrLose(text);
+}
+
+void StandardError::showLive(std::string_view text) {
+    if (!isTerminal_) {
+        return;
+    }
+    std::lock_guard lock(mutex_);
+    live_ = text.substr(0, columns() - 1);  // a full line would wrap
+    writeOrLose(std::string(toLineStart) + live_);
+}
+
+void StandardError::clearLive() {
+    std::lock_guard lock(mutex_);
+    if (!live_.empty()) {
+        live_.clear();
+        writeOrLose(toLineStart);
+    }
+}
+
+}  // namespace zorvane::cli
