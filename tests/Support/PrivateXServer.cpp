@@ -1,21 +1,32 @@
 #include "tests/Support/PrivateXServer.hpp"
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
+#include <vector>
 
 namespace zorvane {
 namespace {
 
 /// In the child between fork and exec: only async-signal-safe calls.
-[[noreturn]] void becomeServer(const char* descriptor, const char* screen) {
+[[noreturn]] void becomeServer(char* const* arguments) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    execlp("Xvfb", "Xvfb", "-displayfd", descriptor, "-screen", "0", screen, "-noreset", "-nolisten", "tcp",
-           static_cast<char*>(nullptr));
+    dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);  // it complains of every display number that is taken
+    execvp(arguments[0], arguments);
     _exit(127);
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
 }
 
 std::string readLine(int pipe) {
@@ -28,16 +39,21 @@ std::string readLine(int pipe) {
 
 }  // namespace
 
-PrivateXServer::PrivateXServer(const std::string& screen) {
+PrivateXServer::PrivateXServer(const std::string& screen, const std::string& withoutExtension) {
     int ends[2];
     if (pipe(ends) != 0) {
         throw std::runtime_error("no pipe for the X server");
     }
-    const std::string descriptor = std::to_string(ends[1]);
+    std::vector<std::string> arguments{
+        "Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-noreset", "-nolisten", "tcp"};
+    if (!withoutExtension.empty()) {
+        arguments.insert(arguments.end(), {"-extension", withoutExtension});
+    }
+    const auto pointers = pointersTo(arguments);
     process_ = fork();
     if (process_ == 0) {
         close(ends[0]);
-        becomeServer(descriptor.c_str(), screen.c_str());
+        becomeServer(pointers.data());
     }
     close(ends[1]);
     const std::string number = readLine(ends[0]);

@@ -10,7 +10,8 @@ namespace zorvane {
 /// `std::runtime_error` if it doesn't come up.
 class PrivateXServer {
   public:
-    explicit PrivateXServer(const std::string& screen = "640x480x24");
+    /// `withoutExtension` is the name of an extension to leave out, as in "RANDR".
+    explicit PrivateXServer(const std::string& screen = "640x480x24", const std::string& withoutExtension = {});
     PrivateXServer(const PrivateXServer&) = delete;
     PrivateXServer& operator=(const PrivateXServer&) = delete;
     ~PrivateXServer();

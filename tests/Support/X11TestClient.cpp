@@ -3,6 +3,7 @@
 #include <unistd.h>
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
+#include <xcb/xcbext.h>
 
 #include <array>
 #include <cstdlib>
@@ -139,6 +140,46 @@ void X11TestClient::resizeScreen(std::uint16_t width, std::uint16_t height) {
     if (!changed || changed->status != XCB_RANDR_SET_CONFIG_SUCCESS) {
         throw std::runtime_error("the X server did not change its mode");
     }
+}
+
+std::uint32_t X11TestClient::output() {
+    const auto resources = owned(xcb_randr_get_screen_resources_reply(
+        connection_, xcb_randr_get_screen_resources(connection_, screen_->root), nullptr));
+    return xcb_randr_get_screen_resources_outputs(resources.get())[0];
+}
+
+// XCB 1.15 can't put this request together by itself: it stops the process at an assertion.
+void X11TestClient::setMonitor(const std::string& name, const TestRect& rect, bool isPrimary, bool takesOutput) {
+    struct {
+        xcb_randr_set_monitor_request_t head;
+        xcb_randr_monitor_info_t info;
+        xcb_randr_output_t output;
+    } request{{.window = screen_->root},
+              {.name = atom(name),
+               .primary = isPrimary,
+               .nOutput = static_cast<std::uint16_t>(takesOutput),
+               .x = rect.x,
+               .y = rect.y,
+               .width = rect.width,
+               .height = rect.height},
+              output()};
+    const xcb_protocol_request_t protocol{
+        .count = 1, .ext = &xcb_randr_id, .opcode = XCB_RANDR_SET_MONITOR, .isvoid = 1};
+    // XCB uses the two parts before the first for a prefix of its own.
+    iovec parts[3]{{}, {}, {&request, sizeof request - (takesOutput ? 0 : sizeof request.output)}};
+    xcb_send_request(connection_, 0, parts + 2, &protocol);
+    synchronize();
+}
+
+void X11TestClient::removeMonitor(const std::string& name) {
+    xcb_randr_delete_monitor(connection_, screen_->root, atom(name));
+    synchronize();
+}
+
+void X11TestClient::setEDID(const std::vector<std::uint8_t>& bytes) {
+    xcb_randr_change_output_property(connection_, output(), atom("EDID"), XCB_ATOM_INTEGER, 8, XCB_PROP_MODE_REPLACE,
+                                     static_cast<std::uint32_t>(bytes.size()), bytes.data());
+    synchronize();
 }
 
 void X11TestClient::setText(std::uint32_t window, std::uint32_t property, std::uint32_t type, const std::string& text) {

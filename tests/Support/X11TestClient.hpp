@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct xcb_connection_t;
 struct xcb_screen_t;
@@ -42,10 +43,16 @@ class X11TestClient {
 
     /// Sets the size of the root window and of its one output, as a user does who changes the resolution.
     void resizeScreen(std::uint16_t width, std::uint16_t height);
+    /// Sets a part of the screen apart as a monitor of its own; `takesOutput` takes the part from the one panel.
+    void setMonitor(const std::string& name, const TestRect& rect, bool isPrimary, bool takesOutput);
+    void removeMonitor(const std::string& name);
+    /// Gives the one output this EDID block.
+    void setEDID(const std::vector<std::uint8_t>& bytes);
 
   private:
     std::uint32_t makeBareWindow(const TestRect& rect, std::uint32_t pixel, bool overridesRedirect);
     void setText(std::uint32_t window, std::uint32_t property, std::uint32_t type, const std::string& text);
+    std::uint32_t output();
     std::uint32_t atom(const std::string& name);
     void synchronize();
 

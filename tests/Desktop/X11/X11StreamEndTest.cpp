@@ -143,6 +143,23 @@ TEST_F(X11StreamTest, AServerThatHangsDoesNotHoldUpARestartOfTheService) {
     EXPECT_EQ(contentOf(capture()).displays.size(), 1U);
 }
 
+TEST_F(X11StreamTest, OnlyTheCapturedDisplayEndsTheStreamWhenItGoes) {
+    client_.setMonitor("left", {0, 0, 400, 480}, true, true);
+    auto samples = std::make_shared<ScreenSamples>(Points{{0, 0}});
+    auto stream = makeStream(samples);
+    ASSERT_EQ(codeOf(start(*stream)), 0);
+    client_.setMonitor("right", {400, 0, 240, 480}, false, false);
+    client_.fill({0, 0, 1, 1}, red);
+    samples->waitForPixel(red);
+    client_.removeMonitor("right");
+    client_.fill({0, 0, 1, 1}, green);
+    samples->waitForPixel(green);
+
+    client_.removeMonitor("left");
+
+    samples->waitForEnd();
+}
+
 TEST_F(X11StreamTest, AChangeOfResolutionEndsTheStreamWithAnError) {
     auto samples = std::make_shared<ScreenSamples>(Points{{0, 0}});
     auto stream = makeStream(samples);

@@ -60,7 +60,8 @@ inline constexpr std::uint32_t white = 0xFFFFFF;
 
 class X11StreamTest : public testing::Test {
   protected:
-    explicit X11StreamTest(const std::string& screen = "640x480x24") : server_(screen) {}
+    explicit X11StreamTest(const std::string& screen = "640x480x24", const std::string& withoutExtension = {})
+        : server_(screen, withoutExtension) {}
 
     SCContentFilter filter() { return {.display = contentOf(capture()).displays.at(0)}; }
     SCScreenCapture& capture() { return *platform_.screenCapture; }

@@ -180,5 +180,50 @@ TEST_F(X11ShallowStreamTest, AScreenOfSixteenBitsIsRefused) {
     EXPECT_EQ(codeOf(start(*stream)), static_cast<int>(SCStreamErrorCode::failedToStart));
 }
 
+TEST_F(X11StreamTest, ASecondDisplayIsCapturedWhereItLies) {
+    client_.setMonitor("left", {0, 0, 400, 480}, true, true);
+    client_.setMonitor("right", {400, 100, 240, 300}, false, false);
+    client_.fill({400, 100, 240, 300}, green);
+    client_.fill({500, 200, 1, 1}, red);
+    const auto displays = contentOf(capture()).displays;
+    ASSERT_EQ(displays.size(), 2U);
+    auto samples = std::make_shared<ScreenSamples>(Points{{0, 0}, {239, 299}, {100, 100}});
+    auto stream = capture().makeStream({.display = displays[1]}, {.showsCursor = false}, samples);
+    stream->addStreamOutput(samples, SCStreamOutputType::screen, queue_);
+    ASSERT_EQ(codeOf(start(*stream)), 0);
+
+    const auto first = samples->waitForStatus(SCFrameStatus::complete);
+    EXPECT_EQ(first.layout.width, 240);
+    EXPECT_EQ(first.layout.height, 300);
+    EXPECT_EQ(first.pixels, (std::vector<std::uint32_t>{green, green, red}));
+    client_.fill({500, 200, 1, 1}, blue);
+    samples->waitForPixel(blue, 2);
+}
+
+class X11StreamWithoutSharedMemoryTest : public X11StreamTest {
+  protected:
+    X11StreamWithoutSharedMemoryTest() : X11StreamTest("640x480x24", "MIT-SHM") {}
+};
+
+TEST_F(X11StreamWithoutSharedMemoryTest, PicturesComeThroughTheConnection) {
+    auto samples = std::make_shared<ScreenSamples>(Points{{0, 0}, {639, 479}});
+    auto stream = makeStream(samples);
+    ASSERT_EQ(codeOf(start(*stream)), 0);
+    for (const std::uint32_t color : {red, green, blue}) {
+        client_.fill({639, 479, 1, 1}, color);
+        EXPECT_EQ(samples->waitForPixel(color, 1).pixels, (std::vector<std::uint32_t>{0, color}));
+    }
+}
+
+class X11StreamWithoutDamageTest : public X11StreamTest {
+  protected:
+    X11StreamWithoutDamageTest() : X11StreamTest("640x480x24", "DAMAGE") {}
+};
+
+TEST_F(X11StreamWithoutDamageTest, AServerWithoutDamageIsRefused) {
+    auto stream = makeStream(std::make_shared<ScreenSamples>());
+    EXPECT_EQ(codeOf(start(*stream)), static_cast<int>(SCStreamErrorCode::failedToStart));
+}
+
 }  // namespace
 }  // namespace zorvane

@@ -43,6 +43,8 @@ void note(const xcb_generic_event_t& event, const XExtensions& offered, ScreenCh
         changes.damage = enclosing(changes.damage, {area.x, area.y, area.width, area.height});
     } else if (type == XCB_GE_GENERIC || type == offered.xfixes.firstEvent + XCB_XFIXES_CURSOR_NOTIFY) {
         changes.pointer = true;
+    } else if (type == XCB_CONFIGURE_NOTIFY) {
+        changes.layout = true;
     } else if (offered.randr.isPresent && type >= offered.randr.firstEvent) {
         const int randrEvent = type - offered.randr.firstEvent;
         changes.layout |= randrEvent == XCB_RANDR_SCREEN_CHANGE_NOTIFY || randrEvent == XCB_RANDR_NOTIFY;
@@ -88,7 +90,10 @@ void ScreenWatch::watchPointer() {
     xcb_input_xi_select_events(connection_.get(), connection_.root(), 1, &selection.head);
 }
 
+/// The root window is told of monitors that the user defines, RANDR's own events of those that the hardware makes.
 void ScreenWatch::watchLayout() {
+    const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_.get(), connection_.root(), XCB_CW_EVENT_MASK, &events);
     if (connection_.extensions().randr.isPresent) {
         xcb_randr_select_input(connection_.get(), connection_.root(),
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE);

@@ -1,5 +1,6 @@
 #include "Zorvane/Platform/Linux/X11/X11Stream.hpp"
 
+#include <csignal>
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
@@ -20,6 +21,14 @@ CMSampleTimingInfo timingAt(std::chrono::nanoseconds time) {
 
 CMSampleAttachments attachmentsFor(SCFrameStatus status) {
     return {.frameStatus = static_cast<std::int32_t>(status)};
+}
+
+/// XCB writes to its socket in the plain way; a server that ends just then must not end the process.
+void blockBrokenPipeSignal() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 }  // namespace
@@ -90,6 +99,7 @@ void X11Stream::joinThread() {
 
 void X11Stream::capture(Completion started) {
     setCurrentThreadName("zv.screen");
+    blockBrokenPipeSignal();
     std::exception_ptr error;
     try {
         runLoop(started);
