@@ -1,6 +1,6 @@
 // What every screen capture backend is tested for. A backend lends its desktop to the suite:
 //
-//     INSTANTIATE_TEST_SUITE_P(Virtual, ScreenCaptureConformance, testing::Values(&makeVirtualBackend));
+//     INSTANTIATE_TEST_SUITE_P(Virtual, ScreenCaptureConformance, ::testing::Values(&makeVirtualBackend));
 #pragma once
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ class ScreenCaptureBackend {
 
 using MakeScreenCaptureBackend = std::unique_ptr<ScreenCaptureBackend> (*)();
 
-class ScreenCaptureConformance : public testing::TestWithParam<MakeScreenCaptureBackend> {
+class ScreenCaptureConformance : public ::testing::TestWithParam<MakeScreenCaptureBackend> {
   protected:
     const std::unique_ptr<ScreenCaptureBackend> backend_ = GetParam()();
 };

@@ -17,7 +17,7 @@ std::unique_ptr<ScreenCaptureBackend> makeBackend() {
     return std::make_unique<RealTimeBackend>();
 }
 
-INSTANTIATE_TEST_SUITE_P(VirtualInRealTime, ScreenCaptureConformance, testing::Values(&makeBackend));
+INSTANTIATE_TEST_SUITE_P(VirtualInRealTime, ScreenCaptureConformance, ::testing::Values(&makeBackend));
 
 }  // namespace
 }  // namespace zorvane::test

@@ -20,7 +20,7 @@ std::unique_ptr<ScreenCaptureBackend> makeBackend() {
     return std::make_unique<SimulatedTimeBackend>(std::make_shared<ManualClock>());
 }
 
-INSTANTIATE_TEST_SUITE_P(VirtualInSimulatedTime, ScreenCaptureConformance, testing::Values(&makeBackend));
+INSTANTIATE_TEST_SUITE_P(VirtualInSimulatedTime, ScreenCaptureConformance, ::testing::Values(&makeBackend));
 
 }  // namespace
 }  // namespace zorvane::test

@@ -19,7 +19,7 @@ namespace {
 using test::CollectedSample;
 
 /// A desktop of 320 by 240 on a manual clock, and a stream of its display with sound.
-class VirtualStreamTest : public testing::Test {
+class VirtualStreamTest : public ::testing::Test {
   protected:
     void advance(double seconds) { clock_->advance(std::chrono::nanoseconds(std::llround(seconds * 1e9))); }
 
@@ -196,6 +196,19 @@ TEST_F(VirtualStreamTest, SoundJoinsExactlyUnlessTheScriptLosesOrShiftsIt) {
     float after = 0;  // the tone goes on in its place behind the loss
     std::memcpy(&after, blocks[50].sound->bytes().data() + 12 * VirtualSound::format.bytesPerFrame(), sizeof(after));
     EXPECT_NEAR(after, VirtualSound::amplitude * std::sin(2 * std::numbers::pi * 440 * (1.1 + 12 / 48000.0)), 1e-6);
+}
+
+TEST_F(VirtualStreamTest, AStreamThatCouldNotDrawDoesNotStart) {
+    const SCStreamConfiguration unusable[] = {
+        {.height = 240},
+        {.queueDepth = 0, .width = 320, .height = 240},
+        {.sourceRect = CGRect::make(0, 0, 10, 0), .width = 320, .height = 240},
+        {.width = 320, .height = 240, .minimumFrameInterval = kCMTimeInvalid},
+    };
+    for (const SCStreamConfiguration& configuration : unusable) {
+        EXPECT_EQ(test::streamErrorCode(startStream(configuration)), SCStreamErrorCode::failedToStart)
+            << configuration.debugDescription();
+    }
 }
 
 TEST_F(VirtualStreamTest, OutputsThatTheStreamCannotServeAreRefused) {
