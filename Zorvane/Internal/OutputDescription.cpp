@@ -35,11 +35,13 @@ OutputDescription outputDescription(const ZVOutputForm& output, const std::files
         OutputDescription::SingleFile{bundleURL / filename(std::get<ZVSingleFileOutput>(output), fallbackFilename)}};
 }
 
-std::filesystem::path sideFileURL(const ZVOutputForm& output, const std::filesystem::path& bundleURL,
-                                  std::string_view fallbackFilename, std::string_view suffix) {
-    const auto* segmented = std::get_if<ZVSegmentedOutput>(&output);
-    std::string name = segmented ? filenamePrefix(*segmented, fallbackFilename)
-                                 : withoutExtension(filename(std::get<ZVSingleFileOutput>(output), fallbackFilename));
+std::filesystem::path inputEventsURL(const ZVScreenRecordingOutputOptions& output,
+                                     const std::filesystem::path& bundleURL, std::string_view fallbackFilename,
+                                     std::string_view suffix) {
+    const auto* segmented = std::get_if<ZVSegmentedOutput>(&output.form());
+    std::string name = segmented
+                           ? filenamePrefix(*segmented, fallbackFilename)
+                           : withoutExtension(filename(std::get<ZVSingleFileOutput>(output.form()), fallbackFilename));
     name += '.';
     name += suffix;
     return bundleURL / name;

@@ -29,10 +29,12 @@ struct OutputDescription {
 OutputDescription outputDescription(const ZVOutputForm& output, const std::filesystem::path& bundleURL,
                                     std::string_view fallbackFilename);
 
-/// The file beside the media: their name with `suffix` in place of the extension, "screen.input-events.json" for
-/// "screen.mov" and "input-events.json". Segments have no extension: their prefix gets the suffix.
-std::filesystem::path sideFileURL(const ZVOutputForm& output, const std::filesystem::path& bundleURL,
-                                  std::string_view fallbackFilename, std::string_view suffix);
+/// The file of input events beside the media: their name with `suffix` in place of the extension,
+/// "screen.input-events.json" for "screen.mov" and "input-events.json". Segments have no extension: their prefix gets
+/// the suffix. With another suffix it names the other files beside the media.
+std::filesystem::path inputEventsURL(const ZVScreenRecordingOutputOptions& output,
+                                     const std::filesystem::path& bundleURL, std::string_view fallbackFilename,
+                                     std::string_view suffix);
 
 inline constexpr std::string_view inputEventsSuffix = "input-events.json";
 inline constexpr std::string_view topWindowsSuffix = "top-windows.json";

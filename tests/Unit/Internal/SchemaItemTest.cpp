@@ -133,20 +133,20 @@ TEST(OutputDescription, SegmentsTakeThePrefixElseTheFallbackWithoutItsExtension)
 }
 
 TEST(OutputDescription, SideFilesFollowTheNameOfTheMedia) {
-    struct Row {
-        ZVOutputForm output;
-        std::string expected;
+    using Output = ZVRecorder::ScreenRecordingOutputOptions;
+    const std::vector<std::pair<Output, std::string>> rows{
+        {Output::singleFile("screen.mov"), "/bundle/screen.input-events.json"},
+        {Output::singleFile("take.1.mov"), "/bundle/take.1.input-events.json"},
+        {Output::singleFile("screen"), "/bundle/screen.input-events.json"},
+        {Output::singleFile(), "/bundle/display-5.input-events.json"},
+        {Output::segmented({.filenamePrefix = "a.b"}), "/bundle/a.b.input-events.json"},
+        {Output::segmented(), "/bundle/display-5.input-events.json"},
     };
-    for (const Row& row : {
-             Row{ZVSingleFileOutput{"screen.mov"}, "/bundle/screen.input-events.json"},
-             Row{ZVSingleFileOutput{"take.1.mov"}, "/bundle/take.1.input-events.json"},
-             Row{ZVSingleFileOutput{"screen"}, "/bundle/screen.input-events.json"},
-             Row{ZVSingleFileOutput{}, "/bundle/display-5.input-events.json"},
-             Row{ZVSegmentedOutput{"a.b", {}}, "/bundle/a.b.input-events.json"},
-             Row{ZVSegmentedOutput{}, "/bundle/display-5.input-events.json"},
-         }) {
-        EXPECT_EQ(sideFileURL(row.output, "/bundle", "display-5.mov", inputEventsSuffix), row.expected);
+    for (const auto& [output, expected] : rows) {
+        EXPECT_EQ(inputEventsURL(output, "/bundle", "display-5.mov", inputEventsSuffix), expected);
     }
+    EXPECT_EQ(inputEventsURL(Output::singleFile(), "/bundle", "display-5.mov", topWindowsSuffix),
+              "/bundle/display-5.top-windows.json");
 }
 
 TEST(SchemaItemExpansion, SaysWhichSourcesThisVersionCanNotRecord) {
