@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include "Zorvane/Platform/FFmpeg/ColorConversionVector.hpp"
+
 namespace zorvane {
 namespace {
 
@@ -32,15 +34,16 @@ std::uint32_t readWord(const std::byte* bytes) {
 }
 
 struct BGRAReader {
-    static Pixel read(const std::byte* bytes) {
-        return {std::to_integer<std::int32_t>(bytes[2]), std::to_integer<std::int32_t>(bytes[1]),
-                std::to_integer<std::int32_t>(bytes[0])};
+    static constexpr std::uint32_t colorMask = 0x00FFFFFF;
+    static Pixel read(std::uint32_t word) {
+        return {static_cast<std::int32_t>(word >> 16 & 255), static_cast<std::int32_t>(word >> 8 & 255),
+                static_cast<std::int32_t>(word & 255)};
     }
 };
 
 struct L10RReader {
-    static Pixel read(const std::byte* bytes) {
-        const std::uint32_t word = readWord(bytes);
+    static constexpr std::uint32_t colorMask = 0x3FFFFFFF;
+    static Pixel read(std::uint32_t word) {
         return {static_cast<std::int32_t>(word >> 20 & 1023), static_cast<std::int32_t>(word >> 10 & 1023),
                 static_cast<std::int32_t>(word & 1023)};
     }
@@ -104,6 +107,17 @@ struct ColorConverter::Matrix {
         return {fixed(weights[0] * scale), fixed(weights[1] * scale), fixed(weights[2] * scale), fixed(offset + 0.5)};
     }
 
+    /// The same for samples and components of 8 bits, for the conversion in vectors.
+    ByteMatrix forBytes() const {
+        const auto rounded = [](const Row& row) {
+            const auto weight = [](std::int32_t value) {
+                return (value + (1 << (shift - ByteWeights::shift - 1))) >> (shift - ByteWeights::shift);
+            };
+            return ByteWeights{weight(row.blue), weight(row.green), weight(row.red), weight(row.offset)};
+        };
+        return {rounded(luma), rounded(cb), rounded(cr)};
+    }
+
     Row luma;
     Row cb;
     Row cr;
@@ -162,9 +176,10 @@ class Kernel {
     Kernel(const CVPixelBuffer& picture, const PlanarPicture& destination, const Matrix& matrix, const GamutMap* map)
         : picture_(picture), destination_(destination), matrix_(matrix), map_(map) {}
 
-    void run() const {
+    /// Converts the columns from `firstColumn` on, which is even.
+    void run(std::int32_t firstColumn) {
         for (std::int32_t y = 0; y < destination_.height; y += 2) {
-            for (std::int32_t x = 0; x < destination_.width; x += 2) {
+            for (std::int32_t x = firstColumn; x < destination_.width; x += 2) {
                 convertBlock(x, y);
             }
         }
@@ -172,21 +187,56 @@ class Kernel {
 
   private:
     // At an odd edge the block's missing pixels are those beside them, so the mean is that of what there is.
-    void convertBlock(std::int32_t x, std::int32_t y) const {
+    void convertBlock(std::int32_t x, std::int32_t y) {
         const std::int32_t right = std::min(x + 1, destination_.width - 1);
         const std::int32_t below = std::min(y + 1, destination_.height - 1);
-        const Pixel sum =
-            convertPixel(x, y) + convertPixel(right, y) + convertPixel(x, below) + convertPixel(right, below);
-        write(1, x / 2, y / 2, matrix_.cb.apply(sum, 2));
-        write(2, x / 2, y / 2, matrix_.cr.apply(sum, 2));
+        const std::array words{word(x, y), word(right, y), word(x, below), word(right, below)};
+        if (words[0] != words[1] || words[0] != words[2] || words[0] != words[3]) {
+            const Pixel sum = convertPixel(words[0], x, y) + convertPixel(words[1], right, y) +
+                              convertPixel(words[2], x, below) + convertPixel(words[3], right, below);
+            write(1, x / 2, y / 2, matrix_.cb.apply(sum, 2));
+            write(2, x / 2, y / 2, matrix_.cr.apply(sum, 2));
+            return;
+        }
+        const Uniform& uniform = samplesOf(words[0]);
+        write(0, x, y, uniform.luma);
+        write(0, right, y, uniform.luma);
+        write(0, x, below, uniform.luma);
+        write(0, right, below, uniform.luma);
+        write(1, x / 2, y / 2, uniform.cb);
+        write(2, x / 2, y / 2, uniform.cr);
     }
 
-    Pixel convertPixel(std::int32_t x, std::int32_t y) const {
-        const std::size_t offset = picture_.layout().bytesPerRow * static_cast<std::size_t>(y);
-        const Pixel read = Reader::read(picture_.bytes() + offset + static_cast<std::size_t>(x) * 4);
-        const Pixel pixel = map_ ? map_->map(read) : read;
+    /// The samples of a block of one colour. Neighbouring blocks of a screen mostly have the same one.
+    struct Uniform {
+        std::uint32_t word = ~Reader::colorMask;  // no pixel's
+        std::int32_t luma = 0;
+        std::int32_t cb = 0;
+        std::int32_t cr = 0;
+    };
+
+    const Uniform& samplesOf(std::uint32_t word) {
+        if (uniform_.word != word) {
+            const Pixel pixel = mapped(word);
+            uniform_ = {word, matrix_.luma.apply(pixel, 0), matrix_.cb.apply(pixel, 0), matrix_.cr.apply(pixel, 0)};
+        }
+        return uniform_;
+    }
+
+    Pixel convertPixel(std::uint32_t word, std::int32_t x, std::int32_t y) const {
+        const Pixel pixel = mapped(word);
         write(0, x, y, matrix_.luma.apply(pixel, 0));
         return pixel;
+    }
+
+    Pixel mapped(std::uint32_t word) const {
+        const Pixel read = Reader::read(word);
+        return map_ ? map_->map(read) : read;
+    }
+
+    std::uint32_t word(std::int32_t x, std::int32_t y) const {
+        const std::size_t offset = picture_.layout().bytesPerRow * static_cast<std::size_t>(y);
+        return readWord(picture_.bytes() + offset + static_cast<std::size_t>(x) * 4) & Reader::colorMask;
     }
 
     void write(std::size_t plane, std::int32_t x, std::int32_t y, std::int32_t value) const {
@@ -198,23 +248,52 @@ class Kernel {
     const PlanarPicture& destination_;
     const Matrix& matrix_;
     const GamutMap* map_;
+    Uniform uniform_;
 };
 
 template <class Reader, class Matrix, class GamutMap>
 void convertAs(const CVPixelBuffer& picture, const PlanarPicture& destination, const Matrix& matrix,
-               const GamutMap* map) {
+               const GamutMap* map, std::int32_t firstColumn = 0) {
     if (destination.bitDepth == 8) {
-        Kernel<Reader, std::uint8_t, Matrix, GamutMap>(picture, destination, matrix, map).run();
+        Kernel<Reader, std::uint8_t, Matrix, GamutMap>(picture, destination, matrix, map).run(firstColumn);
     } else {
-        Kernel<Reader, std::uint16_t, Matrix, GamutMap>(picture, destination, matrix, map).run();
+        Kernel<Reader, std::uint16_t, Matrix, GamutMap>(picture, destination, matrix, map).run(firstColumn);
     }
+}
+
+const std::uint8_t* sourceRow(const CVPixelBuffer& picture, std::int32_t y) {
+    return reinterpret_cast<const std::uint8_t*>(picture.bytes()) +
+           picture.layout().bytesPerRow * static_cast<std::size_t>(y);
+}
+
+std::uint8_t* destinationRow(const PlanarPicture& destination, std::size_t plane, std::int32_t y) {
+    return reinterpret_cast<std::uint8_t*>(destination.planes[plane] + destination.bytesPerRow[plane] * y);
+}
+
+/// Converts in vectors what fits them, and returns the first column that is left to do.
+std::int32_t convertColumnsInVectors(const CVPixelBuffer& picture, const PlanarPicture& destination,
+                                     const ByteMatrix& matrix) {
+    std::int32_t done = 0;
+    for (std::int32_t y = 0; y < destination.height; y += 2) {
+        const std::int32_t below = std::min(y + 1, destination.height - 1);
+        const ByteRowPair rows{sourceRow(picture, y),
+                               sourceRow(picture, below),
+                               destinationRow(destination, 0, y),
+                               destinationRow(destination, 0, below),
+                               destinationRow(destination, 1, y / 2),
+                               destinationRow(destination, 2, y / 2)};
+        done = convertRowsInVectors(rows, destination.width, matrix);
+    }
+    return done;
 }
 
 }  // namespace
 
 void ColorConverter::convert(const CVPixelBuffer& picture, const PlanarPicture& destination) const {
     if (conversion_.format == CVPixelFormat::bgra) {
-        convertAs<BGRAReader>(picture, destination, *matrix_, gamutMap_.get());
+        const bool isPlain = conversion_.bitDepth == 8 && !gamutMap_;
+        const std::int32_t done = isPlain ? convertColumnsInVectors(picture, destination, matrix_->forBytes()) : 0;
+        convertAs<BGRAReader>(picture, destination, *matrix_, gamutMap_.get(), done);
     } else {
         convertAs<L10RReader>(picture, destination, *matrix_, gamutMap_.get());
     }
