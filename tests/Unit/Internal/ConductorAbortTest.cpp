@@ -163,13 +163,12 @@ TEST(ConductorAbort, AStopThatWaitedForAnAbortGetsItsResult) {
                               {{"traceID", "X"}}));
 }
 
-TEST(ConductorAbort, TheHandlerRunsBeforeTheStateIsAborted) {
+TEST(ConductorAbort, AStopBegunInTheHandlerFindsTheRecordingAborted) {
     ConductorBench bench;
     std::optional<TaskHandle<ZVRecorder::Result>> stop;
     const std::weak_ptr<Conductor> conductor = bench.conductor;
     outcomeOf(bench.conductor->setOnAbort([&](const auto&) { stop = spawn(conductor.lock()->stop("X")); }));
     bench.reach(Reached::interrupted);
-    // The stop could not run while the handler did, and then found the recording aborted.
     EXPECT_EQ(describe(outcomeOf(stop->value())), "returned");
     EXPECT_TRUE(bench.log.has(Level::warning, "Stop called while already aborted, returning previous result.",
                               {{"traceID", "X"}}));

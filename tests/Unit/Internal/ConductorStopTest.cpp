@@ -124,6 +124,17 @@ TEST(ConductorStop, CancellationDoesNotCutOffTheClosingOfFiles) {
     EXPECT_EQ(outcomeOf(stop.value()).value().bundleInfo.files.size(), 1U);
 }
 
+TEST(ConductorStop, CancellationDoesNotEndTheWaitForAnotherStop) {
+    ConductorBench bench;
+    bench.reach(Reached::stopping);
+    const auto second = spawn(bench.conductor->stop("X"));
+    Activity::waitUntilIdle();
+    second.cancel();
+    Activity::waitUntilIdle();
+    bench.letGo();
+    EXPECT_EQ(describe(outcomeOf(second.value())), "returned") << "a stop throws partial results only";
+}
+
 TEST(ConductorStop, ListsTheFilesInTheOrderOfTheSchemaWhateverRecorderEndsFirst) {
     ConductorBench bench(3);
     bench.recorder(0).files = {{Type::screen, "s.mov", std::vector<std::string>{"s.json"}}, {Type::mouse, "s.json"}};
