@@ -72,7 +72,10 @@ std::string bundleJSON(const BundleReport& report) {
     for (const FileReport& file : report.files) {
         files.push_back(fileJSON(file));
     }
-    const JSON json{{"bundle", report.bundle.string()}, {"version", report.version}, {"files", std::move(files)}};
+    const JSON json{{"bundle", report.bundle.string()},
+                    {"version", report.version},
+                    {"files", std::move(files)},
+                    {"unlisted", report.unlisted}};
     return json.dump(2, ' ', false, JSON::error_handler_t::replace) + "\n";
 }
 

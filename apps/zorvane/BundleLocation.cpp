@@ -1,10 +1,15 @@
 #include "BundleLocation.hpp"
 
-#include <stdexcept>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
 #include <system_error>
 
 #include <fmt/format.h>
 
+#include "UserError.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 
 namespace zorvane::cli {
@@ -25,6 +30,20 @@ void forEachFile(const fs::path& bundle, Visit visit) {
     }
 }
 
+/// The nearest directory above that exists is where the bundle's directories have to be made.
+void requireWritableParent(const fs::path& location) {
+    std::error_code error;
+    fs::path parent = location.parent_path();
+    while (parent.has_relative_path() && !fs::exists(parent, error)) {
+        parent = parent.parent_path();
+    }
+    if (access(parent.c_str(), W_OK | X_OK) != 0) {
+        const std::string reason = std::generic_category().message(errno);
+        throw userError(fmt::format("Can't make a directory in \"{}\": {}. Choose another place with -o.",
+                                    parent.string(), reason));
+    }
+}
+
 }  // namespace
 
 fs::path bundleLocation(const std::optional<fs::path>& output) {
@@ -36,9 +55,10 @@ fs::path bundleLocation(const std::optional<fs::path>& output) {
     }
     std::error_code error;
     if (fs::exists(fs::symlink_status(location, error))) {
-        throw std::runtime_error(fmt::format(
-            "\"{}\" exists already. Choose another directory with -o, or remove this one.", location.string()));
+        throw userError(fmt::format("\"{}\" exists already. Choose another directory with -o, or remove this one.",
+                                    location.string()));
     }
+    requireWritableParent(location);
     return location;
 }
 
@@ -53,6 +73,20 @@ bool holdsMedia(const fs::path& bundle) {
     forEachFile(bundle,
                 [&](const fs::path& name, std::uintmax_t size) { found |= size > 0 && name != "zorvane.json"; });
     return found;
+}
+
+std::vector<std::string> unlistedMedia(const fs::path& bundle, const ZVBundleInfo& manifest) {
+    std::vector<std::string> names;
+    forEachFile(bundle, [&](const fs::path& name, std::uintmax_t size) {
+        const bool isMedia = name.extension() == ".mov" || name.extension() == ".m4a";
+        const bool isListed = std::ranges::any_of(
+            manifest.files, [&](const ZVBundleInfo::FileAsset& file) { return file.filename == name; });
+        if (isMedia && size > 0 && !isListed) {
+            names.push_back(name.string());
+        }
+    });
+    std::ranges::sort(names);
+    return names;
 }
 
 }  // namespace zorvane::cli

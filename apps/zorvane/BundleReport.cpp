@@ -10,6 +10,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "BundleLocation.hpp"
+
 namespace zorvane::cli {
 namespace {
 
@@ -21,18 +23,9 @@ bool isSideFile(ZVBundleInfo::FileAssetType type) {
     return type == ZVBundleInfo::FileAssetType::mouse || type == ZVBundleInfo::FileAssetType::topWindow;
 }
 
-/// What else lies in a directory without a manifest, since a movie that was cut off plays all the same.
 std::string filesThatMayPlay(const fs::path& bundle) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(bundle, error)) {
-        if (entry.path().extension() == ".mov" || entry.path().extension() == ".m4a") {
-            names.push_back(entry.path().filename().string());
-        }
-    }
-    std::ranges::sort(names);
-    return names.empty() ? ""
-                         : fmt::format(" Its recording may have been cut off; try to play {}.", fmt::join(names, ", "));
+    const auto names = unlistedMedia(bundle, ZVBundleInfo::empty);
+    return names.empty() ? "" : fmt::format(" Its recording was cut off; try to play {}.", fmt::join(names, ", "));
 }
 
 std::string readManifest(const fs::path& bundle) {
@@ -93,7 +86,7 @@ bool BundleReport::isSound() const {
 
 BundleReport readBundle(const fs::path& bundle) {
     const ZVBundleInfo manifest = decodeManifest(bundle);
-    BundleReport report{bundle, manifest.version, {}};
+    BundleReport report{bundle, manifest.version, {}, unlistedMedia(bundle, manifest)};
     for (const auto& asset : manifest.files) {
         report.files.push_back(readFile(bundle, asset));
     }

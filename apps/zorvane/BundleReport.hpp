@@ -26,6 +26,8 @@ struct BundleReport {
     std::filesystem::path bundle;
     std::int64_t version = 0;
     std::vector<FileReport> files;
+    /// Media files that the manifest doesn't list.
+    std::vector<std::string> unlisted;
 
     bool isSound() const;
     bool isVersionKnown() const { return version == 1; }

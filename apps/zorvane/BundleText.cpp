@@ -60,6 +60,9 @@ std::string bundleText(const BundleReport& report) {
     for (const FileReport& file : report.files) {
         addFile(text, file);
     }
+    for (const std::string& name : report.unlisted) {
+        text += printable(name) + "\n  not in the manifest: it was cut off, and plays up to there\n";
+    }
     return text;
 }
 

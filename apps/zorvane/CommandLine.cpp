@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -15,6 +16,8 @@
 #include <fmt/ranges.h>
 #include <CLI/CLI.hpp>
 
+#include "Figures.hpp"
+#include "WriteAll.hpp"
 #include "Zorvane/ZVVersion.hpp"
 
 namespace zorvane::cli {
@@ -88,7 +91,8 @@ void addRecord(CLI::App& app, RecordOptions& options) {
     addChoice<ZVColorSpace>(app, "--color-space",
                             {{"sRGB", ZVColorSpace::sRGB}, {"displayP3", ZVColorSpace::displayP3}}, options.colorSpace,
                             "Colours: sRGB (H.264) or displayP3 (HEVC, 10 bits)");
-    app.add_flag("!--no-cursor", options.showsCursor, "Leave the mouse pointer out");
+    app.add_flag_callback(
+        "--no-cursor", [&] { options.showsCursor = false; }, "Leave the mouse pointer out");
     app.add_option_function<std::string>(
            "--seconds", [&](const std::string& text) { options.seconds = parseSeconds(text); },
            "Stop by itself after so long; fractions are fine")
@@ -125,10 +129,19 @@ std::vector<std::string> joinedArguments(int count, const char* const* arguments
     return {joined.rbegin(), joined.rend()};  // the order in which CLI11 consumes them
 }
 
+std::string problem(const CLI::App* app, const CLI::Error& error) {
+    const bool hasCommand = !app->get_subcommands().empty();
+    const std::string help = hasCommand ? app->get_subcommands().front()->get_name() + " --help" : "--help";
+    const std::string text = hasCommand ? error.what() : R"(Say what to do: "record" or "info BUNDLE".)";
+    return fmt::format("zorvane: {}\nFor more: zorvane {}\n", printable(text), help);
+}
+
+/// Help and version are results like any other; what is wrong goes to standard error.
 ExitStatus report(const CLI::App& app, const CLI::ParseError& error) {
-    const bool isWrong = app.exit(error) != 0;
-    std::cout.flush();
-    return isWrong ? ExitStatus::wrongUsage : std::cout ? ExitStatus::complete : ExitStatus::savedWithErrors;
+    std::ostringstream result;
+    const bool isWrong = app.exit(error, result, std::cerr) != 0;
+    printResult(result.str());
+    return isWrong ? ExitStatus::wrongUsage : ExitStatus::complete;
 }
 
 }  // namespace
@@ -164,6 +177,7 @@ Command parseCommandLine(int argumentCount, const char* const* arguments) {
     CLI::App app(overview, "zorvane");
     app.set_version_flag("--version", fmt::format("zorvane {}", ZorvaneVersionString));
     app.require_subcommand(1);
+    app.failure_message(&problem);
     RecordOptions recordOptions;
     InfoOptions infoOptions;
     const CLI::App* record = app.add_subcommand("record", "Record a display");

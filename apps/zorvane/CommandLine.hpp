@@ -39,6 +39,7 @@ struct InfoOptions {
 /// has been told how.
 using Command = std::variant<RecordOptions, InfoOptions, ExitStatus>;
 
+/// Throws a `std::exception` with a text for the user if help can't be printed.
 Command parseCommandLine(int argumentCount, const char* const* arguments);
 
 /// A number of seconds for which one can record. Throws `std::invalid_argument` with a text for the user.

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "UserError.hpp"
 #include "Zorvane/Sources/ZVDisplay.hpp"
 
 namespace zorvane::cli {
@@ -30,7 +30,7 @@ std::string listed(const Displays& displays) {
 std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted) {
     const Displays displays = ZVDisplay::displays();
     if (displays.empty()) {
-        throw std::runtime_error("This desktop has no display to record.");
+        throw userError("This desktop has no display to record.");
     }
     const auto found = std::ranges::find_if(
         displays, [&](const auto& display) { return wanted ? display->id() == *wanted : display->isMain(); });
@@ -38,7 +38,7 @@ std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted) {
         return (*found)->id();
     }
     if (wanted) {
-        throw std::runtime_error(fmt::format("There is no display {}. Known displays: {}.", *wanted, listed(displays)));
+        throw userError(fmt::format("There is no display {}. Known displays: {}.", *wanted, listed(displays)));
     }
     return displays.front()->id();
 }

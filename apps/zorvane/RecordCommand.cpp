@@ -1,11 +1,13 @@
 #include "RecordCommand.hpp"
 
+#include <algorithm>
 #include <chrono>
 
 #include <fmt/format.h>
 
 #include "BundleLocation.hpp"
 #include "DisplayChoice.hpp"
+#include "Figures.hpp"
 #include "LiveLine.hpp"
 #include "LogOutput.hpp"
 #include "RecordReport.hpp"
@@ -28,7 +30,7 @@ class Progress {
 
     void began(const std::filesystem::path& bundle) {
         if (!options_.quiet) {
-            output_.print(fmt::format("Recording to {}{}", bundle.string(),
+            output_.print(fmt::format("Recording to {}{}", printable(bundle.string()),
                                       options_.seconds ? fmt::format(" for {} s", *options_.seconds) : ""));
         }
     }
@@ -41,23 +43,28 @@ class Progress {
 
     void ended(const RecordOutcome& outcome) {
         output_.clearLive();
-        for (const auto& error : outcome.errors) {
-            output_.print("zorvane: " + userText(error));
-        }
-        if (!outcome.errors.empty()) {
-            output_.print(
-                fmt::format("zorvane: {} {}", consequence(outcome), options_.logLevel ? "" : whereTheLogIs()));
-        }
-        if (!options_.quiet && outcome.status != RecordOutcome::Status::failed) {
+        tellErrors(outcome);
+        if (!options_.quiet && !outcome.result.bundleInfo.files.empty()) {
             output_.print(recordSummary(outcome));
         }
     }
 
   private:
-    static std::string consequence(const RecordOutcome& outcome) {
-        return outcome.status == RecordOutcome::Status::failed
-                   ? "Nothing was recorded."
-                   : fmt::format("What could be saved is in {}.", outcome.result.bundleURL.string());
+    void tellErrors(const RecordOutcome& outcome) {
+        for (const auto& error : outcome.errors) {
+            output_.print("zorvane: " + userText(error));
+        }
+        if (outcome.status == RecordOutcome::Status::failed) {
+            output_.print("zorvane: Nothing was recorded.");
+        } else if (!outcome.errors.empty()) {
+            output_.print("zorvane: What could be saved is in " + printable(outcome.result.bundleURL.string()));
+        }
+        for (const auto& name : unlistedMedia(outcome.result.bundleURL, outcome.result.bundleInfo)) {
+            output_.print(fmt::format("zorvane: {} could not be closed; it plays up to where it was cut off.", name));
+        }
+        if (!options_.logLevel && std::ranges::any_of(outcome.errors, &isUnexplained)) {
+            output_.print("zorvane: " + whereTheLogIs());
+        }
     }
 
     const RecordOptions& options_;
@@ -71,14 +78,13 @@ ZVRecorder::SchemaItem schemaItem(const RecordOptions& options) {
     return ZVRecorder::SchemaItem::display(chooseDisplay(options.displayID), display);
 }
 
-/// Leaves no directory behind if nothing was recorded.
 RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOptions& options, Progress& progress) {
     RecordingEnd end;
     const StopSignal signal([&end] { end.requestStop(); });
     Recording recording(schemaItem(options), bundle, end);
     progress.began(bundle);
-    return recording.run(options.seconds,
-                         [&](const ZVRecorder::Statistics& statistics) { progress.goesOn(bundle, statistics); });
+    const auto observer = [&](const ZVRecorder::Statistics& statistics) { progress.goesOn(bundle, statistics); };
+    return recording.run(options.seconds, observer);
 }
 
 RecordOutcome outcomeOf(const RecordOptions& options, Progress& progress) {
@@ -87,6 +93,9 @@ RecordOutcome outcomeOf(const RecordOptions& options, Progress& progress) {
         ZVPlatform::use(options.platform);
         outcome.result.bundleURL = bundleLocation(options.output);
         outcome = recordInto(outcome.result.bundleURL, options, progress);
+        if (outcome.status == RecordOutcome::Status::failed) {
+            discard(outcome);
+        }
     } catch (...) {
         outcome.errors = ungrouped(std::current_exception());
     }

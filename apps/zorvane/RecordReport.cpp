@@ -63,6 +63,10 @@ std::string recordSummary(const RecordOutcome& outcome) {
                        sizeText(bundleSize(outcome.result.bundleURL)));
 }
 
+bool isUnexplained(const std::exception_ptr& error) {
+    return !ZVError::_uncaught(error).userMessage();
+}
+
 std::string userText(const std::exception_ptr& error) {
     std::string text = localizedDescription(error);
     std::ranges::replace(text, '\n', ' ');

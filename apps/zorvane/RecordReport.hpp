@@ -14,6 +14,9 @@ std::string recordJSON(const RecordOutcome& outcome);
 /// One line: how long, how many frames, how large.
 std::string recordSummary(const RecordOutcome& outcome);
 
+/// Whether an error lacks a text made for the user, so that the log has to help.
+bool isUnexplained(const std::exception_ptr& error);
+
 /// What the user should know of an error, on one line.
 std::string userText(const std::exception_ptr& error);
 

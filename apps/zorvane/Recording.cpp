@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -18,6 +17,12 @@ constexpr auto observationInterval = std::chrono::milliseconds(200);
 
 Clock::time_point hostTime(double seconds) {
     return Clock::time_point(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds)));
+}
+
+/// Whether the library found the bundle directory there already, and so has not touched it.
+bool wasTaken(const std::exception_ptr& error) {
+    return ZVError::_uncaught(error).errorGroup().starts_with(
+        "invalidConfiguration: Provided outputDirectory already exists");
 }
 
 std::exception_ptr stoppedBeforeStart() {
@@ -95,6 +100,13 @@ RecordOutcome Recording::failed(const std::exception_ptr& error) {
         outcome.errors = ungrouped(abort->error());
     }
     return outcome;
+}
+
+void discard(const RecordOutcome& outcome) {
+    if (std::ranges::none_of(outcome.errors, &wasTaken)) {
+        std::error_code error;
+        std::filesystem::remove_all(outcome.result.bundleURL, error);
+    }
 }
 
 }  // namespace zorvane::cli

@@ -21,7 +21,7 @@ class Recording {
     Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle, RecordingEnd& end);
 
     /// Records for so many seconds, or until there is another reason to end. Blocks; never throws for what the
-    /// recording meets. Leaves no directory if nothing was recorded.
+    /// recording meets. Once this object is gone, `discard` takes away what a recording that failed has left.
     RecordOutcome run(std::optional<double> seconds, const Observer& observer);
 
   private:
@@ -34,5 +34,8 @@ class Recording {
     RecordingEnd& end_;
     ZVRecorder recorder_;
 };
+
+/// Removes the bundle directory of a recording that failed, unless it was somebody else's before.
+void discard(const RecordOutcome& outcome);
 
 }  // namespace zorvane::cli

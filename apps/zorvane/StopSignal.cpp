@@ -57,8 +57,9 @@ void StopSignal::block() {
 
 StopSignal::StopSignal(std::function<void()> onStop) : onStop_(std::move(onStop)) {
     const sigset_t set = stopSignals();
-    signals_ = requireDescriptor(signalfd(-1, &set, SFD_CLOEXEC), "signalfd");
+    signals_ = requireDescriptor(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK), "signalfd");
     quit_ = requireDescriptor(eventfd(0, EFD_CLOEXEC), "eventfd");
+    hearPending();
     thread_ = std::thread([this] { listen(); });
 }
 
@@ -73,22 +74,28 @@ StopSignal::~StopSignal() {
 void StopSignal::listen() {
     pollfd waits[] = {{signals_, POLLIN, 0}, {quit_, POLLIN, 0}};
     while (waits[1].revents == 0) {
-        if (poll(waits, 2, -1) < 0) {
-            continue;
+        if (poll(waits, 2, -1) > 0) {
+            hearPending();
         }
-        signalfd_siginfo info = {};
-        if (waits[0].revents != 0 && read(signals_, &info, sizeof(info)) == sizeof(info)) {
-            signalled(static_cast<int>(info.ssi_signo));
-        }
+    }
+}
+
+void StopSignal::hearPending() {
+    signalfd_siginfo info = {};
+    while (read(signals_, &info, sizeof(info)) == sizeof(info)) {
+        signalled(static_cast<int>(info.ssi_signo));
     }
 }
 
 void StopSignal::signalled(int number) {
     const auto now = std::chrono::steady_clock::now();
-    if (!stoppedAt_) {
-        stoppedAt_ = now;
+    if (!stop_) {
+        stop_ = {number, now};
         onStop_();
-    } else if (number == SIGINT && now - *stoppedAt_ > sameWish) {
+        return;
+    }
+    const bool isSameWish = number == stop_->signal && now - stop_->time < sameWish;
+    if (number == SIGINT && !isSameWish) {
         leaveAtOnce(number);
     }
 }

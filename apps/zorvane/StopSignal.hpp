@@ -17,20 +17,26 @@ class StopSignal {
     /// Keeps the signals waiting for a listener. Before the first thread starts, since threads inherit it.
     static void block();
 
-    /// `onStop` is called once at most, on the listening thread.
+    /// `onStop` is called once at most: here if a signal is waiting already, else on the listening thread.
     explicit StopSignal(std::function<void()> onStop);
     ~StopSignal();
     StopSignal(const StopSignal&) = delete;
     StopSignal& operator=(const StopSignal&) = delete;
 
   private:
+    struct Stop {
+        int signal;
+        std::chrono::steady_clock::time_point time;
+    };
+
     void listen();
+    void hearPending();
     void signalled(int number);
 
     const std::function<void()> onStop_;
     int signals_;
     int quit_;
-    std::optional<std::chrono::steady_clock::time_point> stoppedAt_;  // belongs to the thread
+    std::optional<Stop> stop_;  // belongs to the listener: this thread in the constructor, its own from then on
     std::thread thread_;
 };
 

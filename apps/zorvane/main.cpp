@@ -28,6 +28,8 @@ ExitStatus run(ExitStatus status) {
 void setUpProcess() {
     occupyStandardDescriptors();
     umask(077);  // what was on the screen is the user's own
+    // A full disk limit and a closed pipe are told by the write that meets them.
+    std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
 }
 
