@@ -1,0 +1,142 @@
+#!/usr/bin/env python3
+"""Recordings of the virtual desktop, from their begin to their end."""
+
+import json
+import os
+import re
+import resource
+import signal
+import stat
+import unittest
+
+from zorvane_cli import CommandLineTest, Terminal, pending, wait_for_log
+
+STARTED = "Started recording."
+
+
+class Record(CommandLineTest):
+    def test_the_json_object_tells_the_whole_recording(self):
+        report = self.record_json("--seconds", "1.5", "-o", "talk")
+        self.assertEqual(list(report), ["bundle", "status", "recordFrom", "recordUntil", "files", "errors", "dropped",
+                                        "repeated"])
+        self.assertEqual(report["bundle"], str(self.place / "talk"))
+        self.assertEqual(report["status"], "complete")
+        self.assertEqual(report["errors"], [])
+        self.assertEqual(report["files"], json.loads((self.place / "talk/zorvane.json").read_text())["files"])
+        length = report["recordUntil"] - report["recordFrom"]
+        self.assertGreaterEqual(length, 1.5)
+        self.assertLess(length, 2)  # milliseconds over, unless the machine is busy
+        self.assertAlmostEqual(self.info_json("talk")["files"][0]["duration"], length, delta=0.0001)
+
+    def test_without_a_place_the_bundle_is_made_in_the_current_directory(self):
+        result = self.record("--seconds", "0.3")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        name, = os.listdir(self.place)
+        self.assertRegex(name, r"^\d{4}-\d\d-\d\dT\d{6}(Z|[+-]\d{4})-\w{5}\.zorvane$")
+        self.assertEqual(result.stdout, f"{self.place / name}\n")
+
+    def test_what_was_on_the_screen_is_private(self):
+        os.umask(0)
+        bundle = self.bundle(name="new parent/bundle")
+        self.assertEqual(stat.S_IMODE(bundle.parent.stat().st_mode), 0o700)
+        self.assertEqual(stat.S_IMODE(bundle.stat().st_mode), 0o700)
+        self.assertEqual({stat.S_IMODE(file.stat().st_mode) for file in bundle.iterdir()}, {0o600})
+
+    def test_names_with_blanks_and_letters_of_any_kind_work(self):
+        bundle = self.bundle(name="ein Vortrag/über Zürich: ✓")
+        self.assertEqual(self.info_json(bundle)["bundle"], str(bundle))
+
+    def test_off_a_terminal_no_control_character_is_written(self):
+        result = self.record("--seconds", "0.5", env={"TERM": "xterm"})
+        self.assertIsNone(re.search(r"[\x00-\x09\x0b-\x1f\x7f]", result.stdout + result.stderr))
+        self.assertIn("frames written", result.stderr)
+
+    def test_quiet_leaves_nothing_but_the_path(self):
+        result = self.record("--quiet", "--seconds", "0.3", "-o", "talk")
+        self.assertEqual((result.stdout, result.stderr), (f"{self.place / 'talk'}\n", ""))
+
+    def test_log_lines_below_the_level_stay_away(self):
+        result = self.record("--quiet", "--seconds", "0.3", "--log-level", "info")
+        levels = {line.split()[1] for line in result.stderr.splitlines()}
+        self.assertIn("info", levels)
+        self.assertLessEqual(levels, {"info", "warning", "error", "critical"})
+
+    def test_a_full_disk_leaves_a_movie_that_plays(self):
+        limit = 60_000
+        result = self.record("--json", "--seconds", "20", "-o", "talk",
+                             preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+        self.assertEqual(result.returncode, 3, result.stderr)
+        report = json.loads(result.stdout)
+        self.assertEqual(report["status"], "aborted")
+        self.assertIn("display-1.mov", report["errors"][0]["message"])
+        self.assertEqual(self.info_json("talk")["unlisted"], ["display-1.mov"])
+        manifest = {"version": 1, "files": [{"type": "screen", "filename": "display-1.mov"}]}
+        (self.place / "talk/zorvane.json").write_text(json.dumps(manifest))
+        self.assertGreater(self.info_json("talk")["files"][0]["duration"], 0.4)
+
+
+class Signals(CommandLineTest):
+    def recording(self):
+        process = self.start("--json", "-o", "talk", "--log-level", "info")
+        wait_for_log(process, STARTED)
+        return process
+
+    def test_each_stop_signal_ends_the_recording_cleanly(self):
+        for number in [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]:
+            with self.subTest(signal=number.name):
+                process = self.start("--json", "-o", number.name, "--log-level", "info")
+                wait_for_log(process, STARTED)
+                process.send_signal(number)
+                output, _ = process.communicate()
+                self.assertEqual(process.returncode, 0)
+                self.assertEqual(json.loads(output)["status"], "complete")
+
+    def test_a_signal_that_comes_twice_at_once_is_one_wish(self):
+        process = self.recording()
+        process.send_signal(signal.SIGINT)
+        process.send_signal(signal.SIGINT)
+        process.communicate()
+        self.assertEqual(process.returncode, 0)
+
+    def test_ctrl_c_after_another_signal_leaves_at_once(self):
+        process = self.recording()
+        process.send_signal(signal.SIGSTOP)  # so that both are there when it looks
+        os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WNOWAIT)
+        process.send_signal(signal.SIGHUP)
+        process.send_signal(signal.SIGINT)
+        process.send_signal(signal.SIGCONT)
+        output, _ = process.communicate()
+        self.assertEqual(process.returncode, -signal.SIGINT)
+        self.assertEqual(output, "")
+
+    def test_a_signal_before_the_start_leaves_nothing_behind(self):
+        report = self.record_json("-o", "talk", status=4, preexec_fn=pending(signal.SIGTERM))
+        self.assertEqual(report["status"], "failed")
+        self.assertEqual(report["recordFrom"], None)
+        self.assertEqual(len(report["errors"]), 1)
+        self.assertEqual(os.listdir(self.place), [])
+
+    def test_a_background_job_of_a_script_hears_sigint(self):
+        process = self.start("-o", "talk", "--log-level", "info",
+                             preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_IGN))
+        wait_for_log(process, STARTED)
+        process.send_signal(signal.SIGINT)
+        process.communicate()
+        self.assertEqual(process.returncode, 0)
+
+
+class OnATerminal(CommandLineTest):
+    def test_one_live_line_is_overwritten_in_place(self):
+        terminal = Terminal(["record", "--platform", "virtual", "-o", "talk"], self.place)
+        self.assertTrue(terminal.read_until(lambda output: output.count(b"REC 0:0") >= 3), terminal.output)
+        terminal.type(b"\x03")
+        self.assertEqual(terminal.end(), 0, terminal.output)
+        live = re.search(rb"\r\x1b\[KREC 0:0\d  \d+ frames written, \d+ dropped, \d+ repeated, [\d.]+ \w+", terminal.output)
+        self.assertIsNotNone(live, terminal.output)
+        # The live line never moves down, and is gone at the end.
+        self.assertNotRegex(terminal.output, rb"REC [^\r\n]*\n")
+        self.assertRegex(terminal.output, rb"\r\x1b\[KRecorded [\d.]+ s: ")
+
+
+if __name__ == "__main__":
+    unittest.main()
