@@ -126,9 +126,12 @@ struct ColorConverter::Matrix {
 /// Moves pixels from one set of primaries to the other, through tables between encoded values and linear light.
 class ColorConverter::GamutMap {
   public:
-    GamutMap(std::int32_t peak, const Primaries& primaries) : primaries_(primaries) {
-        for (std::int32_t value = 0; value <= peak; ++value) {
-            linear_.push_back(static_cast<float>(linear(double(value) / peak)));
+    /// The largest value of a mapped pixel's component: finer than any pixel format, so that nothing is rounded twice.
+    static constexpr std::int32_t peak = 16383;
+
+    GamutMap(std::int32_t sourcePeak, const Primaries& primaries) : primaries_(primaries) {
+        for (std::int32_t value = 0; value <= sourcePeak; ++value) {
+            linear_.push_back(static_cast<float>(linear(double(value) / sourcePeak)));
         }
         for (std::size_t step = 0; step <= steps; ++step) {
             encoded_.push_back(static_cast<std::int32_t>(std::lround(encoded(double(step) / steps) * peak)));
@@ -157,13 +160,20 @@ class ColorConverter::GamutMap {
 };
 
 ColorConverter::ColorConverter(const ColorConversion& conversion)
-    : conversion_(conversion),
-      matrix_(std::make_unique<const Matrix>(peak(conversion.format), conversion.bitDepth)),
-      gamutMap_(isWide(conversion.colorSpace) == isWide(conversion.primaries)
-                    ? nullptr
-                    : std::make_unique<const GamutMap>(peak(conversion.format), isWide(conversion.primaries)
-                                                                                    ? bt709ToDisplayP3
-                                                                                    : displayP3ToBT709)) {}
+    : conversion_(conversion), gamutMap_(makeGamutMap(conversion)), matrix_(makeMatrix(conversion, gamutMap_ != nullptr)) {}
+
+std::unique_ptr<const ColorConverter::GamutMap> ColorConverter::makeGamutMap(const ColorConversion& conversion) {
+    if (isWide(conversion.colorSpace) == isWide(conversion.primaries)) {
+        return nullptr;
+    }
+    return std::make_unique<const GamutMap>(peak(conversion.format),
+                                            isWide(conversion.primaries) ? bt709ToDisplayP3 : displayP3ToBT709);
+}
+
+std::unique_ptr<const ColorConverter::Matrix> ColorConverter::makeMatrix(const ColorConversion& conversion,
+                                                                         bool isMapped) {
+    return std::make_unique<const Matrix>(isMapped ? GamutMap::peak : peak(conversion.format), conversion.bitDepth);
+}
 
 ColorConverter::~ColorConverter() = default;
 

@@ -59,9 +59,12 @@ class ColorConverter {
     struct Matrix;
     class GamutMap;
 
+    static std::unique_ptr<const GamutMap> makeGamutMap(const ColorConversion& conversion);
+    static std::unique_ptr<const Matrix> makeMatrix(const ColorConversion& conversion, bool isMapped);
+
     const ColorConversion conversion_;
-    const std::unique_ptr<const Matrix> matrix_;
     const std::unique_ptr<const GamutMap> gamutMap_;  // null where the primaries are the same
+    const std::unique_ptr<const Matrix> matrix_;
 };
 
 }  // namespace zorvane

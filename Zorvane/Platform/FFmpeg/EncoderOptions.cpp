@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -17,16 +18,21 @@ extern "C" {
 namespace zorvane {
 namespace {
 
-constexpr std::int32_t evenUp(std::int32_t length) {
-    return length + length % 2;
-}
+/// A distance between key frames that is never reached, as both encoders understand it.
+constexpr int unlimited = 1 << 30;
 
-/// A thread per two megapixels keeps up with 60 pictures a second; more cost memory and sharpness (each thread's slice
-/// stands alone), and take the processor from what is being recorded.
+constexpr std::int32_t evenUp(std::int32_t length) { return length + length % 2; }
+
+/// Levels and time information in the stream are made for this rate, whatever the pictures' own times are.
+constexpr AVRational nominalFrameRate{60, 1};
+
+/// A thread for each two megapixels, and one more, keeps up with 60 pictures a second of anything but whole-screen films.
+/// Threads that are not needed would still cost memory, and be taken from what is being recorded.
 int threadCount(const AVVideoSettings& settings) {
+    constexpr int mostThreads = 4;
     const int wanted = 1 + settings.width * settings.height / 2'000'000;
     const int available = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    return std::clamp(wanted, 1, std::min(available, 8));
+    return std::min({wanted, available, mostThreads});
 }
 
 AVColorPrimaries colorPrimaries(AVVideoColorPrimaries primaries) {
@@ -36,33 +42,38 @@ AVColorPrimaries colorPrimaries(AVVideoColorPrimaries primaries) {
 class Options {
   public:
     void set(const char* key, const std::string& value) { av_dict_set(&dictionary_, key, value.c_str(), 0); }
-    void set(const char* key, double value) { set(key, fmt::format("{}", value)); }
     AVDictionary* release() const { return dictionary_; }
 
   private:
     AVDictionary* dictionary_ = nullptr;
 };
 
-void addX264Options(const AVVideoCompressionProperties& compression, Options& options) {
-    const bool isRealTime = compression.effort == AVVideoEncodingEffort::realTime;
-    options.set("preset", isRealTime ? "ultrafast" : "veryfast");
-    options.set("tune", "zerolatency");
-    options.set("profile", "high");
+/// Screens want the same sharpness whatever moves, so the quality is a constant quantiser, and no rate control spends
+/// time on a picture that hasn't changed.
+void addSharedOptions(const AVVideoCompressionProperties& compression, Options& options) {
+    options.set("preset", compression.effort == AVVideoEncodingEffort::realTime ? "ultrafast" : "veryfast");
+    options.set("tune", "zerolatency");  // a packet comes out for each picture that goes in
     options.set("forced-idr", "1");
     if (compression.constantQuality) {
-        options.set("crf", *compression.constantQuality);
+        options.set("qp", fmt::format("{}", std::lround(*compression.constantQuality)));
+    }
+}
+
+void addX264Options(const AVVideoCompressionProperties& compression, Options& options) {
+    addSharedOptions(compression, options);
+    options.set("profile", "high");
+    if (compression.effort == AVVideoEncodingEffort::realTime) {
+        // What the high profile has to offer at no cost. Its arithmetic coding is not used: it saves a tenth of the
+        // bytes and triples the time of a picture that is all movement.
+        options.set("8x8dct", "1");
+        options.set("coder", "vlc");
     }
 }
 
 void addX265Options(const AVVideoCompressionProperties& compression, int threads, Options& options) {
-    const bool isRealTime = compression.effort == AVVideoEncodingEffort::realTime;
-    options.set("preset", isRealTime ? "ultrafast" : "veryfast");
-    options.set("tune", "zerolatency");
-    options.set("forced-idr", "1");
+    addSharedOptions(compression, options);
+    // Without a bound it starts a thread for every processor.
     options.set("x265-params", fmt::format("log-level=none:pools={}:frame-threads=1", threads));
-    if (compression.constantQuality) {
-        options.set("crf", *compression.constantQuality);
-    }
 }
 
 }  // namespace
@@ -73,6 +84,8 @@ void applyVideoSettings(const AVVideoSettings& settings, AVCodecContext& context
     context.pix_fmt = settings.codec == CMVideoCodecType::hevc ? AV_PIX_FMT_YUV420P10 : AV_PIX_FMT_YUV420P;
     context.sample_aspect_ratio = {1, 1};
     context.time_base = {1, videoTimescale};
+    context.framerate = nominalFrameRate;
+    context.gop_size = unlimited;  // key frames are placed by time, see VideoTrack
     context.color_range = AVCOL_RANGE_MPEG;
     context.color_primaries = colorPrimaries(settings.colorProperties.primaries);
     context.color_trc = AVCOL_TRC_BT709;

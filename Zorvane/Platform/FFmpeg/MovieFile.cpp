@@ -1,5 +1,6 @@
 #include "Zorvane/Platform/FFmpeg/MovieFile.hpp"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -47,10 +48,7 @@ void MovieFile::append(AVPacket& packet) {
         }
     }
     packets_.push_back(takePacket(packet));
-    // The newest two may yet turn out to lie at the end or behind it.
-    if (packets_.size() > 2) {
-        addToIndex(packets_.size() - 2);
-    }
+    addToIndex(finalCount());
 }
 
 void MovieFile::replaceLast(AVPacket& packet) {
@@ -78,16 +76,11 @@ void MovieFile::finish(std::optional<std::int64_t> endTick) {
     while (endTick && packets_.size() > 1 && packets_.back().content->pts >= *endTick) {
         dropLast();
     }
-    AVPacket& last = *packets_.back().content;
-    const std::size_t count = packets_.size();
-    const std::int64_t previous = count > 1 ? last.pts - packets_[count - 2].content->pts : assumedDuration;
-    const std::int64_t duration = endTick ? *endTick - last.pts : previous;
-    addLastToFragment(duration);
-    last.duration = duration;
+    addLastToFragment(lastDuration(endTick));
     if (waitingFragment()) {
         writeFragment();
     }
-    addToIndex(count);
+    addToIndex(packets_.size());
     writeIndex();
     file_->close();
 }
@@ -104,9 +97,13 @@ MovieFile::Packet MovieFile::takePacket(AVPacket& content) {
 }
 
 void MovieFile::dropLast() {
-    av_packet_unref(packets_.back().content.get());
-    spares_.push_back(std::move(packets_.back().content));
+    recycle(packets_.back());
     packets_.pop_back();
+}
+
+void MovieFile::recycle(Packet& packet) {
+    av_packet_unref(packet.content.get());
+    spares_.push_back(std::move(packet.content));
 }
 
 // A packet that `flush` has written stays as it is in there.
@@ -117,6 +114,15 @@ void MovieFile::addLastToFragment(std::int64_t duration) {
         fragments_.write(*last.content);
         last.isInFragment = true;
     }
+}
+
+std::int64_t MovieFile::lastDuration(std::optional<std::int64_t> endTick) const {
+    const std::size_t count = packets_.size();
+    const std::int64_t last = packets_.back().content->pts;
+    if (endTick) {
+        return std::max<std::int64_t>(*endTick - last, 1);
+    }
+    return count > 1 ? last - packets_[count - 2].content->pts : assumedDuration;
 }
 
 bool MovieFile::isFragmentLongEnough(std::int64_t tick) const {
@@ -150,19 +156,26 @@ void MovieFile::writeFragment() {
     }
 }
 
-void MovieFile::addToIndex(std::size_t count) {
-    std::size_t added = 0;
-    while (added < count && packets_[added].isInFile) {
-        Packet& packet = packets_[added];
-        if (packet.mediaPosition) {
-            index_.sink().seek(*packet.mediaPosition);
-        }
-        index_.write(*packet.content);
-        av_packet_unref(packet.content.get());
-        spares_.push_back(std::move(packet.content));
-        ++added;
+// The index can't be taken back. So a packet waits until two newer ones are in the file: should the end turn out to lie
+// before all that is not in the file, and before a picture that `flush` wrote, this packet is the last one.
+std::size_t MovieFile::finalCount() const {
+    std::size_t count = 0;
+    while (count + 2 < packets_.size() && packets_[count + 2].isInFile) {
+        ++count;
     }
-    packets_.erase(packets_.begin(), packets_.begin() + static_cast<std::ptrdiff_t>(added));
+    return count;
+}
+
+void MovieFile::addToIndex(std::size_t count) {
+    const auto end = packets_.begin() + static_cast<std::ptrdiff_t>(count);
+    for (auto packet = packets_.begin(); packet != end; ++packet) {
+        if (packet->mediaPosition) {
+            index_.sink().seek(*packet->mediaPosition);
+        }
+        index_.write(*packet->content);
+        recycle(*packet);
+    }
+    packets_.erase(packets_.begin(), end);
 }
 
 void MovieFile::writeIndex() {

@@ -52,9 +52,9 @@ class MovieFile {
 
     bool isEmpty() const { return packets_.empty(); }
 
-    /// The last picture lasts until `endTick`, and those that begin then or later are left out, as far as they came
-    /// after the last fragment but one picture; without an end the last picture lasts as long as the one before it.
-    /// Then the file is complete, on the disk, and closed. Precondition: not empty.
+    /// The last picture lasts until `endTick`, and those that begin then or later are left out, which goes back to the
+    /// last picture but one that was written; without an end the last picture lasts as long as the one before it. Then
+    /// the file is complete, on the disk, and closed. Precondition: not empty.
     void finish(std::optional<std::int64_t> endTick);
 
   private:
@@ -67,10 +67,13 @@ class MovieFile {
     };
 
     Packet takePacket(AVPacket& content);
+    void recycle(Packet& packet);
     void dropLast();
     void addLastToFragment(std::int64_t duration);
+    std::int64_t lastDuration(std::optional<std::int64_t> endTick) const;
     bool isFragmentLongEnough(std::int64_t tick) const;
     void writeFragment();
+    std::size_t finalCount() const;
     void addToIndex(std::size_t count);
     void writeIndex();
     void appendToFile(std::span<const std::byte> bytes);
@@ -81,7 +84,7 @@ class MovieFile {
     std::uint64_t fragmentNumber_ = 0;
     Muxer fragments_;
     Muxer index_;
-    std::vector<Packet> packets_;  ///< oldest first; those in the file before those in the fragment before the last
+    std::vector<Packet> packets_;  ///< oldest first: some in the file, some in the fragment, one that is held
     std::vector<FFmpegHandle<AVPacket>> spares_;
 };
 

@@ -10,10 +10,14 @@ CMVideoDimensions presetDimensions(AVOutputSettingsPreset preset) {
                                                             : CMVideoDimensions{3840, 2160};
 }
 
+/// The highest quantiser at which small text and thin coloured lines can't be told from the screen, looking closely.
+constexpr double sharpQuality = 22;
+
 AVVideoSettings h264Settings() {
     AVVideoSettings settings;
     settings.codec = CMVideoCodecType::h264;
-    settings.compressionProperties.constantQuality = 20;
+    settings.compressionProperties.constantQuality = sharpQuality;
+    settings.compressionProperties.maxKeyFrameIntervalDuration = 5;
     return settings;
 }
 
@@ -21,7 +25,9 @@ AVVideoSettings hevcSettings() {
     AVVideoSettings settings;
     settings.codec = CMVideoCodecType::hevc;
     settings.colorProperties.primaries = AVVideoColorPrimaries::p3D65;
-    settings.compressionProperties.constantQuality = 20;
+    settings.compressionProperties.constantQuality = sharpQuality;
+    // A key frame takes this encoder ten times as long as another frame.
+    settings.compressionProperties.maxKeyFrameIntervalDuration = 10;
     return settings;
 }
 

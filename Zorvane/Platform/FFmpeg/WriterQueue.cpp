@@ -33,9 +33,7 @@ void WriterQueue::open() {
 void WriterQueue::close() {
     const std::lock_guard lock(mutex_);
     isOpen_ = false;
-    while (count_ > 0) {
-        takeSample();
-    }
+    dropSamples();
     announce();
 }
 
@@ -58,12 +56,14 @@ void WriterQueue::requestFlush(std::uint64_t fragment) {
 
 void WriterQueue::requestFinish() {
     const std::lock_guard lock(mutex_);
+    isOpen_ = false;
     isFinishing_ = true;
     announce();
 }
 
 void WriterQueue::requestStop() {
     const std::lock_guard lock(mutex_);
+    isOpen_ = false;
     isStopping_ = true;
     announce();
 }
@@ -76,6 +76,7 @@ WriterQueue::Work WriterQueue::next() {
     work.sessionEnd = sessionEnd_;
     if (isStopping_ && !isFinishing_) {
         work.kind = Work::Kind::stop;
+        dropSamples();
     } else if (flush_) {
         work.kind = Work::Kind::flush;
         work.fragment = *std::exchange(flush_, std::nullopt);
@@ -86,6 +87,7 @@ WriterQueue::Work WriterQueue::next() {
         work.kind = Work::Kind::finish;
     }
     work.activity = activity_;
+    isOver_ = work.kind == Work::Kind::finish || work.kind == Work::Kind::stop;
     announce();
     return work;
 }
@@ -96,6 +98,12 @@ CMSampleBuffer WriterQueue::takeSample() {
     first_ = (first_ + 1) % capacity;
     --count_;
     return sample;
+}
+
+void WriterQueue::dropSamples() {
+    while (count_ > 0) {
+        takeSample();
+    }
 }
 
 // Called with the lock held after every change of what there is to do.

@@ -57,8 +57,9 @@ class WriterQueue final : public AVAssetWriterInputSink {
 
   private:
     bool hasSample() const { return count_ > 0 && sessionStart_.has_value(); }
-    bool hasWork() const { return flush_ || hasSample() || isFinishing_ || isStopping_; }
+    bool hasWork() const { return !isOver_ && (flush_ || hasSample() || isFinishing_ || isStopping_); }
     CMSampleBuffer takeSample();
+    void dropSamples();
     void announce();
 
     mutable std::mutex mutex_;  // guards all below
@@ -69,6 +70,7 @@ class WriterQueue final : public AVAssetWriterInputSink {
     bool isOpen_ = false;
     bool isFinishing_ = false;
     bool isStopping_ = false;
+    bool isOver_ = false;  // the finish or the stop has been handed out
     std::optional<std::uint64_t> flush_;
     std::optional<CMTime> sessionStart_;
     std::optional<CMTime> sessionEnd_;

@@ -1,32 +1,356 @@
+#include "Zorvane/Platform/FFmpeg/FFmpegAssetWriter.hpp"
+
 #include <gtest/gtest.h>
-#include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
-#include "tests/Support/MovieReader.hpp"
-#include "tests/Support/PictureSource.hpp"
-#include <filesystem>
-#include <future>
+
+#include <array>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "WriterBench.hpp"
+#include "Zorvane/Platform/Foundation/NSException.hpp"
+#include "Zorvane/ZVError.hpp"
+
 namespace zorvane::testing {
-TEST(FFmpegAssetWriterTest, WritesAMovieThatLastsAsLongAsTheSession) {
-    const std::filesystem::path path = ::testing::TempDir() + "zorvane-writer-test.mp4";
-    std::filesystem::remove(path);
-    FFmpegMediaWriting media;
-    auto writer = media.makeAssetWriter(path, AVFileType::mpeg4);
-    AVVideoSettings settings; settings.width=321; settings.height=241;
-    auto input = std::make_shared<AVAssetWriterInput>(settings);
-    writer->add(input);
-    if (!writer->startWriting()) std::rethrow_exception(writer->error());
-    writer->startSession(CMTime::make(100,1));
-    auto a = makeGreyPicture(321,241,255), b = makeGreyPicture(321,241,0);
-    for (int i = 0; i < 100; ++i) {
-        while (!input->isReadyForMoreMediaData()) std::this_thread::yield();
-        input->append(sampleAt(CMTime::make(100*30+i,30), i/10 % 2 ? a : b));
+namespace {
+
+using std::chrono::milliseconds;
+
+using Status = AVAssetWriter::Status;
+using Ticks = std::vector<std::int64_t>;
+
+constexpr std::string_view finishedBoxes = "ftyp mdat moov";
+
+std::string textOf(const std::exception_ptr& error) { return error ? localizedDescription(error) : "no error"; }
+
+/// Of the first error, if it is one of the operating system.
+std::int64_t errorNumberOf(const AVAssetWriter& writer) {
+    try {
+        std::rethrow_exception(writer.error());
+    } catch (const NSError& error) {
+        return error.domain() == NSPOSIXErrorDomain ? error.code() : -1;
     }
-    writer->endSession(CMTime::make(105,1));
-    std::promise<void> p; writer->finishWriting([&]{p.set_value();}); p.get_future().wait();
-    if (writer->error()) std::rethrow_exception(writer->error());
-    auto m = readMovie(path, MovieDetail::pictures);
-    EXPECT_EQ(m.duration, 450000);
-    EXPECT_EQ(m.packets.size(), 100u);
-    EXPECT_EQ(m.width, 321);
-    EXPECT_EQ(m.pictures.size(), 100u);
 }
+
+TEST(FFmpegAssetWriterTest, MovieLastsFromTheSessionsStartToItsEnd) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start(CMTime::make(100, 1)));
+    bench.append(100.0, bench.black);
+    bench.append(100.25, bench.white);
+    bench.append(100.5, bench.black);
+    bench.writer->endSession(CMTime::make(102, 1));
+    ASSERT_EQ(bench.finish(), Status::completed) << textOf(bench.writer->error());
+
+    const Movie movie = bench.movie(MovieDetail::pictures);
+    EXPECT_EQ(movie.timescale, 90'000);
+    EXPECT_EQ(movie.startTime, 0);
+    EXPECT_EQ(movie.duration, 180'000);
+    EXPECT_EQ(movie.times(), (Ticks{0, 22'500, 45'000}));
+    EXPECT_EQ(movie.durations(), (Ticks{22'500, 22'500, 135'000}));
+    ASSERT_EQ(movie.pictures.size(), 3U);
+    EXPECT_NEAR(movie.pictures[0].lumaAt(30, 20), 16, 1);
+    EXPECT_NEAR(movie.pictures[1].lumaAt(30, 20), 235, 1);
+    EXPECT_EQ(movieBoxes(bench.file->bytes()), finishedBoxes);
+    EXPECT_TRUE(bench.file->isClosed());
 }
+
+TEST(FFmpegAssetWriterTest, PictureAtTheEndIsNotInTheMovie) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start(CMTime::make(10, 1)));
+    bench.append(10.0, bench.black);
+    bench.append(10.5, bench.white);
+    bench.append(11.0, bench.white);  // closes the recording before the writer knows of the end
+    bench.writer->endSession(CMTime::make(11, 1));
+    ASSERT_EQ(bench.finish(), Status::completed);
+
+    EXPECT_EQ(bench.movie().times(), (Ticks{0, 45'000}));
+    EXPECT_EQ(bench.movie().durations(), (Ticks{45'000, 45'000}));
+    EXPECT_EQ(bench.movie().duration, 90'000);
+}
+
+TEST(FFmpegAssetWriterTest, PicturesBehindTheEndDoNotLengthenTheMovie) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start(CMTime::make(10, 1)));
+    for (const double time : {10.0, 10.5, 11.25, 11.3, 11.5}) {
+        bench.append(time, bench.white);
+    }
+    bench.writer->endSession(CMTime::make(11, 1));
+    bench.append(11.6, bench.black);
+    ASSERT_EQ(bench.finish(), Status::completed);
+
+    EXPECT_EQ(bench.movie().times(), (Ticks{0, 45'000}));
+    EXPECT_EQ(bench.movie().duration, 90'000);
+}
+
+TEST(FFmpegAssetWriterTest, EndIsExactThoughAnEarlyFlushAssumedAnotherDuration) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    bench.append(0.0, bench.black);
+    bench.clock->advance(milliseconds(600));
+    bench.append(3.0, bench.white);
+    bench.clock->advance(milliseconds(600));
+    bench.append(3.1, bench.white);
+    bench.clock->advance(milliseconds(600));  // so that the closing picture is in the file before the end is known
+    bench.writer->endSession(CMTime::make(31, 10));
+    ASSERT_EQ(bench.finish(), Status::completed);
+
+    EXPECT_EQ(bench.movie().times(), (Ticks{0, 270'000}));
+    EXPECT_EQ(bench.movie().durations(), (Ticks{270'000, 9'000}));
+    EXPECT_EQ(bench.movie(MovieDetail::pictures).pictures.size(), 2U);
+}
+
+TEST(FFmpegAssetWriterTest, NewestPictureBeforeTheStartIsTheFirst) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start(CMTime::make(10, 1)));
+    bench.append(8.0, bench.white);
+    bench.append(9.0, bench.black);
+    bench.append(10.5, bench.white);
+    bench.writer->endSession(CMTime::make(11, 1));
+    ASSERT_EQ(bench.finish(), Status::completed);
+
+    const Movie movie = bench.movie(MovieDetail::pictures);
+    EXPECT_EQ(movie.times(), (Ticks{0, 45'000}));
+    EXPECT_NEAR(movie.pictures.at(0).lumaAt(30, 20), 16, 1);
+    EXPECT_NEAR(movie.pictures.at(1).lumaAt(30, 20), 235, 1);
+}
+
+TEST(FFmpegAssetWriterTest, WithoutAnEndTheLastPictureLastsAsLongAsTheOneBefore) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    bench.append(0.0, bench.black);
+    bench.append(0.1, bench.white);
+    ASSERT_EQ(bench.finish(), Status::completed);
+    EXPECT_EQ(bench.movie().duration, 18'000);
+}
+
+TEST(FFmpegAssetWriterTest, TimesRiseStrictlyWhenPicturesComeFasterThanTheTicks) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    for (int index = 0; index < 10; ++index) {
+        bench.append(sampleAt(CMTime::make(index, 1'000'000), index % 2 == 0 ? bench.black : bench.white));
+    }
+    bench.writer->endSession(CMTime::make(1, 1));
+    ASSERT_EQ(bench.finish(), Status::completed);
+    EXPECT_EQ(bench.movie().times(), (Ticks{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_EQ(bench.movie().duration, 90'000);
+}
+
+TEST(FFmpegAssetWriterTest, PlacesKeyFramesByTime) {
+    AVVideoSettings settings = smallVideo();
+    settings.compressionProperties.maxKeyFrameIntervalDuration = 2;
+    WriterBench bench(settings);
+    ASSERT_TRUE(bench.start());
+    for (int index = 0; index < 10; ++index) {
+        bench.append(index * 0.5, bench.black);
+    }
+    ASSERT_EQ(bench.finish(), Status::completed);
+    Ticks keys;
+    for (const MoviePacket& packet : bench.movie().packets) {
+        if (packet.isKey) {
+            keys.push_back(packet.pts);
+        }
+    }
+    EXPECT_EQ(keys, (Ticks{0, 180'000, 360'000}));
+}
+
+TEST(FFmpegAssetWriterTest, FullQueueIsNotReadyAndRefusesWithoutAnError) {
+    WriterBench bench;
+    EXPECT_FALSE(bench.input->isReadyForMoreMediaData());
+    ASSERT_TRUE(bench.writer->startWriting());
+    // Samples wait for the session, so the queue fills up.
+    std::size_t taken = 0;
+    while (bench.input->isReadyForMoreMediaData()) {
+        ASSERT_TRUE(bench.append(static_cast<double>(taken), bench.white));
+        ++taken;
+    }
+    EXPECT_EQ(taken, WriterQueue::capacity);
+    EXPECT_FALSE(bench.append(9.0, bench.black));
+    EXPECT_EQ(bench.writer->status(), Status::writing);
+
+    bench.writer->startSession(kCMTimeZero);
+    Activity::waitUntilIdle();
+    EXPECT_TRUE(bench.input->isReadyForMoreMediaData());
+    bench.writer->endSession(CMTime::make(10, 1));
+    ASSERT_EQ(bench.finish(), Status::completed);
+    EXPECT_EQ(bench.movie().times(), (Ticks{0, 90'000, 180'000}));
+    EXPECT_EQ(bench.movie().duration, 900'000);  // the end holds, though its picture was refused
+}
+
+TEST(FFmpegAssetWriterTest, GivesPicturesBackToASmallPool) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    const auto pool = CVPixelBufferPool::make(bgraLayout(64, 48), 2);
+    for (int index = 0; index < 20; ++index) {
+        const CVPixelBufferRef picture = pool->take();
+        ASSERT_TRUE(picture) << "none was left at picture " << index;
+        std::fill_n(picture->mutableBytes(), picture->layout().byteSize(), static_cast<std::byte>(index * 10));
+        bench.append(index * 0.1, picture);
+    }
+    ASSERT_EQ(bench.finish(), Status::completed);
+    EXPECT_EQ(pool->outstanding(), 0U);
+    const Movie movie = bench.movie(MovieDetail::pictures);
+    for (int index = 0; index < 20; ++index) {
+        EXPECT_NEAR(movie.pictures.at(static_cast<std::size_t>(index)).lumaAt(5, 5), 16 + index * 10 * 219 / 255.0, 2);
+    }
+}
+
+TEST(FFmpegAssetWriterTest, MissingEncoderSaysWhatToInstall) {
+    FFmpegWriterParts parts;
+    parts.h264Encoder = "no_such_encoder";
+    parts.makeFile = [](const std::filesystem::path&) -> std::unique_ptr<OutputFile> {
+        throw std::logic_error("no file without an encoder");
+    };
+    const auto writer = FFmpegMediaWriting(parts).makeAssetWriter("/memory", AVFileType::mpeg4);
+    writer->add(std::make_shared<AVAssetWriterInput>(smallVideo()));
+    EXPECT_FALSE(writer->startWriting());
+    EXPECT_EQ(writer->status(), Status::failed);
+    EXPECT_NE(textOf(writer->error()).find("no_such_encoder is missing. Install"), std::string::npos)
+        << textOf(writer->error());
+}
+
+TEST(FFmpegAssetWriterTest, RefusesWhatItCannotWrite) {
+    const auto writer = FFmpegMediaWriting().makeAssetWriter("/memory", AVFileType::mpeg4);
+    EXPECT_TRUE(writer->canAdd(AVAssetWriterInput(smallVideo())));
+    EXPECT_FALSE(writer->canAdd(AVAssetWriterInput(AVAudioSettings())));
+    EXPECT_FALSE(writer->canAdd(AVAssetWriterInput(smallVideo(0, 48))));
+    EXPECT_FALSE(writer->canAdd(AVAssetWriterInput(smallVideo(64, 20'000))));
+    writer->add(std::make_shared<AVAssetWriterInput>(smallVideo()));
+    EXPECT_FALSE(writer->canAdd(AVAssetWriterInput(smallVideo())));
+}
+
+TEST(FFmpegAssetWriterTest, MovieWithoutPicturesIsAnError) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start(CMTime::make(5, 1)));
+    bench.writer->endSession(CMTime::make(6, 1));
+    EXPECT_EQ(bench.finish(), Status::failed);
+    EXPECT_NE(textOf(bench.writer->error()).find("No picture"), std::string::npos);
+}
+
+TEST(FFmpegAssetWriterTest, DestroyingItLeavesAMovieOfWhatWasWritten) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    for (int index = 0; index < 30; ++index) {
+        bench.append(index * 0.1, index % 2 == 0 ? bench.black : bench.white);
+    }
+    bench.input->append(sampleAt(3.0, bench.black));
+    bench.writer.reset();
+    EXPECT_TRUE(bench.file->isClosed());
+    EXPECT_GE(bench.movie(MovieDetail::pictures).pictures.size(), 25U);
+    EXPECT_FALSE(bench.input->isReadyForMoreMediaData());
+}
+
+TEST(FFmpegAssetWriterTest, MayBeDestroyedByItsOwnCompletion) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    bench.append(0.0, bench.white);
+    AVAssetWriter& writer = *bench.writer;
+    writer.finishWriting([owner = std::move(bench.writer)]() mutable { owner.reset(); });
+    Activity::waitUntilIdle();
+    EXPECT_EQ(movieBoxes(bench.file->bytes()), finishedBoxes);
+}
+
+TEST(FFmpegAssetWriterTest, DestructionWaitsForAFinishUnderWay) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    bench.append(0.0, bench.white);
+    bool isFinished = false;
+    bench.writer->finishWriting([&isFinished] { isFinished = true; });
+    bench.writer.reset();
+    EXPECT_TRUE(isFinished);
+    EXPECT_EQ(movieBoxes(bench.file->bytes()), finishedBoxes);
+}
+
+// What a process that is killed leaves behind is the file as it was after some whole fragment, with or without a part of
+// the next one.
+TEST(FFmpegAssetWriterTest, FileCutOffAtAnyMomentPlaysToItsLastFragment) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    for (int index = 0; index < 40; ++index) {
+        bench.append(index * 0.05, index % 2 == 0 ? bench.black : bench.white);
+    }
+    bench.writer->endSession(CMTime::make(2, 1));
+    ASSERT_EQ(bench.finish(), Status::completed);
+
+    const std::vector<std::byte> bytes = bench.file->bytes();
+    const std::vector<std::size_t> boundaries = bench.file->boundaries();
+    ASSERT_EQ(boundaries.size(), 6U);  // five fragments and the index
+    // The header of the media data is what finishing overwrote; before that it was a box to skip.
+    std::vector<std::byte> growing = bytes;
+    const std::array<std::byte, 8> reserved{std::byte{0}, std::byte{0}, std::byte{0}, std::byte{16},
+                                            std::byte{'f'}, std::byte{'r'}, std::byte{'e'}, std::byte{'e'}};
+    const std::size_t header = std::to_integer<std::size_t>(bytes[3]);
+    std::copy(reserved.begin(), reserved.end(), growing.begin() + static_cast<std::ptrdiff_t>(header));
+    for (std::size_t fragment = 0; fragment < boundaries.size(); ++fragment) {
+        const std::size_t next = fragment + 1 < boundaries.size() ? boundaries[fragment + 1] : boundaries[fragment];
+        for (const std::size_t size : {boundaries[fragment], boundaries[fragment] + 7,
+                                       (boundaries[fragment] + next) / 2}) {
+            const auto cut = std::span(growing).first(std::min(size, growing.size()));
+            const Movie movie = readMovie(cut, MovieDetail::pictures);
+            const std::size_t whole = std::min<std::size_t>((fragment + 1) * 8, 40);
+            ASSERT_GE(movie.packets.size(), whole) << "cut at " << size;
+            EXPECT_EQ(movie.packets[whole - 1].pts, static_cast<std::int64_t>(whole - 1) * 4'500);
+        }
+    }
+}
+
+TEST(FFmpegAssetWriterTest, StillScreenReachesTheFileWithinHalfASecond) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    for (int second = 0; second < 4; ++second) {
+        bench.append(second, bench.white);
+        bench.clock->advance(milliseconds(600));
+        const Movie movie = bench.movie(MovieDetail::pictures);
+        ASSERT_EQ(movie.packets.size(), static_cast<std::size_t>(second + 1));
+        EXPECT_EQ(movie.packets.back().pts, second * 90'000);
+        EXPECT_EQ(movie.pictures.size(), movie.packets.size());
+        bench.clock->advance(milliseconds(400));
+    }
+    EXPECT_EQ(bench.clock->pendingTimers(), 0U);  // nothing is due while nothing is new
+}
+
+class FaultyFileTest : public ::testing::TestWithParam<const char*> {
+  protected:
+    /// Records two seconds onto a file that fails as told; how it ends is the writer's status.
+    static Status record(WriterBench& bench) {
+        if (!bench.start()) {
+            return bench.writer->status();
+        }
+        for (int index = 0; index < 20; ++index) {
+            bench.append(index * 0.1, index % 2 == 0 ? bench.black : bench.white);
+        }
+        bench.writer->endSession(CMTime::make(2, 1));
+        return bench.finish();
+    }
+};
+
+TEST_P(FaultyFileTest, EveryFailingOperationIsReportedAndLeavesAPlayableFile) {
+    const bool staysFull = std::string_view(GetParam()) == "FromThenOn";
+    WriterBench sound;
+    ASSERT_EQ(record(sound), Status::completed);
+    const int operations = sound.file->operations();
+    ASSERT_GT(operations, 8);
+
+    for (int failing = 1; failing <= operations; ++failing) {
+        FileRecord::Faults faults{failing, failing};
+        if (staysFull) {
+            faults.lastFailing = std::numeric_limits<int>::max();
+        }
+        WriterBench bench(smallVideo(), faults);
+        int reports = 0;
+        const auto observation = bench.writer->observeError([&reports](const std::exception_ptr&) { ++reports; });
+        ASSERT_EQ(record(bench), Status::failed) << "operation " << failing;
+        EXPECT_EQ(errorNumberOf(*bench.writer), ENOSPC) << textOf(bench.writer->error());
+        EXPECT_EQ(reports, 1);
+        EXPECT_TRUE(bench.file->isClosed());
+        EXPECT_FALSE(bench.input->isReadyForMoreMediaData());
+        if (!bench.file->boundaries().empty()) {
+            EXPECT_GE(bench.movie(MovieDetail::pictures).pictures.size(), bench.file->boundaries().size());
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Disk, FaultyFileTest, ::testing::Values("Once", "FromThenOn"),
+                         [](const auto& testCase) { return std::string(testCase.param); });
+
+}  // namespace
+}  // namespace zorvane::testing
