@@ -18,8 +18,13 @@ namespace {
 /// A fragment costs about a hundred bytes beside its media, and what is not in a fragment yet is lost in a crash.
 constexpr std::int64_t fragmentTicks = videoTimescale * 4 / 10;
 
-/// Of a picture that nothing has followed yet.
-constexpr std::int64_t assumedDuration = videoTimescale / 2;
+/// Of a picture that nothing has followed yet. A still screen gives a picture each second.
+constexpr std::int64_t assumedDuration = videoTimescale * 9 / 10;
+
+void setTick(AVPacket& packet, std::int64_t tick) {
+    packet.pts = tick;
+    packet.dts = tick;
+}
 
 constexpr const char* fragmentFlags = "frag_custom+delay_moov+default_base_moof+skip_trailer";
 
@@ -42,6 +47,8 @@ MovieFile::MovieFile(std::unique_ptr<OutputFile> file, AVFileType fileType, cons
 
 void MovieFile::append(AVPacket& packet) {
     if (!packets_.empty()) {
+        // Where the muxer is to be told of a jump there must be a tick between the two.
+        setTick(packet, std::max(packet.pts, packets_.back().content->pts + (jumps_ ? 2 : 1)));
         addLastToFragment(packet.pts - packets_.back().content->pts);
         if (isFragmentLongEnough(packet.pts)) {
             writeFragment();
@@ -52,6 +59,10 @@ void MovieFile::append(AVPacket& packet) {
 }
 
 void MovieFile::replaceLast(AVPacket& packet) {
+    if (packets_.back().isInFragment) {
+        append(packet);  // too late: both are there, the older one for a moment
+        return;
+    }
     dropLast();
     packets_.push_back(takePacket(packet));
 }
@@ -62,7 +73,7 @@ void MovieFile::flush() {
     }
     addLastToFragment(assumedDuration);
     writeFragment();
-    fragments_.setFlags("+frag_discont");
+    jumps_ = true;
 }
 
 std::optional<std::uint64_t> MovieFile::waitingFragment() const {
@@ -111,6 +122,9 @@ void MovieFile::addLastToFragment(std::int64_t duration) {
     Packet& last = packets_.back();
     last.content->duration = duration;
     if (!last.isInFragment) {
+        if (std::exchange(jumps_, false)) {
+            fragments_.jumpTo(last.content->pts);
+        }
         fragments_.write(*last.content);
         last.isInFragment = true;
     }

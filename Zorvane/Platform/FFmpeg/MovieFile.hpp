@@ -83,6 +83,7 @@ class MovieFile {
     std::uint64_t reservedHeader_ = 0;  ///< where the box `free` lies
     std::uint64_t fragmentNumber_ = 0;
     Muxer fragments_;
+    bool jumps_ = false;  ///< the last fragment ends with an assumed duration
     Muxer index_;
     std::vector<Packet> packets_;  ///< oldest first: some in the file, some in the fragment, one that is held
     std::vector<FFmpegHandle<AVPacket>> spares_;

@@ -53,7 +53,8 @@ class Muxer {
 
     MemorySink& sink() { return sink_; }
 
-    void setFlags(const char* flags);
+    /// The next packet, which begins a fragment, lies at `tick`, wherever the packets before it seemed to end.
+    void jumpTo(std::int64_t tick);
     void write(const AVPacket& packet);
     void cutFragment();
     void writeTrailer();

@@ -194,6 +194,102 @@ TEST(FFmpegAssetWriterTest, GivesPicturesBackToASmallPool) {
     }
 }
 
+struct FormatCase {
+    std::string name;
+    AVFileType fileType;
+    CMVideoCodecType codec;
+    AVVideoColorPrimaries primaries;
+    std::int32_t width;
+    std::int32_t height;
+};
+
+class MovieFormatTest : public ::testing::TestWithParam<FormatCase> {};
+
+TEST_P(MovieFormatTest, SaysItsSizeCodecAndColoursAndShowsThem) {
+    const FormatCase& format = GetParam();
+    const bool isWide = format.codec == CMVideoCodecType::hevc;
+    AVVideoSettings settings = smallVideo(format.width, format.height);
+    settings.codec = format.codec;
+    settings.colorProperties.primaries = format.primaries;
+    WriterBench bench(settings, {}, format.fileType);
+    ASSERT_TRUE(bench.start()) << textOf(bench.writer->error());
+    // Quarters: red, green, blue, white.
+    const std::uint32_t top = isWide ? 1023 : 255;
+    const auto layout = isWide ? l10rLayout(format.width, format.height, CGColorSpaceName::displayP3)
+                               : bgraLayout(format.width, format.height);
+    bench.append(0.0, makePicture(layout, [&](int x, int y) {
+        const bool isRight = x >= format.width / 2;
+        const bool isBelow = y >= format.height / 2;
+        return PixelColor{isRight == isBelow ? top : 0, isRight ? top : 0, isBelow ? top : 0};
+    }));
+    bench.writer->endSession(CMTime::make(1, 1));
+    ASSERT_EQ(bench.finish(), Status::completed) << textOf(bench.writer->error());
+
+    const Movie movie = bench.movie(MovieDetail::pictures);
+    EXPECT_EQ(movie.brand, format.fileType == AVFileType::mpeg4 ? "iso5" : "qt  ");
+    EXPECT_EQ(movie.codec, isWide ? "hevc" : "h264");
+    EXPECT_EQ(movie.profile, isWide ? "Main 10" : "High");
+    EXPECT_EQ(movie.tag, isWide ? "hvc1" : "avc1");
+    EXPECT_EQ(movie.pixelFormat, isWide ? "yuv420p10le" : "yuv420p");
+    EXPECT_EQ(movie.range, "tv");
+    EXPECT_EQ(movie.primaries, isWide ? "smpte432" : "bt709");
+    EXPECT_EQ(movie.transfer, "bt709");
+    EXPECT_EQ(movie.matrix, "bt709");
+    const MoviePicture& picture = movie.pictures.at(0);
+    if (!isWide) {
+        EXPECT_EQ(picture.width, format.width);
+        EXPECT_EQ(picture.height, format.height);
+    }
+    struct Patch { int x, y, luma, cb, cr; };
+    const int right = format.width * 3 / 4;
+    const int below = format.height * 3 / 4;
+    for (const Patch& patch : {Patch{8, 8, 63, 102, 240}, Patch{right, 8, 173, 42, 26}, Patch{8, below, 32, 240, 118},
+                               Patch{right, below, 235, 128, 128}}) {
+        EXPECT_NEAR(picture.lumaAt(patch.x, patch.y), patch.luma, 2) << patch.x << ", " << patch.y;
+        EXPECT_NEAR(picture.cbAt(patch.x, patch.y), patch.cb, 2) << patch.x << ", " << patch.y;
+        EXPECT_NEAR(picture.crAt(patch.x, patch.y), patch.cr, 2) << patch.x << ", " << patch.y;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Formats, MovieFormatTest,
+    ::testing::Values(FormatCase{"H264Movie", AVFileType::quickTimeMovie, CMVideoCodecType::h264,
+                                 AVVideoColorPrimaries::ituR709_2, 96, 64},
+                      FormatCase{"H264MPEG4", AVFileType::mpeg4, CMVideoCodecType::h264,
+                                 AVVideoColorPrimaries::ituR709_2, 96, 64},
+                      FormatCase{"H264OddSize", AVFileType::mpeg4, CMVideoCodecType::h264,
+                                 AVVideoColorPrimaries::ituR709_2, 97, 65},
+                      FormatCase{"WideHEVCMovie", AVFileType::quickTimeMovie, CMVideoCodecType::hevc,
+                                 AVVideoColorPrimaries::p3D65, 96, 64},
+                      FormatCase{"WideHEVCOddSize", AVFileType::mpeg4, CMVideoCodecType::hevc,
+                                 AVVideoColorPrimaries::p3D65, 97, 65}),
+    [](const auto& testCase) { return testCase.param.name; });
+
+TEST(FFmpegAssetWriterTest, ScalesPicturesToTheSizeOfTheVideo) {
+    WriterBench bench(smallVideo(80, 60));
+    ASSERT_TRUE(bench.start());
+    bench.append(0.0, makePicture(bgraLayout(161, 121), [](int x, int) {
+        return x < 80 ? PixelColor{255, 255, 255} : PixelColor{0, 0, 255};
+    }));
+    bench.append(0.5, makeGreyPicture(80, 60, 128));  // from now on no scaling is needed
+    ASSERT_EQ(bench.finish(), Status::completed);
+    const Movie movie = bench.movie(MovieDetail::pictures);
+    EXPECT_EQ(movie.width, 80);
+    EXPECT_NEAR(movie.pictures.at(0).lumaAt(20, 30), 235, 2);
+    EXPECT_NEAR(movie.pictures.at(0).lumaAt(60, 30), 32, 2);
+    EXPECT_NEAR(movie.pictures.at(0).cbAt(60, 30), 240, 2);
+    EXPECT_NEAR(movie.pictures.at(1).lumaAt(60, 30), 126, 2);
+}
+
+TEST(FFmpegAssetWriterTest, SizeBelowTheEncodersLeastIsAnErrorThatNamesIt) {
+    AVVideoSettings settings = smallVideo(4, 4);
+    settings.codec = CMVideoCodecType::hevc;
+    WriterBench bench(settings);
+    EXPECT_FALSE(bench.writer->startWriting());
+    EXPECT_NE(textOf(bench.writer->error()).find("4 x 4 pixels with libx265"), std::string::npos)
+        << textOf(bench.writer->error());
+}
+
 TEST(FFmpegAssetWriterTest, MissingEncoderSaysWhatToInstall) {
     FFmpegWriterParts parts;
     parts.h264Encoder = "no_such_encoder";
@@ -306,6 +402,35 @@ TEST(FFmpegAssetWriterTest, StillScreenReachesTheFileWithinHalfASecond) {
         bench.clock->advance(milliseconds(400));
     }
     EXPECT_EQ(bench.clock->pendingTimers(), 0U);  // nothing is due while nothing is new
+}
+
+TEST(FFmpegAssetWriterTest, MovementAfterAStillScreenKeepsItsTimesInAFileThatIsCutOff) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    bench.append(0.0, bench.black);
+    bench.clock->advance(milliseconds(600));  // writes the picture as if it lasted a second
+    for (int index = 0; index < 12; ++index) {
+        bench.append(0.1 + index * 0.05, index % 2 == 0 ? bench.white : bench.black);
+    }
+    bench.clock->advance(milliseconds(600));
+    const Movie movie = bench.movie(MovieDetail::pictures);
+    ASSERT_EQ(movie.packets.size(), 13U);
+    for (int index = 0; index < 12; ++index) {
+        EXPECT_EQ(movie.packets[static_cast<std::size_t>(index) + 1].pts, 9'000 + index * 4'500);
+    }
+}
+
+TEST(FFmpegAssetWriterTest, PictureBeforeTheStartThatWasWrittenAlreadyMakesRoomForANewerOne) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start(CMTime::make(10, 1)));
+    bench.append(8.0, bench.white);
+    bench.clock->advance(milliseconds(600));
+    bench.append(9.0, bench.black);
+    bench.append(11.0, bench.white);
+    bench.writer->endSession(CMTime::make(12, 1));
+    ASSERT_EQ(bench.finish(), Status::completed) << textOf(bench.writer->error());
+    EXPECT_EQ(bench.movie().times(), (Ticks{0, 2, 90'000}));
+    EXPECT_EQ(bench.movie().duration, 180'000);
 }
 
 class FaultyFileTest : public ::testing::TestWithParam<const char*> {
