@@ -24,7 +24,9 @@ void require(int result, const char* what) {
     }
 }
 
-std::string text(const char* name) { return name ? name : ""; }
+std::string text(const char* name) {
+    return name ? name : "";
+}
 
 struct Source {
     std::span<const std::byte> bytes;
@@ -32,8 +34,8 @@ struct Source {
 
     static int read(void* opaque, std::uint8_t* buffer, int size) {
         auto& source = *static_cast<Source*>(opaque);
-        const std::size_t count =
-            std::min(static_cast<std::size_t>(size), source.bytes.size() - std::min(source.position, source.bytes.size()));
+        const std::size_t count = std::min(static_cast<std::size_t>(size),
+                                           source.bytes.size() - std::min(source.position, source.bytes.size()));
         if (count == 0) {
             return AVERROR_EOF;
         }
@@ -181,11 +183,17 @@ std::vector<std::int64_t> collect(const std::vector<MoviePacket>& packets, Membe
 
 }  // namespace
 
-std::vector<std::int64_t> Movie::times() const { return collect(packets, &MoviePacket::pts); }
+std::vector<std::int64_t> Movie::times() const {
+    return collect(packets, &MoviePacket::pts);
+}
 
-std::vector<std::int64_t> Movie::durations() const { return collect(packets, &MoviePacket::duration); }
+std::vector<std::int64_t> Movie::durations() const {
+    return collect(packets, &MoviePacket::duration);
+}
 
-Movie readMovie(std::span<const std::byte> bytes, MovieDetail detail) { return Reader(bytes).read(detail); }
+Movie readMovie(std::span<const std::byte> bytes, MovieDetail detail) {
+    return Reader(bytes).read(detail);
+}
 
 Movie readMovie(const std::filesystem::path& path, MovieDetail detail) {
     std::ifstream stream(path, std::ios::binary);

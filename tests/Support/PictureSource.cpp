@@ -10,7 +10,8 @@ CVPixelBufferRef makePicture(const CVPixelLayout& layout, const std::function<Pi
     for (int y = 0; y < layout.height; ++y) {
         for (int x = 0; x < layout.width; ++x) {
             const auto [red, green, blue] = colorAt(x, y);
-            const std::uint32_t pixel = isDeep ? red << 20 | green << 10 | blue : 0xff000000 | red << 16 | green << 8 | blue;
+            const std::uint32_t pixel =
+                isDeep ? red << 20 | green << 10 | blue : 0xff000000 | red << 16 | green << 8 | blue;
             std::memcpy(picture->mutableBytes() + layout.bytesPerRow * static_cast<std::size_t>(y) + std::size_t(x) * 4,
                         &pixel, sizeof(pixel));
         }

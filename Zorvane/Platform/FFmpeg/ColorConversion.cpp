@@ -160,7 +160,9 @@ class ColorConverter::GamutMap {
 };
 
 ColorConverter::ColorConverter(const ColorConversion& conversion)
-    : conversion_(conversion), gamutMap_(makeGamutMap(conversion)), matrix_(makeMatrix(conversion, gamutMap_ != nullptr)) {}
+    : conversion_(conversion),
+      gamutMap_(makeGamutMap(conversion)),
+      matrix_(makeMatrix(conversion, gamutMap_ != nullptr)) {}
 
 std::unique_ptr<const ColorConverter::GamutMap> ColorConverter::makeGamutMap(const ColorConversion& conversion) {
     if (isWide(conversion.colorSpace) == isWide(conversion.primaries)) {

@@ -21,13 +21,15 @@ namespace {
 /// A distance between key frames that is never reached, as both encoders understand it.
 constexpr int unlimited = 1 << 30;
 
-constexpr std::int32_t evenUp(std::int32_t length) { return length + length % 2; }
+constexpr std::int32_t evenUp(std::int32_t length) {
+    return length + length % 2;
+}
 
 /// Levels and time information in the stream are made for this rate, whatever the pictures' own times are.
 constexpr AVRational nominalFrameRate{60, 1};
 
-/// A thread for each two megapixels, and one more, keeps up with 60 pictures a second of anything but whole-screen films.
-/// Threads that are not needed would still cost memory, and be taken from what is being recorded.
+/// A thread for each two megapixels, and one more, keeps up with 60 pictures a second of anything but whole-screen
+/// films. Threads that are not needed would still cost memory, and be taken from what is being recorded.
 int threadCount(const AVVideoSettings& settings) {
     constexpr int mostThreads = 4;
     const int wanted = 1 + settings.width * settings.height / 2'000'000;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Zorvane/Platform/FFmpeg/FFmpegLog.hpp"
 #include "Zorvane/Platform/FFmpeg/OutputSettingsPresets.hpp"
 #include "Zorvane/Platform/FFmpeg/PosixOutputFile.hpp"
 #include "Zorvane/Platform/Platform.hpp"
@@ -18,7 +19,9 @@ FFmpegWriterParts completed(FFmpegWriterParts parts) {
 
 }  // namespace
 
-FFmpegMediaWriting::FFmpegMediaWriting(FFmpegWriterParts parts) : parts_(completed(std::move(parts))) {}
+FFmpegMediaWriting::FFmpegMediaWriting(FFmpegWriterParts parts) : parts_(completed(std::move(parts))) {
+    silenceFFmpegLog();
+}
 
 std::unique_ptr<AVOutputSettingsAssistant> FFmpegMediaWriting::makeOutputSettingsAssistant(
     AVOutputSettingsPreset preset) {

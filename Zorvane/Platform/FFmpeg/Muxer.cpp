@@ -121,8 +121,8 @@ void Muxer::writeHeader(const char* flags) {
     requireFFmpeg(result, "start a movie");
 }
 
-// The muxer looks at the flag only after it has compared a packet's time with the end of the last fragment, and moved it
-// there if it was earlier. So the flag is brought by a packet without content, which nothing is written of.
+// The muxer looks at the flag only after it has compared a packet's time with the end of the last fragment, and moved
+// it there if it was earlier. So the flag is brought by a packet without content, which nothing is written of.
 void Muxer::jumpTo(std::int64_t tick) {
     requireFFmpeg(av_opt_set(context_->priv_data, "movflags", "+frag_discont", 0), "go on with a movie");
     const FFmpegHandle<AVPacket> empty = makePacket();

@@ -17,9 +17,13 @@ using testing::PixelColor;
 
 using Color = std::array<double, 3>;  // 0 to 1
 
-double decoded(double value) { return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4); }
+double decoded(double value) {
+    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
 
-double encoded(double light) { return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055; }
+double encoded(double light) {
+    return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+}
 
 /// From one set of primaries to the other by way of CIE XYZ, from the published chromaticities.
 Color throughXYZ(const Color& light, bool toWide) {
@@ -35,7 +39,7 @@ Color throughXYZ(const Color& light, bool toWide) {
     constexpr double xyzToWide[3][3] = {{2.4934969119, -0.9313836179, -0.4027107845},
                                         {-0.8294889696, 1.7626640603, 0.0236246858},
                                         {0.0358458302, -0.0761723893, 0.9568845240}};
-    const auto apply = [](const double (&matrix)[3][3], const Color& in) {
+    const auto apply = [](const double(&matrix)[3][3], const Color& in) {
         Color out{};
         for (std::size_t row = 0; row < 3; ++row) {
             out[row] = matrix[row][0] * in[0] + matrix[row][1] * in[1] + matrix[row][2] * in[2];
@@ -96,7 +100,8 @@ class ColorConversionTest : public ::testing::TestWithParam<Case> {
         PlanarPicture planes{width, height, GetParam().bitDepth, {}, {}};
         for (std::size_t plane = 0; plane < 3; ++plane) {
             planes.bytesPerRow[plane] = (plane == 0 ? width : halfWidth) * 2 + 6;
-            memory[plane].resize(static_cast<std::size_t>(planes.bytesPerRow[plane] * (plane == 0 ? height : halfHeight)));
+            memory[plane].resize(
+                static_cast<std::size_t>(planes.bytesPerRow[plane] * (plane == 0 ? height : halfHeight)));
             planes.planes[plane] = memory[plane].data();
         }
         ColorConverter({GetParam().format, GetParam().colorSpace, GetParam().primaries, GetParam().bitDepth})

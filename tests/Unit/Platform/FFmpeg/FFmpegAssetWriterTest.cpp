@@ -21,7 +21,9 @@ using Ticks = std::vector<std::int64_t>;
 
 constexpr std::string_view finishedBoxes = "ftyp mdat moov";
 
-std::string textOf(const std::exception_ptr& error) { return error ? localizedDescription(error) : "no error"; }
+std::string textOf(const std::exception_ptr& error) {
+    return error ? localizedDescription(error) : "no error";
+}
 
 /// Of the first error, if it is one of the operating system.
 std::int64_t errorNumberOf(const AVAssetWriter& writer) {
@@ -218,10 +220,10 @@ TEST_P(MovieFormatTest, SaysItsSizeCodecAndColoursAndShowsThem) {
     const auto layout = isWide ? l10rLayout(format.width, format.height, CGColorSpaceName::displayP3)
                                : bgraLayout(format.width, format.height);
     bench.append(0.0, makePicture(layout, [&](int x, int y) {
-        const bool isRight = x >= format.width / 2;
-        const bool isBelow = y >= format.height / 2;
-        return PixelColor{isRight == isBelow ? top : 0, isRight ? top : 0, isBelow ? top : 0};
-    }));
+                     const bool isRight = x >= format.width / 2;
+                     const bool isBelow = y >= format.height / 2;
+                     return PixelColor{isRight == isBelow ? top : 0, isRight ? top : 0, isBelow ? top : 0};
+                 }));
     bench.writer->endSession(CMTime::make(1, 1));
     ASSERT_EQ(bench.finish(), Status::completed) << textOf(bench.writer->error());
 
@@ -240,7 +242,9 @@ TEST_P(MovieFormatTest, SaysItsSizeCodecAndColoursAndShowsThem) {
         EXPECT_EQ(picture.width, format.width);
         EXPECT_EQ(picture.height, format.height);
     }
-    struct Patch { int x, y, luma, cb, cr; };
+    struct Patch {
+        int x, y, luma, cb, cr;
+    };
     const int right = format.width * 3 / 4;
     const int below = format.height * 3 / 4;
     for (const Patch& patch : {Patch{8, 8, 63, 102, 240}, Patch{right, 8, 173, 42, 26}, Patch{8, below, 32, 240, 118},
@@ -251,26 +255,25 @@ TEST_P(MovieFormatTest, SaysItsSizeCodecAndColoursAndShowsThem) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Formats, MovieFormatTest,
-    ::testing::Values(FormatCase{"H264Movie", AVFileType::quickTimeMovie, CMVideoCodecType::h264,
-                                 AVVideoColorPrimaries::ituR709_2, 96, 64},
-                      FormatCase{"H264MPEG4", AVFileType::mpeg4, CMVideoCodecType::h264,
-                                 AVVideoColorPrimaries::ituR709_2, 96, 64},
-                      FormatCase{"H264OddSize", AVFileType::mpeg4, CMVideoCodecType::h264,
-                                 AVVideoColorPrimaries::ituR709_2, 97, 65},
-                      FormatCase{"WideHEVCMovie", AVFileType::quickTimeMovie, CMVideoCodecType::hevc,
-                                 AVVideoColorPrimaries::p3D65, 96, 64},
-                      FormatCase{"WideHEVCOddSize", AVFileType::mpeg4, CMVideoCodecType::hevc,
-                                 AVVideoColorPrimaries::p3D65, 97, 65}),
-    [](const auto& testCase) { return testCase.param.name; });
+INSTANTIATE_TEST_SUITE_P(Formats, MovieFormatTest,
+                         ::testing::Values(FormatCase{"H264Movie", AVFileType::quickTimeMovie, CMVideoCodecType::h264,
+                                                      AVVideoColorPrimaries::ituR709_2, 96, 64},
+                                           FormatCase{"H264MPEG4", AVFileType::mpeg4, CMVideoCodecType::h264,
+                                                      AVVideoColorPrimaries::ituR709_2, 96, 64},
+                                           FormatCase{"H264OddSize", AVFileType::mpeg4, CMVideoCodecType::h264,
+                                                      AVVideoColorPrimaries::ituR709_2, 97, 65},
+                                           FormatCase{"WideHEVCMovie", AVFileType::quickTimeMovie,
+                                                      CMVideoCodecType::hevc, AVVideoColorPrimaries::p3D65, 96, 64},
+                                           FormatCase{"WideHEVCOddSize", AVFileType::mpeg4, CMVideoCodecType::hevc,
+                                                      AVVideoColorPrimaries::p3D65, 97, 65}),
+                         [](const auto& testCase) { return testCase.param.name; });
 
 TEST(FFmpegAssetWriterTest, ScalesPicturesToTheSizeOfTheVideo) {
     WriterBench bench(smallVideo(80, 60));
     ASSERT_TRUE(bench.start());
     bench.append(0.0, makePicture(bgraLayout(161, 121), [](int x, int) {
-        return x < 80 ? PixelColor{255, 255, 255} : PixelColor{0, 0, 255};
-    }));
+                     return x < 80 ? PixelColor{255, 255, 255} : PixelColor{0, 0, 255};
+                 }));
     bench.append(0.5, makeGreyPicture(80, 60, 128));  // from now on no scaling is needed
     ASSERT_EQ(bench.finish(), Status::completed);
     const Movie movie = bench.movie(MovieDetail::pictures);
@@ -356,8 +359,8 @@ TEST(FFmpegAssetWriterTest, DestructionWaitsForAFinishUnderWay) {
     EXPECT_EQ(movieBoxes(bench.file->bytes()), finishedBoxes);
 }
 
-// What a process that is killed leaves behind is the file as it was after some whole fragment, with or without a part of
-// the next one.
+// What a process that is killed leaves behind is the file as it was after some whole fragment, with or without a part
+// of the next one.
 TEST(FFmpegAssetWriterTest, FileCutOffAtAnyMomentPlaysToItsLastFragment) {
     WriterBench bench;
     ASSERT_TRUE(bench.start());
@@ -372,14 +375,14 @@ TEST(FFmpegAssetWriterTest, FileCutOffAtAnyMomentPlaysToItsLastFragment) {
     ASSERT_EQ(boundaries.size(), 6U);  // five fragments and the index
     // The header of the media data is what finishing overwrote; before that it was a box to skip.
     std::vector<std::byte> growing = bytes;
-    const std::array<std::byte, 8> reserved{std::byte{0}, std::byte{0}, std::byte{0}, std::byte{16},
+    const std::array<std::byte, 8> reserved{std::byte{0},   std::byte{0},   std::byte{0},   std::byte{16},
                                             std::byte{'f'}, std::byte{'r'}, std::byte{'e'}, std::byte{'e'}};
     const std::size_t header = std::to_integer<std::size_t>(bytes[3]);
     std::copy(reserved.begin(), reserved.end(), growing.begin() + static_cast<std::ptrdiff_t>(header));
     for (std::size_t fragment = 0; fragment < boundaries.size(); ++fragment) {
         const std::size_t next = fragment + 1 < boundaries.size() ? boundaries[fragment + 1] : boundaries[fragment];
-        for (const std::size_t size : {boundaries[fragment], boundaries[fragment] + 7,
-                                       (boundaries[fragment] + next) / 2}) {
+        for (const std::size_t size :
+             {boundaries[fragment], boundaries[fragment] + 7, (boundaries[fragment] + next) / 2}) {
             const auto cut = std::span(growing).first(std::min(size, growing.size()));
             const Movie movie = readMovie(cut, MovieDetail::pictures);
             const std::size_t whole = std::min<std::size_t>((fragment + 1) * 8, 40);

@@ -32,11 +32,19 @@ class FileRecord {
         return function();
     }
 
-    std::vector<std::byte> bytes() const { return locked([this] { return bytes_; }); }
+    std::vector<std::byte> bytes() const {
+        return locked([this] { return bytes_; });
+    }
     /// The sizes that the file had after each whole piece that was appended to it.
-    std::vector<std::size_t> boundaries() const { return locked([this] { return boundaries_; }); }
-    int operations() const { return locked([this] { return operations_; }); }
-    bool isClosed() const { return locked([this] { return isClosed_; }); }
+    std::vector<std::size_t> boundaries() const {
+        return locked([this] { return boundaries_; });
+    }
+    int operations() const {
+        return locked([this] { return operations_; });
+    }
+    bool isClosed() const {
+        return locked([this] { return isClosed_; });
+    }
 
   private:
     friend class MemoryFile;
