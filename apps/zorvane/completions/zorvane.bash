@@ -1,0 +1,31 @@
+# Completion of zorvane's arguments for bash.
+_zorvane() {
+    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
+    local words=
+    COMPREPLY=()
+    if ((COMP_CWORD == 1)); then
+        words="record info --help --version"
+    elif [[ $command == record ]]; then
+        case $prev in
+        --display) words="main" ;;
+        --color-space) words="sRGB displayP3" ;;
+        --platform) words="linux virtual" ;;
+        --log-level) words="trace debug info warning error critical" ;;
+        --seconds) return ;;
+        -o | --output)
+            compopt -o filenames
+            mapfile -t COMPREPLY < <(compgen -d -- "$cur")
+            return
+            ;;
+        *) words="--display --color-space --no-cursor --seconds -o --output --platform --json -q --quiet --log-level --help" ;;
+        esac
+    elif [[ $command == info && $cur == -* ]]; then
+        words="--json --help"
+    elif [[ $command == info ]]; then
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -d -- "$cur")
+        return
+    fi
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")
+}
+complete -F _zorvane zorvane
