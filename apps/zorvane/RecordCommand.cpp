@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 
 #include <fmt/format.h>
 
@@ -79,8 +80,8 @@ ZVRecorder::SchemaItem schemaItem(const RecordOptions& options) {
 }
 
 RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOptions& options, Progress& progress) {
-    RecordingEnd end;
-    const StopSignal signal([&end] { end.requestStop(); });
+    const auto end = std::make_shared<RecordingEnd>();
+    const StopSignal signal([end] { end->requestStop(); });
     Recording recording(schemaItem(options), bundle, end);
     progress.began(bundle);
     const auto observer = [&](const ZVRecorder::Statistics& statistics) { progress.goesOn(bundle, statistics); };

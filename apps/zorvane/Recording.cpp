@@ -32,11 +32,12 @@ std::exception_ptr stoppedBeforeStart() {
 
 }  // namespace
 
-Recording::Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle, RecordingEnd& end)
+Recording::Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle,
+                     std::shared_ptr<RecordingEnd> end)
     : bundle_(bundle),
-      end_(end),
+      end_(std::move(end)),
       recorder_({std::move(item)}, bundle, std::nullopt,
-                [&end](const ZVRecorder::AbortReason& reason) { end.abort(reason); }) {}
+                [end = end_](const ZVRecorder::AbortReason& reason) { end->abort(reason); }) {}
 
 RecordOutcome Recording::run(std::optional<double> seconds, const Observer& observer) {
     try {
@@ -51,8 +52,8 @@ RecordOutcome Recording::run(std::optional<double> seconds, const Observer& obse
 }
 
 void Recording::start() {
-    recorder_.prepare().get(end_.stopToken());
-    if (end_.isStopRequested()) {
+    recorder_.prepare().get(end_->stopToken());
+    if (end_->isStopRequested()) {
         recorder_.stop().get();
         throw ZVCancelled();
     }
@@ -63,7 +64,7 @@ void Recording::waitForEnd(std::optional<double> seconds, const Observer& observ
     const double from = recorder_.statistics().recordFrom;
     const auto deadline = seconds ? hostTime(from + *seconds) : Clock::time_point::max();
     auto next = Clock::now();
-    while (!end_.waitUntil(std::min(next, deadline)) && Clock::now() < deadline) {
+    while (!end_->waitUntil(std::min(next, deadline)) && Clock::now() < deadline) {
         observer(recorder_.statistics());
         next = Clock::now() + observationInterval;
     }
@@ -79,7 +80,7 @@ RecordOutcome Recording::stop() {
         outcome.errors = error.groupedErrors().errors();
         outcome.status = RecordOutcome::Status::partial;
     }
-    const auto abort = end_.abortReason();
+    const auto abort = end_->abortReason();
     if (abort && abort->kind() != ZVRecorder::AbortReason::Kind::userStopped) {
         outcome.status = RecordOutcome::Status::aborted;
         outcome.result = abort->result();
@@ -96,7 +97,7 @@ RecordOutcome Recording::failed(const std::exception_ptr& error) {
     RecordOutcome outcome;
     outcome.result = {bundle_, ZVBundleInfo::empty};
     outcome.errors = ungrouped(error);
-    if (const auto abort = end_.abortReason()) {
+    if (const auto abort = end_->abortReason()) {
         outcome.errors = ungrouped(abort->error());
     }
     return outcome;

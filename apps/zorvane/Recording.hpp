@@ -4,6 +4,7 @@
 #include <exception>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "RecordOutcome.hpp"
@@ -17,8 +18,8 @@ class Recording {
     /// Called a few times per second while recording, on the thread of `run`.
     using Observer = std::function<void(const ZVRecorder::Statistics& statistics)>;
 
-    /// Records `item` into the new directory `bundle`. `end` must outlive this object.
-    Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle, RecordingEnd& end);
+    /// Records `item` into the new directory `bundle`.
+    Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle, std::shared_ptr<RecordingEnd> end);
 
     /// Records for so many seconds, or until there is another reason to end. Blocks; never throws for what the
     /// recording meets. Once this object is gone, `discard` takes away what a recording that failed has left.
@@ -31,7 +32,7 @@ class Recording {
     RecordOutcome failed(const std::exception_ptr& error);
 
     const std::filesystem::path bundle_;
-    RecordingEnd& end_;
+    const std::shared_ptr<RecordingEnd> end_;
     ZVRecorder recorder_;
 };
 

@@ -131,8 +131,8 @@ class OnATerminal(CommandLineTest):
         self.assertTrue(terminal.read_until(lambda output: output.count(b"REC 0:0") >= 3), terminal.output)
         terminal.type(b"\x03")
         self.assertEqual(terminal.end(), 0, terminal.output)
-        live = re.search(rb"\r\x1b\[KREC 0:0\d  \d+ frames written, \d+ dropped, \d+ repeated, [\d.]+ \w+", terminal.output)
-        self.assertIsNotNone(live, terminal.output)
+        self.assertRegex(terminal.output,
+                         rb"\r\x1b\[KREC 0:0\d  \d+ frames written, \d+ dropped, \d+ repeated, [\d.]+ \w+")
         # The live line never moves down, and is gone at the end.
         self.assertNotRegex(terminal.output, rb"REC [^\r\n]*\n")
         self.assertRegex(terminal.output, rb"\r\x1b\[KRecorded [\d.]+ s: ")
