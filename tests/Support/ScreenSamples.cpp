@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace zorvane {
 namespace {
@@ -98,7 +99,7 @@ void ScreenSamples::stream(SCStream&, const CMSampleBuffer& sampleBuffer, SCStre
 
 void ScreenSamples::streamDidStopWithError(SCStream&, std::exception_ptr error) {
     const std::lock_guard lock(mutex_);
-    end_ = error;
+    end_ = std::move(error);
     changed_.notify_all();
 }
 

@@ -59,7 +59,7 @@ TEST_F(X11StreamTest, AStopWhileTheStreamStartsIsClean) {
     for (int round = 0; round < 20; ++round) {
         auto stream = makeStream(std::make_shared<ScreenSamples>());
         std::promise<std::exception_ptr> started;
-        stream->startCapture([&](std::exception_ptr error) { started.set_value(error); });
+        stream->startCapture([&](std::exception_ptr error) { started.set_value(std::move(error)); });
         EXPECT_EQ(codeOf(stop(*stream)), 0);
         const int startCode = codeOf(started.get_future().get());
         EXPECT_TRUE(startCode == 0 || startCode == code(SCStreamErrorCode::failedToStart)) << startCode;
@@ -131,7 +131,7 @@ TEST_F(X11StreamTest, AServerThatHangsDoesNotHoldUpARestartOfTheService) {
     std::promise<std::exception_ptr> answer;
     capture().getShareableContent(
         SCShareableContentScope::all,
-        [&](const SCShareableContent&, std::exception_ptr error) { answer.set_value(error); });
+        [&](const SCShareableContent&, std::exception_ptr error) { answer.set_value(std::move(error)); });
     std::promise<void> restarted;
     capture().restartCaptureService([&](std::exception_ptr error) {
         EXPECT_FALSE(error);

@@ -6,6 +6,7 @@
 #include <future>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
@@ -22,7 +23,7 @@ inline SCShareableContent contentOf(SCScreenCapture& capture,
                                     SCShareableContentScope scope = SCShareableContentScope::all) {
     std::promise<SCShareableContent> promise;
     capture.getShareableContent(scope, [&](SCShareableContent content, std::exception_ptr error) {
-        error ? promise.set_exception(error) : promise.set_value(std::move(content));
+        error ? promise.set_exception(std::move(error)) : promise.set_value(std::move(content));
     });
     return promise.get_future().get();
 }
@@ -30,13 +31,13 @@ inline SCShareableContent contentOf(SCScreenCapture& capture,
 /// The error that the completion was given.
 inline std::exception_ptr start(SCStream& stream) {
     std::promise<std::exception_ptr> promise;
-    stream.startCapture([&](std::exception_ptr error) { promise.set_value(error); });
+    stream.startCapture([&](std::exception_ptr error) { promise.set_value(std::move(error)); });
     return promise.get_future().get();
 }
 
 inline std::exception_ptr stop(SCStream& stream) {
     std::promise<std::exception_ptr> promise;
-    stream.stopCapture([&](std::exception_ptr error) { promise.set_value(error); });
+    stream.stopCapture([&](std::exception_ptr error) { promise.set_value(std::move(error)); });
     return promise.get_future().get();
 }
 

@@ -17,7 +17,8 @@ namespace zorvane {
 class XConnection;
 
 /// Waits for changes of one display and reads them into pictures. Made and run on one thread, on a connection of its
-/// own. When nothing changes the thread sleeps without a timer.
+/// own. When nothing changes the thread sleeps without a timer. Once it
+/// runs, nothing is allocated but XCB's replies.
 class ScreenCaptureLoop {
   public:
     /// Hears of pictures on the loop's thread. `time` is `CLOCK_MONOTONIC`.

@@ -86,7 +86,7 @@ std::size_t slotSize(const CVPixelLayout& layout) {
 
 /// Zeroed, like shared memory: what no pixel of the display comes to stays black.
 std::shared_ptr<std::byte> makeOwnMemory(std::size_t size) {
-    const std::shared_ptr<std::byte> memory(static_cast<std::byte*>(std::calloc(size, 1)), XFree());
+    std::shared_ptr<std::byte> memory(static_cast<std::byte*>(std::calloc(size, 1)), XFree());
     if (!memory) {
         throw std::bad_alloc();
     }

@@ -73,7 +73,8 @@ void ScreenWatch::watchDamage() {
 /// A new watch is told that the whole screen is damaged, which says nothing.
 void ScreenWatch::forgetTheBeginning() {
     const auto acknowledgement = xcb_damage_subtract_checked(connection_.get(), damage_, XCB_NONE, XCB_NONE);
-    XReply<xcb_generic_error_t>(xcb_request_check(connection_.get(), acknowledgement));
+    const XReply<xcb_generic_error_t> error(xcb_request_check(connection_.get(), acknowledgement));
+    require(!error, connection_, "DAMAGE");
     take();
 }
 

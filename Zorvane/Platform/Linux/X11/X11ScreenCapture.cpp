@@ -48,7 +48,7 @@ void X11ScreenCapture::getShareableContent(SCShareableContentScope scope, Conten
         } catch (...) {
             error = std::current_exception();
         }
-        handler(std::move(content), error);
+        handler(std::move(content), std::move(error));
     };
     const std::lock_guard lock(mutex_);
     std::erase_if(requests_, hasEnded);

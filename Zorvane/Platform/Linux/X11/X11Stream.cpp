@@ -111,9 +111,9 @@ void X11Stream::capture(Completion started) {
         error = streamError(SCStreamErrorCode::failedToStart, "The stream was stopped while it started.");
     }
     if (started) {
-        started(error);
+        started(std::move(error));
     } else if (const auto delegate = delegate_.lock(); delegate && wasRunning) {
-        delegate->streamDidStopWithError(*this, error);
+        delegate->streamDidStopWithError(*this, std::move(error));
     }
 }
 

@@ -2,15 +2,29 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
+#include <utility>
+
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 #include "Zorvane/Platform/Linux/X11/XReply.hpp"
 
 namespace zorvane {
 
-std::uint32_t internAtom(const XConnection& connection, std::string_view name) {
-    const auto query = xcb_intern_atom(connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+namespace {
+
+xcb_intern_atom_cookie_t askFor(const XConnection& connection, std::string_view name) {
+    return xcb_intern_atom(connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+}
+
+std::uint32_t answer(const XConnection& connection, xcb_intern_atom_cookie_t query) {
     const XReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection.get(), query, nullptr));
     return reply ? reply->atom : 0;
+}
+
+}  // namespace
+
+std::uint32_t internAtom(const XConnection& connection, std::string_view name) {
+    return answer(connection, askFor(connection, name));
 }
 
 std::string atomName(const XConnection& connection, std::uint32_t atom) {
@@ -22,17 +36,29 @@ std::string atomName(const XConnection& connection, std::uint32_t atom) {
     return {xcb_get_atom_name_name(reply.get()), static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
 }
 
-WindowAtoms::WindowAtoms(const XConnection& connection)
-    : clientListStacking(internAtom(connection, "_NET_CLIENT_LIST_STACKING")),
-      processID(internAtom(connection, "_NET_WM_PID")),
-      name(internAtom(connection, "_NET_WM_NAME")),
-      windowType(internAtom(connection, "_NET_WM_WINDOW_TYPE")),
-      typeDesktop(internAtom(connection, "_NET_WM_WINDOW_TYPE_DESKTOP")),
-      typeDock(internAtom(connection, "_NET_WM_WINDOW_TYPE_DOCK")),
-      state(internAtom(connection, "_NET_WM_STATE")),
-      stateAbove(internAtom(connection, "_NET_WM_STATE_ABOVE")),
-      stateHidden(internAtom(connection, "_NET_WM_STATE_HIDDEN")),
-      frameExtents(internAtom(connection, "_NET_FRAME_EXTENTS")),
-      shadowExtents(internAtom(connection, "_GTK_FRAME_EXTENTS")) {}
+WindowAtoms WindowAtoms::intern(const XConnection& connection) {
+    constexpr std::array names{
+        std::pair(&WindowAtoms::clientListStacking, "_NET_CLIENT_LIST_STACKING"),
+        std::pair(&WindowAtoms::processID, "_NET_WM_PID"),
+        std::pair(&WindowAtoms::name, "_NET_WM_NAME"),
+        std::pair(&WindowAtoms::windowType, "_NET_WM_WINDOW_TYPE"),
+        std::pair(&WindowAtoms::typeDesktop, "_NET_WM_WINDOW_TYPE_DESKTOP"),
+        std::pair(&WindowAtoms::typeDock, "_NET_WM_WINDOW_TYPE_DOCK"),
+        std::pair(&WindowAtoms::state, "_NET_WM_STATE"),
+        std::pair(&WindowAtoms::stateAbove, "_NET_WM_STATE_ABOVE"),
+        std::pair(&WindowAtoms::stateHidden, "_NET_WM_STATE_HIDDEN"),
+        std::pair(&WindowAtoms::frameExtents, "_NET_FRAME_EXTENTS"),
+        std::pair(&WindowAtoms::shadowExtents, "_GTK_FRAME_EXTENTS"),
+    };
+    std::array<xcb_intern_atom_cookie_t, names.size()> queries;
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        queries[index] = askFor(connection, names[index].second);
+    }
+    WindowAtoms atoms;
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        atoms.*names[index].first = answer(connection, queries[index]);
+    }
+    return atoms;
+}
 
 }  // namespace zorvane

@@ -17,19 +17,20 @@ std::string atomName(const XConnection& connection, std::uint32_t atom);
 
 /// The names by which window managers and programs describe windows.
 struct WindowAtoms {
-    std::uint32_t clientListStacking;
-    std::uint32_t processID;
-    std::uint32_t name;
-    std::uint32_t windowType;
-    std::uint32_t typeDesktop;
-    std::uint32_t typeDock;
-    std::uint32_t state;
-    std::uint32_t stateAbove;
-    std::uint32_t stateHidden;
-    std::uint32_t frameExtents;
-    std::uint32_t shadowExtents;
+    std::uint32_t clientListStacking = 0;
+    std::uint32_t processID = 0;
+    std::uint32_t name = 0;
+    std::uint32_t windowType = 0;
+    std::uint32_t typeDesktop = 0;
+    std::uint32_t typeDock = 0;
+    std::uint32_t state = 0;
+    std::uint32_t stateAbove = 0;
+    std::uint32_t stateHidden = 0;
+    std::uint32_t frameExtents = 0;
+    std::uint32_t shadowExtents = 0;
 
-    explicit WindowAtoms(const XConnection& connection);
+    /// One round trip.
+    static WindowAtoms intern(const XConnection& connection);
 };
 
 }  // namespace zorvane

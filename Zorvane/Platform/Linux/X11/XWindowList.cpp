@@ -48,6 +48,21 @@ std::string textIn(const PropertyReply& reply) {
             static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
 }
 
+/// The older properties hold Latin-1.
+std::string utf8FromLatin1(std::string_view text) {
+    std::string utf8;
+    for (const char letter : text) {
+        const auto code = static_cast<unsigned char>(letter);
+        if (code < 0x80) {
+            utf8 += letter;
+        } else {
+            utf8 += static_cast<char>(0xC0 | code >> 6);
+            utf8 += static_cast<char>(0x80 | (code & 0x3F));
+        }
+    }
+    return utf8;
+}
+
 bool contains(const std::vector<std::uint32_t>& numbers, std::uint32_t number) {
     return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
@@ -120,10 +135,11 @@ class WindowQuery {
     }
 
     std::optional<std::string> title() const {
-        auto name = textIn(answer(connection_, name_));
-        auto oldName = textIn(answer(connection_, oldName_));
-        auto& title = name.empty() ? oldName : name;
-        return title.empty() ? std::nullopt : std::optional(std::move(title));
+        const auto name = textIn(answer(connection_, name_));
+        const auto oldName = answer(connection_, oldName_);
+        const bool isLatin1 = oldName && oldName->type == XCB_ATOM_STRING;
+        const auto title = !name.empty() ? name : isLatin1 ? utf8FromLatin1(textIn(oldName)) : textIn(oldName);
+        return title.empty() ? std::nullopt : std::optional(title);
     }
 
     std::int32_t layer(const std::vector<std::uint32_t>& state) const {
@@ -197,7 +213,7 @@ bool isIn(SCShareableContentScope scope, const SCWindow& window) {
 }  // namespace
 
 std::vector<SCWindow> readWindows(const XConnection& connection, SCShareableContentScope scope) {
-    const WindowAtoms atoms(connection);
+    const auto atoms = WindowAtoms::intern(connection);
     std::vector<WindowQuery> queries;
     for (const xcb_window_t window : windowIDs(connection, atoms)) {
         queries.emplace_back(connection, atoms, window);
