@@ -1,8 +1,13 @@
 #include "DisplayChoice.hpp"
 
 #include <algorithm>
+#include <condition_variable>
+#include <exception>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -10,6 +15,7 @@
 
 #include "UserError.hpp"
 #include "Zorvane/Sources/ZVDisplay.hpp"
+#include "Zorvane/ZVOutcome.hpp"
 
 namespace zorvane::cli {
 namespace {
@@ -25,10 +31,7 @@ std::string listed(const Displays& displays) {
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
-}  // namespace
-
-std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted) {
-    const Displays displays = ZVDisplay::displays();
+std::uint32_t displayOf(const Displays& displays, std::optional<std::uint32_t> wanted) {
     if (displays.empty()) {
         throw userError("This desktop has no display to record.");
     }
@@ -41,6 +44,42 @@ std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted) {
         throw userError(fmt::format("There is no display {}. Known displays: {}.", *wanted, listed(displays)));
     }
     return displays.front()->id();
+}
+
+/// What the desktop answers, shared with the thread that asks, which may be left behind.
+struct Answer {
+    std::mutex mutex;
+    std::condition_variable_any given;
+    std::optional<ZVOutcome<Displays>> displays;  // guarded by mutex
+};
+
+ZVOutcome<Displays> askDesktop() {
+    try {
+        return ZVOutcome<Displays>::success(ZVDisplay::displays());
+    } catch (...) {
+        return ZVOutcome<Displays>::failure(std::current_exception());
+    }
+}
+
+Displays awaitDisplays(std::stop_token stopToken) {
+    const auto answer = std::make_shared<Answer>();
+    std::thread([answer] {
+        auto displays = askDesktop();
+        std::lock_guard lock(answer->mutex);
+        answer->displays = std::move(displays);
+        answer->given.notify_all();
+    }).detach();
+    std::unique_lock lock(answer->mutex);
+    if (!answer->given.wait(lock, std::move(stopToken), [&] { return answer->displays.has_value(); })) {
+        throw stoppedBeforeStart();
+    }
+    return answer->displays->value();
+}
+
+}  // namespace
+
+std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted, std::stop_token stopToken) {
+    return displayOf(awaitDisplays(std::move(stopToken)), wanted);
 }
 
 }  // namespace zorvane::cli

@@ -3,11 +3,13 @@
 
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 
 namespace zorvane::cli {
 
 /// The id, by which a schema names it, of the display that the user asked for; of the main one if none was. Throws a
-/// `std::exception`, with a text for the user that lists the known displays, if there is no such one.
-std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted);
+/// `std::exception`, with a text for the user that lists the known displays, if there is no such one. A desktop may be
+/// slow to answer, or hang: gives up when stop is requested.
+std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted, std::stop_token stopToken);
 
 }  // namespace zorvane::cli

@@ -72,17 +72,17 @@ class Progress {
     StandardError& output_;
 };
 
-ZVRecorder::SchemaItem schemaItem(const RecordOptions& options) {
+ZVRecorder::SchemaItem schemaItem(const RecordOptions& options, const RecordingEnd& end) {
     ZVRecorder::DisplayOptions display;
     display.colorSpace = options.colorSpace;
     display.showsCursor = options.showsCursor;
-    return ZVRecorder::SchemaItem::display(chooseDisplay(options.displayID), display);
+    return ZVRecorder::SchemaItem::display(chooseDisplay(options.displayID, end.stopToken()), display);
 }
 
 RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOptions& options, Progress& progress) {
     const auto end = std::make_shared<RecordingEnd>();
     const StopSignal signal([end] { end->requestStop(); });
-    Recording recording(schemaItem(options), bundle, end);
+    Recording recording(schemaItem(options, *end), bundle, end);
     progress.began(bundle);
     const auto observer = [&](const ZVRecorder::Statistics& statistics) { progress.goesOn(bundle, statistics); };
     return recording.run(options.seconds, observer);

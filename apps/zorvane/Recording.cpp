@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "BundleLocation.hpp"
+#include "UserError.hpp"
 
 namespace zorvane::cli {
 namespace {
@@ -25,11 +26,6 @@ bool wasTaken(const std::exception_ptr& error) {
         "invalidConfiguration: Provided outputDirectory already exists");
 }
 
-std::exception_ptr stoppedBeforeStart() {
-    return std::make_exception_ptr(
-        ZVError::badOperation("Stopped before the recording began.", "Stopped before the recording began."));
-}
-
 }  // namespace
 
 Recording::Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle,
@@ -43,7 +39,7 @@ RecordOutcome Recording::run(std::optional<double> seconds, const Observer& obse
     try {
         start();
     } catch (const ZVCancelled&) {
-        return failed(stoppedBeforeStart());
+        return failed(std::make_exception_ptr(stoppedBeforeStart()));
     } catch (...) {
         return failed(std::current_exception());
     }

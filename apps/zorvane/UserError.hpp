@@ -12,4 +12,10 @@ inline ZVError userError(const std::string& text) {
     return ZVError::invalidConfiguration(text, text);
 }
 
+/// The user has ended a recording that had not begun.
+inline ZVError stoppedBeforeStart() {
+    const char* text = "Stopped before the recording began.";
+    return ZVError::badOperation(text, text);
+}
+
 }  // namespace zorvane::cli

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
-"""A recording whose X server goes away."""
+"""A recording whose X server goes away, or hangs."""
 
 import json
 import os
+import signal
 import subprocess
 import unittest
 
-from zorvane_cli import BARE, PROGRAM, CommandLineTest, wait_for_log
+from zorvane_cli import BARE, PROGRAM, CommandLineTest, pending, wait_for_log
 
 
 class XServer(CommandLineTest):
@@ -33,6 +34,14 @@ class XServer(CommandLineTest):
         self.assertIn("X server", report["errors"][0]["message"])
         file, = self.info_json("talk")["files"]
         self.assertAlmostEqual(file["duration"], report["recordUntil"] - report["recordFrom"], delta=0.001)
+
+    def test_a_server_that_hangs_does_not_keep_the_program_from_stopping(self):
+        self.server.send_signal(signal.SIGSTOP)
+        result = self.run_program("record", "--json", "-o", "talk", env=self.environment,
+                                  preexec_fn=pending(signal.SIGTERM))
+        self.assertEqual(result.returncode, 4)
+        self.assertEqual(json.loads(result.stdout)["status"], "failed")
+        self.assertEqual(os.listdir(self.place), [])
 
 
 if __name__ == "__main__":
