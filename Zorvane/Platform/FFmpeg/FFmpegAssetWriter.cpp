@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/FFmpeg/WriterThread.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 
@@ -39,7 +40,7 @@ std::shared_ptr<AVAssetWriterInputSink> FFmpegAssetWriter::addInput(const AVAsse
 
 void FFmpegAssetWriter::doStartWriting() {
     if (!video_) {
-        throw NSError("AVFoundationErrorDomain", 0,
+        throw NSError(AVFoundationErrorDomain, AVErrorNoDataCaptured,
                       {"The writer has no input, so there is nothing to write.", nullptr, {}});
     }
     WriterThread::Media media;

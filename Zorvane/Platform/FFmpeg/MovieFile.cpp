@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/FFmpeg/MovieBoxes.hpp"
 #include "Zorvane/Platform/FFmpeg/VideoTimeline.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
@@ -32,7 +33,7 @@ constexpr const char* fragmentFlags = "frag_custom+delay_moov+default_base_moof+
 MovieBox requireBox(std::span<const std::byte> boxes, std::string_view type) {
     const std::optional<MovieBox> box = findBox(boxes, type);
     if (!box) {
-        throw NSError("AVFoundationErrorDomain", 0, {"The movie's muxer left out a box.", nullptr, {}});
+        throw NSError(AVFoundationErrorDomain, AVErrorUnknown, {"The movie's muxer left out a box.", nullptr, {}});
     }
     return *box;
 }

@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/FFmpeg/EncoderOptions.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegError.hpp"
 #include "Zorvane/Platform/FFmpeg/VideoTimeline.hpp"
@@ -20,7 +21,7 @@ const AVCodec& encoderNamed(const std::string& name) {
     const AVCodec* const codec = avcodec_find_encoder_by_name(name.c_str());
     if (!codec) {
         throw NSError(
-            FFmpegErrorDomain, AVERROR_ENCODER_NOT_FOUND,
+            AVFoundationErrorDomain, AVErrorEncoderNotFound,
             {fmt::format("The video encoder {} is missing. Install FFmpeg libraries that were built with it.", name),
              nullptr,
              {}});

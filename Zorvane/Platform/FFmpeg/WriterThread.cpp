@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 
 namespace zorvane {
@@ -15,8 +16,8 @@ constexpr auto longestWait = milliseconds(500);
 constexpr auto waitTolerance = milliseconds(50);
 
 NSError nothingToWrite() {
-    return {"AVFoundationErrorDomain",
-            0,
+    return {AVFoundationErrorDomain,
+            AVErrorNoDataCaptured,
             {"No picture was appended inside the session, so there is no movie.", nullptr, {}}};
 }
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Foundation/NSException.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScreen.hpp"
@@ -193,7 +194,7 @@ bool VirtualAssetWriter::append(std::size_t track, const CMSampleBuffer& sample)
         }
     }
     fail(std::make_exception_ptr(
-        NSError("AVFoundationErrorDomain", -11800, {.localizedDescription = "The sample can't be written."})));
+        NSError(AVFoundationErrorDomain, AVErrorUnknown, {.localizedDescription = "The sample can't be written."})));
     return false;
 }
 
