@@ -161,7 +161,7 @@ void MovieFile::writeFragment() {
     const std::size_t mediaOffset = requireBox(bytes, "mdat").contentOffset();
     std::optional<std::int64_t> mediaPosition = static_cast<std::int64_t>(fileSize_ + mediaOffset);
     appendToFile(bytes);
-    bytes.clear();
+    fragments_.sink().keepFrom(fragments_.sink().position());
     ++fragmentNumber_;
     for (Packet& packet : packets_) {
         if (packet.isInFragment && !packet.isInFile) {

@@ -1,6 +1,7 @@
 #include "Zorvane/Platform/FFmpeg/Muxer.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <string>
 
@@ -81,11 +82,15 @@ std::int64_t MemorySink::seek(void* sink, std::int64_t offset, int whence) {
 // Called by C code, so nothing may be thrown.
 int MemorySink::keep(const std::uint8_t* bytes, int count) {
     const std::int64_t skipped = std::clamp<std::int64_t>(keepFrom_ - position_, 0, count);
-    const auto* const begin = reinterpret_cast<const std::byte*>(bytes);
-    try {
-        kept_.insert(kept_.end(), begin + skipped, begin + count);
-    } catch (const std::bad_alloc&) {
-        return AVERROR(ENOMEM);
+    if (skipped < count) {
+        const auto offset = static_cast<std::size_t>(position_ + skipped - keepFrom_);
+        const auto keptCount = static_cast<std::size_t>(count - skipped);
+        try {
+            kept_.resize(std::max(kept_.size(), offset + keptCount));
+        } catch (const std::bad_alloc&) {
+            return AVERROR(ENOMEM);
+        }
+        std::memcpy(kept_.data() + offset, bytes + skipped, keptCount);
     }
     position_ += count;
     return count;

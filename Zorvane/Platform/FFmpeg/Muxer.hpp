@@ -21,8 +21,9 @@ class MemorySink {
 
     AVIOContext* context() const { return context_.get(); }
 
-    /// From here on everything written at `position` or behind it is kept, in the order of writing.
+    /// From here on everything written at `position` or behind it is kept, and what was kept before is forgotten.
     void keepFrom(std::int64_t position);
+    /// What lies in the file from there on: a muxer goes back to correct the sizes of its boxes.
     std::vector<std::byte>& kept() { return kept_; }
 
     std::int64_t position() const;

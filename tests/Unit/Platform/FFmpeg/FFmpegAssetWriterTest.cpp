@@ -56,6 +56,25 @@ TEST(FFmpegAssetWriterTest, MovieLastsFromTheSessionsStartToItsEnd) {
     EXPECT_TRUE(bench.file->isClosed());
 }
 
+// The muxer of the index then goes back to boxes that have left its buffer, to write their sizes.
+TEST(FFmpegAssetWriterTest, LongMovieHasAWholeIndex) {
+    WriterBench bench;
+    ASSERT_TRUE(bench.start());
+    Ticks times;
+    for (int index = 0; index < 6'000; ++index) {
+        times.push_back(index * 3'000 + index % 2);  // so that each picture's duration stands in the index by itself
+        bench.append(sampleAt(CMTime::make(times.back(), 90'000), index % 3 == 0 ? bench.black : bench.white));
+    }
+    bench.writer->endSession(CMTime::make(200, 1));
+    ASSERT_EQ(bench.finish(), Status::completed);
+
+    const std::vector<std::size_t> boundaries = bench.file->boundaries();
+    EXPECT_GT(boundaries.back() - boundaries[boundaries.size() - 2], 64U * 1024);
+    EXPECT_EQ(movieBoxes(bench.file->bytes()), finishedBoxes);
+    EXPECT_EQ(bench.movie().times(), times);
+    EXPECT_EQ(bench.movie().duration, 200 * 90'000);
+}
+
 TEST(FFmpegAssetWriterTest, PictureAtTheEndIsNotInTheMovie) {
     WriterBench bench;
     ASSERT_TRUE(bench.start(CMTime::make(10, 1)));
