@@ -40,19 +40,14 @@ std::string BundleDirectory::urlString() const {
     return absoluteURLString(url_, Directory::yes);
 }
 
-bool BundleDirectory::exists() const {
-    std::error_code error;
-    return fs::exists(fs::symlink_status(url_, error));
-}
-
-void BundleDirectory::create() const {
+bool BundleDirectory::create() const {
     const fs::path parent = url_.parent_path();
     std::error_code error;
     fs::create_directories(parent, error);
     if (error) {
         throw NSError::posix(error.value(), "create", parent.native());
     }
-    createPrivateDirectory(url_);
+    return createPrivateDirectory(url_);
 }
 
 void BundleDirectory::recreate() const {
@@ -61,7 +56,9 @@ void BundleDirectory::recreate() const {
     if (error || !removed) {
         throw NSError::posix(error ? error.value() : ENOENT, "remove", url_.native());
     }
-    createPrivateDirectory(url_);
+    if (!createPrivateDirectory(url_)) {
+        throw NSError::posix(EEXIST, "create", url_.native());
+    }
 }
 
 void BundleDirectory::write(const ZVBundleInfo& bundleInfo) const {

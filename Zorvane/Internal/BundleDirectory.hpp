@@ -25,11 +25,9 @@ class BundleDirectory {
     /// As a file URL, for logs and messages.
     std::string urlString() const;
 
-    /// Whether anything stands at the path, be it a dangling link.
-    bool exists() const;
-
-    /// Makes the directory and those above it that are missing.
-    void create() const;
+    /// Makes the directory and those above it that are missing. False if anything stands at the path already, be it a
+    /// dangling link; that is left alone, also if it came only now.
+    [[nodiscard]] bool create() const;
 
     /// Removes the directory with all it holds and makes it again, empty. Doesn't make it if it could not remove it.
     void recreate() const;

@@ -137,11 +137,10 @@ Task<> Conductor::makeRecordersCapture(Logger logger) {
 }
 
 void Conductor::createBundleDirectory(const Logger& logger) {
-    if (bundle_.exists()) {
+    if (!bundle_.create()) {
         logger.error("Provided output directory in schema already exists.");
         throw ZVError::invalidConfiguration("Provided outputDirectory already exists: " + bundle_.urlString());
     }
-    bundle_.create();
     logger.trace("Output directory created.", [this] { return LogMetadata{{"bundleURL", bundle_.urlString()}}; });
 }
 

@@ -6,8 +6,8 @@
 
 namespace zorvane {
 
-/// Makes one directory, whose parent exists. Throws also if there is something at the path already.
-void createPrivateDirectory(const std::filesystem::path& path);
+/// Makes one directory, whose parent exists. False if there is something at the path already.
+[[nodiscard]] bool createPrivateDirectory(const std::filesystem::path& path);
 
 /// Writes the bytes straight to the path, over a file that is there, and brings them to the disk. Blocks for it.
 void writePrivateFile(const std::filesystem::path& path, std::string_view bytes);

@@ -37,7 +37,7 @@ TEST(BundleDirectory, NamesItselfAfterTheDateAndTheRecording) {
     EXPECT_TRUE(std::regex_match(bundle.url().filename().string(), form)) << bundle.url();
     EXPECT_TRUE(std::filesystem::equivalent(bundle.url().parent_path(), std::filesystem::temp_directory_path()));
     EXPECT_TRUE(bundle.urlString().ends_with(".zorvane/"));
-    EXPECT_FALSE(bundle.exists());
+    EXPECT_FALSE(std::filesystem::exists(bundle.url()));
 }
 
 TEST(BundleDirectory, TakesARelativePathOnceAndForAll) {
@@ -49,7 +49,7 @@ TEST(BundleDirectory, CanBeReadByItsOwnerOnly) {
     const TemporaryDirectory directory;
     const BundleDirectory bundle(directory.path() / "new" / "bundle");
     const mode_t before = ::umask(0);
-    bundle.create();
+    EXPECT_TRUE(bundle.create());
     bundle.write(ZVBundleInfo::empty);
     EXPECT_EQ(modeOf(bundle.url()), 0700U);
     EXPECT_EQ(modeOf(bundle.url() / "zorvane.json"), 0600U);
@@ -57,6 +57,17 @@ TEST(BundleDirectory, CanBeReadByItsOwnerOnly) {
     EXPECT_EQ(modeOf(bundle.url()), 0700U);
     EXPECT_TRUE(std::filesystem::is_empty(bundle.url()));
     ::umask(before);
+}
+
+TEST(BundleDirectory, TellsFromMakingItselfThatThePathIsTaken) {
+    const TemporaryDirectory directory;
+    std::ofstream(directory.path() / "file") << "in the way";
+    std::filesystem::create_directory(directory.path() / "directory");
+    std::filesystem::create_symlink("nowhere", directory.path() / "link");
+    for (const char* name : {"file", "directory", "link"}) {
+        EXPECT_FALSE(BundleDirectory(directory.path() / name).create()) << name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(directory.path() / "nowhere"));
 }
 
 TEST(BundleDirectory, ReplacesALongerManifest) {
@@ -72,16 +83,16 @@ TEST(BundleDirectory, GivesTheSystemsErrors) {
     const TemporaryDirectory directory;
     const BundleDirectory bundle(directory.path() / "bundle");
     std::filesystem::create_directories(bundle.url() / "zorvane.json");
-    EXPECT_EQ(errorNumber([&] { bundle.create(); }), EEXIST);
     EXPECT_EQ(errorNumber([&] { bundle.write(ZVBundleInfo::empty); }), EISDIR);
 
     std::filesystem::remove_all(bundle.url());
     EXPECT_EQ(errorNumber([&] { bundle.recreate(); }), ENOENT);
     EXPECT_EQ(errorNumber([&] { bundle.write(ZVBundleInfo::empty); }), ENOENT);
-    EXPECT_FALSE(bundle.exists());
+    EXPECT_FALSE(std::filesystem::exists(bundle.url()));
 
     std::ofstream(directory.path() / "file") << "in the way";
-    EXPECT_EQ(errorNumber([&] { BundleDirectory(directory.path() / "file" / "bundle").create(); }), ENOTDIR);
+    const BundleDirectory belowAFile(directory.path() / "file" / "bundle");
+    EXPECT_EQ(errorNumber([&] { return belowAFile.create(); }), ENOTDIR);
     EXPECT_EQ(errorNumber([&] { BundleDirectory("/dev/full").write(ZVBundleInfo::empty); }), ENOTDIR);
 }
 

@@ -59,10 +59,14 @@ class OutputFile {
 
 }  // namespace
 
-void createPrivateDirectory(const std::filesystem::path& path) {
-    if (::mkdir(path.c_str(), S_IRWXU) != 0) {
+bool createPrivateDirectory(const std::filesystem::path& path) {
+    if (::mkdir(path.c_str(), S_IRWXU) == 0) {
+        return true;
+    }
+    if (errno != EEXIST) {
         throw NSError::posix(errno, "create", path.native());
     }
+    return false;
 }
 
 void writePrivateFile(const std::filesystem::path& path, std::string_view bytes) {
