@@ -1,6 +1,7 @@
 #include "Zorvane/Internal/FileURL.hpp"
 
 #include <string_view>
+#include <system_error>
 
 namespace zorvane {
 namespace {
@@ -18,8 +19,10 @@ bool isPathCharacter(char character) {
 std::string absoluteURLString(const std::filesystem::path& path, Directory directory) {
     constexpr std::string_view hexDigits = "0123456789ABCDEF";
     std::string url = "file://";
-    const std::string absolutePath = std::filesystem::absolute(path).native();
-    for (const char character : absolutePath) {
+    // Without a working directory the path stays what it is: a log line is no reason to fail.
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    for (const char character : (error ? path : absolute).native()) {
         if (isPathCharacter(character)) {
             url += character;
             continue;

@@ -224,6 +224,14 @@ TEST(Conductor, GivesTheSystemsErrorForADirectoryThatCanNotBeMade) {
     EXPECT_EQ(ZVError::_uncaught(error).errorGroup(), "NSError domain:NSPOSIXErrorDomain code:20");
 }
 
+TEST(Conductor, RefusesAnEmptyPathNoSoonerThanInPreparation) {
+    const LogCapture log;
+    const auto conductor = Conductor::make("Ab3dE", ZVSchema{"", {}}, log.logger<ConductorBench>(), {});
+    EXPECT_TRUE(log.has(Level::trace, "Using output directory provided in schema.", {{"bundleURL", "file://"}}));
+    EXPECT_EQ(ZVError::_uncaught(outcomeOf(conductor->prepare("P")).error()).errorGroup(),
+              "NSError domain:NSPOSIXErrorDomain code:22");
+}
+
 TEST(Conductor, AFailingRecorderCancelsThePreparationOfTheOthersAndWaitsForThem) {
     ConductorBench bench(2);
     bench.recorder(0).preparing.hold();

@@ -19,6 +19,7 @@ TEST(FileURL, EndsADirectoryWithExactlyOneSlash) {
 TEST(FileURL, MakesARelativePathAbsolute) {
     EXPECT_EQ(absoluteURLString("x", Directory::no),
               absoluteURLString(std::filesystem::current_path() / "x", Directory::no));
+    EXPECT_EQ(absoluteURLString("", Directory::yes), "file://") << "not even an empty path is refused";
 }
 
 }  // namespace
