@@ -1,22 +1,34 @@
 #include "Zorvane/Internal/OutputDescription.hpp"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <string>
 #include <utility>
 
+#include "Zorvane/ZVError.hpp"
+
 namespace zorvane {
 namespace {
+
+/// A leading slash doesn't lead out of the bundle, and nothing else may.
+std::string insideBundle(const std::filesystem::path& name) {
+    if (std::ranges::find(name, "..") != name.end()) {
+        throw ZVError::invalidConfiguration(fmt::format("\"{}\" names a file outside of the bundle.", name.native()));
+    }
+    return name.relative_path().string();
+}
 
 std::string withoutExtension(std::string_view filename) {
     return std::filesystem::path(filename).replace_extension().string();
 }
 
 std::string filenamePrefix(const ZVSegmentedOutput& output, std::string_view fallbackFilename) {
-    return output.filenamePrefix ? *output.filenamePrefix : withoutExtension(fallbackFilename);
+    return insideBundle(output.filenamePrefix ? *output.filenamePrefix : withoutExtension(fallbackFilename));
 }
 
-// A leading slash doesn't lead out of the bundle.
 std::string filename(const ZVSingleFileOutput& output, std::string_view fallbackFilename) {
-    return std::filesystem::path(output.filename.value_or(std::string(fallbackFilename))).relative_path().string();
+    return insideBundle(output.filename.value_or(std::string(fallbackFilename)));
 }
 
 }  // namespace

@@ -26,6 +26,7 @@ struct OutputDescription {
 };
 
 /// The description of an output in the bundle; `fallbackFilename`, such as "display-5.mov", names what has no name.
+/// Throws a `ZVError` (invalid configuration) for a name that leads out of the bundle, as does the function below.
 OutputDescription outputDescription(const ZVOutputForm& output, const std::filesystem::path& bundleURL,
                                     std::string_view fallbackFilename);
 

@@ -116,6 +116,14 @@ TEST(OutputDescription, TakesTheHostsNameElseTheFallback) {
     EXPECT_EQ(filename(ZVSingleFileOutput{"/etc/screen.mov"}, "display-5.mov"), "/bundle/etc/screen.mov");
 }
 
+TEST(OutputDescription, RefusesANameThatLeadsOutOfTheBundle) {
+    for (const char* name : {"..", "../screen.mov", "/../screen.mov", "a/../../screen.mov"}) {
+        EXPECT_THROW(filename(ZVSingleFileOutput{name}, "display-5.mov"), ZVError) << name;
+        EXPECT_THROW(outputDescription(ZVSegmentedOutput{.filenamePrefix = name}, "/bundle", "x.mov"), ZVError) << name;
+    }
+    EXPECT_EQ(filename(ZVSingleFileOutput{"..screen..mov"}, "display-5.mov"), "/bundle/..screen..mov");
+}
+
 TEST(OutputDescription, SegmentsTakeThePrefixElseTheFallbackWithoutItsExtension) {
     const auto describe = [](const ZVSegmentedOutput& output) {
         return std::get<OutputDescription::MultipleStreams>(outputDescription(output, "/bundle", "display-5.mov").form);
