@@ -117,6 +117,8 @@ JSONDocument::JSONDocument(std::string_view text) {
         value_ = std::make_unique<const nlohmann::json>(nlohmann::json::parse(text));
     } catch (const nlohmann::json::parse_error& error) {
         failAt("", fmt::format("not JSON at byte {}", error.byte), NSCoderReadCorruptError);
+    } catch (const nlohmann::json::out_of_range&) {
+        failAt("", "holds a number that no double can hold", NSCoderReadCorruptError);
     }
 }
 

@@ -73,6 +73,7 @@ TEST(ZVBundleInfo, SaysWhereAManifestIsWrong) {
     EXPECT_EQ(decodingProblem(R"({"version":1,"files":{}})"), "files: not an array");
     EXPECT_EQ(decodingProblem("[]"), "document: not an object");
     EXPECT_EQ(decodingProblem("{\"version\":1,"), "document: not JSON at byte 14");
+    EXPECT_EQ(decodingProblem(R"({"version":1e999,"files":[]})"), "document: holds a number that no double can hold");
 }
 
 }  // namespace
