@@ -126,7 +126,7 @@ void ZVLogger::setLogLevel(std::string_view category, ZVLogLevel level) {
 }
 
 void ZVLogger::setLogHandler(HandlerMode mode, LogHandler handler) {
-    HandlerToken token = addLogHandler(mode, std::move(handler));
+    HandlerToken token = handler ? addLogHandler(mode, std::move(handler)) : nullptr;
     state_->handlersQueue.sync([&] { state_->externalLogHandler.swap(token); });
     // The previous handler goes here, outside the queue: what it captured may log when it is destroyed.
 }

@@ -82,9 +82,10 @@ class ZVLogger {
     /// Sets the threshold of one category, which may be looser or stricter than that of the others.
     void setLogLevel(std::string_view category, ZVLogLevel level);
 
-    /// Replaces the output: the system's log, or the handler set before. Handlers that were added stay.
+    /// Replaces the output: the system's log, or the handler set before. An empty handler leaves no output. Handlers
+    /// that were added stay.
     void setLogHandler(HandlerMode mode, LogHandler handler);
-    /// Adds a handler for as long as the token is kept.
+    /// Adds a handler, which isn't empty, for as long as the token is kept.
     [[nodiscard]] HandlerToken addLogHandler(HandlerMode mode, LogHandler handler);
 
     /// Logs a line. Both deferred values are evaluated at most once, on the calling thread. A key of the message's

@@ -32,7 +32,7 @@ class SystemLog {
     virtual void write(const SystemLogEntry& entry) = 0;
 };
 
-/// The log of the system at hand.
+/// The log of the system at hand; null if it keeps none.
 std::shared_ptr<SystemLog> makeSystemLog();
 
 }  // namespace zorvane

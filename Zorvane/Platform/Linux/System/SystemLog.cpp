@@ -51,13 +51,6 @@ std::string metadataField(std::string_view key, std::string_view value) {
     return field;
 }
 
-/// A system with neither log; nothing is composed for it.
-class NoLog : public SystemLog {
-  public:
-    bool isEnabled(SystemLogType) const override { return false; }
-    void write(const SystemLogEntry&) override {}
-};
-
 }  // namespace
 
 bool JournalLog::isAvailable() {
@@ -110,7 +103,7 @@ std::shared_ptr<SystemLog> makeSystemLog() {
     if (Syslog::isAvailable()) {
         return std::make_shared<Syslog>();
     }
-    return std::make_shared<NoLog>();
+    return nullptr;
 }
 
 }  // namespace zorvane
