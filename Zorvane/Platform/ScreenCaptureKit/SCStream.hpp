@@ -51,8 +51,8 @@ struct SCStreamConfiguration {
     /// converts: an 8-bit screen gives BGRA in sRGB also when more is asked for.
     CVPixelFormat pixelFormat = CVPixelFormat::bgra;
     CGColorSpaceName colorSpaceName = CGColorSpaceName::sRGB;
-    /// A burst of changes yields no more pictures than one per interval. One that is read late may hold to the interval's
-    /// grid: the next then follows sooner, by less than half an interval.
+    /// A burst of changes yields no more pictures than one per interval. One that is read late may hold to the
+    /// interval's grid: the next then follows sooner, by less than half an interval.
     CMTime minimumFrameInterval = CMTime::make(1, 60);
 
     std::string debugDescription() const;
