@@ -23,11 +23,11 @@ struct FormatText {
     std::string codec;
 
     std::string operator()(const ZVMediaInfo::Video& video) const {
-        return fmt::format("video {} {}x{}, {} frames, {}", codec, video.width, video.height, video.frameCount,
-                           colorText(video.colorTags));
+        return fmt::format("video {} {}x{}, {}, {}", codec, video.width, video.height,
+                           countText(video.frameCount, "frame"), colorText(video.colorTags));
     }
     std::string operator()(const ZVMediaInfo::Audio& audio) const {
-        return fmt::format("audio {} {} Hz, {} channels", codec, audio.sampleRate, audio.channelCount);
+        return fmt::format("audio {} {} Hz, {}", codec, audio.sampleRate, countText(audio.channelCount, "channel"));
     }
     std::string operator()(const ZVMediaInfo::Other&) const { return codec; }
 };
@@ -56,7 +56,8 @@ void addFile(std::string& text, const FileReport& file) {
 }  // namespace
 
 std::string bundleText(const BundleReport& report) {
-    std::string text = fmt::format("{}: {} files\n", printable(report.bundle.string()), report.files.size());
+    std::string text =
+        fmt::format("{}: {}\n", printable(report.bundle.string()), countText(report.files.size(), "file"));
     for (const FileReport& file : report.files) {
         addFile(text, file);
     }

@@ -9,7 +9,7 @@ namespace zorvane::cli {
 
 std::string sizeText(std::uintmax_t bytes) {
     if (bytes < 1000) {
-        return fmt::format("{} bytes", bytes);
+        return countText(bytes, "byte");
     }
     constexpr std::array units{"kB", "MB", "GB", "TB"};
     auto size = static_cast<double>(bytes) / 1000;
@@ -18,6 +18,10 @@ std::string sizeText(std::uintmax_t bytes) {
         size /= 1000;
     }
     return fmt::format("{:.1f} {}", size, units[unit]);
+}
+
+std::string countText(std::uint64_t count, std::string_view noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 std::string clockText(double seconds) {

@@ -10,6 +10,9 @@ namespace zorvane::cli {
 /// "640 bytes", "12.3 MB": powers of 1000.
 std::string sizeText(std::uintmax_t bytes);
 
+/// "1 file", "2 files": `noun` in the singular.
+std::string countText(std::uint64_t count, std::string_view noun);
+
 /// "1:02:03", "0:07": hours only if there are any; whole seconds, cut off.
 std::string clockText(double seconds);
 

@@ -24,6 +24,7 @@ class Info(CommandLineTest):
         self.assertEqual(track["colorTags"], {"primaries": "bt709", "transferFunction": "bt709", "matrix": "bt709",
                                               "range": "tv"})
         text = self.run_program("info", bundle).stdout
+        self.assertIn(": 1 file\n", text)
         self.assertRegex(text, r"display-1\.mov \(screen\): \d+\.\d{3} s, ")
         self.assertIn("video h264 1920x1080", text)
 
@@ -41,6 +42,7 @@ class Info(CommandLineTest):
         self.assertIn("empty", files["empty.mov"]["error"])
         self.assertEqual(len(files["display-1.mov"]["tracks"]), 1)
         result = self.run_program("info", bundle)
+        self.assertIn(": 6 files\n", result.stdout)
         self.assertIn("video h264", result.stdout)
         self.assertEqual(result.stderr, "")
 
