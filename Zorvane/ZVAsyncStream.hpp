@@ -30,7 +30,7 @@ class ZVStreamBuffering {
 
 namespace detail {
 
-/// The part of a stream that does not depend on its element type. Any thread.
+/// What of a stream does not depend on its element type. Any thread.
 class StreamCore {
   public:
     using Element = std::shared_ptr<void>;

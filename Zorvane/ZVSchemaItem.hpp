@@ -105,7 +105,7 @@ class ZVSchemaItem {
     static ZVSchemaItem _display(std::uint32_t displayID, ZVDisplayOptions options, bool topWindowInfo,
                                  ZVScreenRecordingOutputOptions output);
 
-    /// The part of the screen where a window stands at preparation, with whatever covers it.
+    /// The area of the screen where a window stands at preparation, with whatever covers it.
     static ZVSchemaItem windowBasedCrop(std::uint32_t windowID, ZVWindowBasedCropOptions options = {},
                                         Filename filename = std::nullopt);
     static ZVSchemaItem windowBasedCrop(std::uint32_t windowID, ZVWindowBasedCropOptions options,

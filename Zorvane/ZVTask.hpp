@@ -26,7 +26,7 @@ struct TaskContext {
     std::stop_token stopToken;
 };
 
-/// The part of a task's promise that does not depend on its result.
+/// What of a task's promise does not depend on its result.
 ///
 /// Resumption never recurses: an awaiting or a finishing coroutine leaves the one to go on with in a slot of the
 /// thread, returns to the loop at the bottom of the stack, and the loop resumes it. A coroutine of another executor is

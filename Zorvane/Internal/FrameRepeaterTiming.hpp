@@ -8,7 +8,7 @@
 
 namespace zorvane {
 
-/// The part of a frame repeater that doesn't depend on what a frame is. Not synchronised.
+/// The timing of a frame repeater, whatever its frames are. Not synchronised.
 class FrameRepeaterTiming {
   public:
     /// `interval` in seconds.

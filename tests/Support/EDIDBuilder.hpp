@@ -9,7 +9,7 @@
 
 namespace zorvane {
 
-/// A base block of a Dell panel, with the given parts.
+/// A base block of a Dell panel, with the given fields.
 inline std::vector<std::uint8_t> makeEDID(std::uint32_t serialNumber, const std::string& name) {
     std::vector<std::uint8_t> block(128);
     std::fill(block.begin() + 1, block.begin() + 7, std::uint8_t{0xFF});

@@ -165,7 +165,7 @@ void X11TestClient::setMonitor(const std::string& name, const TestRect& rect, bo
               output()};
     const xcb_protocol_request_t protocol{
         .count = 1, .ext = &xcb_randr_id, .opcode = XCB_RANDR_SET_MONITOR, .isvoid = 1};
-    // XCB uses the two parts before the first for a prefix of its own.
+    // XCB uses the two vectors before the first for a prefix of its own.
     iovec parts[3]{{}, {}, {&request, sizeof request - (takesOutput ? 0 : sizeof request.output)}};
     xcb_send_request(connection_, 0, parts + 2, &protocol);
     synchronize();

@@ -43,7 +43,7 @@ class X11TestClient {
 
     /// Sets the size of the root window and of its one output, as a user does who changes the resolution.
     void resizeScreen(std::uint16_t width, std::uint16_t height);
-    /// Sets a part of the screen apart as a monitor of its own; `takesOutput` takes the part from the one panel.
+    /// Sets an area of the screen apart as a monitor of its own; `takesOutput` takes that area from the one panel.
     void setMonitor(const std::string& name, const TestRect& rect, bool isPrimary, bool takesOutput);
     void removeMonitor(const std::string& name);
     /// Gives the one output this EDID block.

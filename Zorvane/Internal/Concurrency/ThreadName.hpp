@@ -5,7 +5,7 @@
 
 namespace zorvane {
 
-/// Names the calling thread. The system keeps 15 characters; of a longer name the part behind the last "." counts.
+/// Names the calling thread. The system keeps 15 characters; of a longer name what is behind the last "." counts.
 void setCurrentThreadName(std::string_view name);
 
 /// Names the calling thread for a while: a pool thread bears the label of the queue whose job it runs.

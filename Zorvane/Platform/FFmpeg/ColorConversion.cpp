@@ -146,7 +146,7 @@ class ColorConverter::GamutMap {
     }
 
   private:
-    // Fine enough for the steepest part of the curve at 10 bits.
+    // Fine enough where the curve is steepest, at 10 bits.
     static constexpr std::size_t steps = 65535;
 
     std::int32_t component(const std::array<double, 3>& weights, const std::array<float, 3>& light) const {

@@ -8,7 +8,7 @@
 
 namespace zorvane {
 
-/// The identifying parts of an EDID block.
+/// What of an EDID block identifies the panel.
 struct EDID {
     std::uint32_t vendorNumber = 0;  ///< the maker's three letters, as the two bytes of the block read as one number
     std::uint32_t modelNumber = 0;

@@ -1,4 +1,4 @@
-// The part of the screen that a stream shows. Pure.
+// What area of the screen a stream shows. Pure.
 #pragma once
 
 #include <cstdint>
@@ -41,7 +41,7 @@ struct RowSpan {
 struct ScreenArea {
     std::int32_t width = 0;  ///< of the picture
     std::int32_t height = 0;
-    PixelRect visible;         ///< the part of the picture that lies on the display, in picture coordinates
+    PixelRect visible;         ///< what of the picture lies on the display, in picture coordinates
     std::int32_t originX = 0;  ///< root window coordinates of the picture's top left corner
     std::int32_t originY = 0;
 
@@ -49,7 +49,7 @@ struct ScreenArea {
     /// rounded down, and fractions of the size fall away. Nothing if no pixel of the display is in it.
     static std::optional<ScreenArea> of(const CGRect& displayBounds, const std::optional<CGRect>& sourceRect);
 
-    /// The part of the picture that a rectangle of the root window covers; empty if it lies elsewhere.
+    /// What a rectangle of the root window covers of the picture; empty if it lies elsewhere.
     PixelRect fromRoot(const PixelRect& rect) const { return intersection(rect.movedBy(-originX, -originY), visible); }
 };
 
