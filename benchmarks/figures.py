@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures what the README claims, on recordings of a private desktop, and prints a table. Exits 1 if a target is missed.
+"""Measures, on recordings of a private desktop, what the README claims; prints a table. Exits 1 if a target is missed.
 
     cmake --preset release && cmake --build --preset release
     benchmarks/figures.py all            # about fifteen minutes
@@ -30,7 +30,8 @@ INSIDE = "ZORVANE_FIGURES_INSIDE_DESKTOP"
 
 def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("figures", nargs="+", choices=[*FIGURES, "all"], metavar="FIGURE", help=", ".join([*FIGURES, "all"]))
+    choices = [*FIGURES, "all"]
+    parser.add_argument("figures", nargs="+", choices=choices, metavar="FIGURE", help=", ".join(choices))
     parser.add_argument("--repeat", type=int, default=5, metavar="N",
                         help="measurements of CPU time of which the median counts (default: 5)")
     parser.add_argument("--when-quiet", action="store_true", help="before each measurement, wait for idle processors")

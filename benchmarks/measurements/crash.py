@@ -19,7 +19,7 @@ LONGEST_GAP = 4  # frames between two that follow each other in the movie, when 
 class Outcome:
     """One killed recording: what is wrong with its movie, if anything, and how many seconds of its end are lost."""
 
-    def __init__(self, bundle, killed_at, shown):
+    def __init__(self, bundle, ended_at, shown):
         self.problem, self.loss = "", None
         path = programs.movie_in(bundle)
         if not path:
@@ -35,9 +35,10 @@ class Outcome:
         if not stamps:
             self.problem = "no frame in the movie"
             return
-        if any(not 0 <= later - earlier <= LONGEST_GAP for earlier, later in zip(stamps, stamps[1:])):
-            self.problem = "frames are missing in the middle"
-        self.loss = killed_at - shown[stamps[-1]]
+        gaps = [later - earlier for earlier, later in zip(stamps, stamps[1:])]
+        if gaps and (min(gaps) < 0 or max(gaps) > LONGEST_GAP):
+            self.problem = f"{max(gaps) - 1} frames are missing after {gaps.index(max(gaps)) + 1} of {len(stamps)}"
+        self.loss = ended_at - shown[stamps[-1]]
 
 
 def measure(conditions):
@@ -59,6 +60,7 @@ def measure(conditions):
 
 
 def kill_one(directory, client, seconds, seconds_into_finish):
+    """Records for so long; then kills the recorder, at once or so long after it was asked to finish."""
     bundle = os.path.join(directory, f"{time.monotonic_ns()}.zorvane")
     process = subprocess.Popen(programs.recorder_command(bundle, 60), stdout=subprocess.DEVNULL)
     time.sleep(seconds)
@@ -66,8 +68,6 @@ def kill_one(directory, client, seconds, seconds_into_finish):
     if seconds_into_finish is not None:
         process.send_signal(signal.SIGINT)
         time.sleep(seconds_into_finish)
-    else:
-        ended_at = time.monotonic()
     process.kill()
     process.wait()
     time.sleep(0.1)  # until the client has told of the frames before

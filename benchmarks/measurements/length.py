@@ -21,6 +21,6 @@ def measure(conditions):
     return [
         Row("track's duration against the recording's, worst of ten", f"{max(errors) * 1000:.3f} ms", "<= 1 ms",
             max(errors) <= 0.001, load),
-        Row("tracks that begin at 0 with strictly rising times", "all" if begins_at_zero and rises else "not all", "all",
-            begins_at_zero and rises, load),
+        Row("  tracks that begin at 0 with strictly rising times", "all" if begins_at_zero and rises else "not all",
+            "all", begins_at_zero and rises, load),
     ]

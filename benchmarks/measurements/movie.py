@@ -7,6 +7,7 @@ import subprocess
 
 STAMP_SQUARE = 32  # as motion_client draws them
 STAMP_SQUARES = 26
+EACH_FRAME = ("-fps_mode", "passthrough", "-enc_time_base", "-1")  # none dropped, none doubled
 
 
 class Packet:
@@ -22,8 +23,8 @@ class Movie:
 
     def __init__(self, path):
         self.path = path
-        probed = json.loads(_output("ffprobe", "-v", "error", "-select_streams", "v:0", "-show_streams", "-show_packets",
-                                    "-of", "json", path))
+        probed = json.loads(_output("ffprobe", "-v", "error", "-select_streams", "v:0", "-show_streams",
+                                    "-show_packets", "-of", "json", path))
         stream = probed["streams"][0]
         time_base = fractions.Fraction(stream["time_base"])
         self.start = int(stream["start_pts"]) * time_base
@@ -55,12 +56,12 @@ class Movie:
         return [_number(frame) for frame in frames]
 
     def decoding_errors(self):
-        result = subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-xerror", "-i", self.path, "-f", "null", "-"],
-                                stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)
-        return result.stderr.decode() or (f"status {result.returncode}" if result.returncode else "")
+        command = ["ffmpeg", "-v", "error", "-nostdin", "-xerror", "-i", self.path, *EACH_FRAME, "-f", "null", "-"]
+        result = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)
+        return result.stderr.decode().strip() or (f"status {result.returncode}" if result.returncode else "")
 
     def _samples(self, filters):
-        return _output("ffmpeg", "-v", "error", "-nostdin", "-i", self.path, "-fps_mode", "passthrough", "-vf", filters,
+        return _output("ffmpeg", "-v", "error", "-nostdin", "-i", self.path, *EACH_FRAME, "-vf", filters,
                        "-f", "rawvideo", "-")
 
 

@@ -69,7 +69,8 @@ def directory_for_movies():
 
 
 def recorder_command(bundle, seconds):
-    return [machine.RECORDER, "record", "--display", "main", "--seconds", str(seconds), "--json", "--quiet", "--output", bundle]
+    return [machine.RECORDER, "record", "--display", "main", "--seconds", str(seconds), "--json", "--quiet",
+            "--output", bundle]
 
 
 def movie_in(bundle):
