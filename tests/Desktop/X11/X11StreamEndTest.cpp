@@ -143,6 +143,17 @@ TEST_F(X11StreamTest, AServerThatHangsDoesNotHoldUpARestartOfTheService) {
     EXPECT_EQ(contentOf(capture()).displays.size(), 1U);
 }
 
+TEST_F(X11StreamTest, AServerThatHangsDoesNotHoldUpTheEndOfTheBackend) {
+    contentOf(capture());
+    server_.suspend();
+    std::promise<void> answered;
+    capture().getShareableContent(SCShareableContentScope::all,
+                                  [&](const SCShareableContent&, const std::exception_ptr&) { answered.set_value(); });
+    platform_ = Platform{};
+    server_.resume();
+    answered.get_future().get();
+}
+
 TEST_F(X11StreamTest, OnlyTheCapturedDisplayEndsTheStreamWhenItGoes) {
     client_.setMonitor("left", {0, 0, 400, 480}, true, true);
     auto samples = std::make_shared<ScreenSamples>(Points{{0, 0}});

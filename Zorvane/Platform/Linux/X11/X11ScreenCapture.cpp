@@ -1,9 +1,10 @@
 #include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
+#include <vector>
 
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Stream.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 #include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
@@ -12,10 +13,6 @@
 
 namespace zorvane {
 namespace {
-
-bool hasEnded(const std::future<void>& request) {
-    return request.wait_for(std::chrono::seconds::zero()) == std::future_status::ready;
-}
 
 /// In the order of their frontmost windows.
 std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows) {
@@ -31,6 +28,18 @@ std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows) {
     return applications;
 }
 
+SCShareableContent readContent(XSession& session, SCShareableContentScope scope) {
+    const PoolBlockingScope blocking;
+    const auto connection = session.connection();
+    SCShareableContent content;
+    for (const XDisplay& display : readDisplays(*connection)) {
+        content.displays.push_back({.displayID = display.displayID, .frame = display.properties.bounds});
+    }
+    content.windows = readWindows(*connection, scope);
+    content.applications = owners(content.windows);
+    return content;
+}
+
 }  // namespace
 
 X11ScreenCapture::X11ScreenCapture(std::shared_ptr<XSession> session) : session_(std::move(session)) {}
@@ -40,30 +49,17 @@ X11ScreenCapture::~X11ScreenCapture() {
 }
 
 void X11ScreenCapture::getShareableContent(SCShareableContentScope scope, ContentHandler handler) {
-    const auto answer = [this, scope, handler = std::move(handler)] {
+    auto answer = [session = session_, scope, handler = std::move(handler)] {
         SCShareableContent content;
         std::exception_ptr error;
         try {
-            content = readContent(scope);
+            content = readContent(*session, scope);
         } catch (...) {
             error = std::current_exception();
         }
         handler(std::move(content), std::move(error));
     };
-    const std::lock_guard lock(mutex_);
-    std::erase_if(requests_, hasEnded);
-    requests_.push_back(std::async(std::launch::async, answer));
-}
-
-SCShareableContent X11ScreenCapture::readContent(SCShareableContentScope scope) const {
-    const auto connection = session_->connection();
-    SCShareableContent content;
-    for (const XDisplay& display : readDisplays(*connection)) {
-        content.displays.push_back({.displayID = display.displayID, .frame = display.properties.bounds});
-    }
-    content.windows = readWindows(*connection, scope);
-    content.applications = owners(content.windows);
-    return content;
+    Executor::pool()->post(std::move(answer));
 }
 
 std::shared_ptr<SCStream> X11ScreenCapture::makeStream(const SCContentFilter& filter,

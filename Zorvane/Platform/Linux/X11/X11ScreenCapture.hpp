@@ -1,10 +1,7 @@
 // Screen capture from an X server.
 #pragma once
 
-#include <future>
 #include <memory>
-#include <mutex>
-#include <vector>
 
 #include "Zorvane/Platform/ScreenCaptureKit/SCScreenCapture.hpp"
 
@@ -12,12 +9,12 @@ namespace zorvane {
 
 class XSession;
 
-/// `SCScreenCapture` on XCB. Content is asked for on a thread per request, so that a server that hangs holds up nobody
-/// else. Not to be destroyed inside a content handler.
+/// `SCScreenCapture` on XCB. Content is asked for on the pool, and a request that waits for a server that hangs holds
+/// up nobody else there. Handlers run on the pool.
 class X11ScreenCapture final : public SCScreenCapture {
   public:
     explicit X11ScreenCapture(std::shared_ptr<XSession> session);
-    /// Waits until handlers under way have ended.
+    /// Requests that wait for the server end with an error. Their handlers may still run afterwards.
     ~X11ScreenCapture() override;
 
     void getShareableContent(SCShareableContentScope scope, ContentHandler handler) override;
@@ -28,11 +25,7 @@ class X11ScreenCapture final : public SCScreenCapture {
     void restartCaptureService(std::function<void(std::exception_ptr error)> handler) override;
 
   private:
-    SCShareableContent readContent(SCShareableContentScope scope) const;
-
-    const std::shared_ptr<XSession> session_;
-    std::mutex mutex_;
-    std::vector<std::future<void>> requests_;  // guarded by mutex_; those under way, and some that have ended
+    const std::shared_ptr<XSession> session_;  // also held by each request under way
 };
 
 }  // namespace zorvane
