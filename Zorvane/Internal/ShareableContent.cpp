@@ -56,13 +56,12 @@ Task<SCShareableContent> ShareableContent::getContentWithRestart(SCShareableCont
                                                                  ShareableContentError::Case timeoutError) {
     const Logger logger = Logger::forType<ShareableContent>();
     logger.debug("Retrieving shareable content");
-    const bool returnedBefore = contentAccess()->returnedOnce;
     std::optional<SCShareableContent> content = co_await contentUnlessTimeout(scope);
     if (content) {
         logger.info("Retrieved shareable content.");
         co_return std::move(*content);
     }
-    if (!returnedBefore && !contentAccess()->returnedOnce) {
+    if (!contentAccess()->returnedOnce) {
         logger.warning("Timeout retrieving shareable content. Restarting replaykit deamon.");
         co_await restartReplayKitDeamon();
         logger.debug("Restarted replaykit deamon. Retrying.");
@@ -95,7 +94,12 @@ Task<SCShareableContent> ShareableContent::getContent() {
         spawn(attemptAfterDelay(shared_from_this(), static_cast<int>(index) + 1), executor_);
     }
     spawn(timeOutAfterDelay(shared_from_this()), executor_);
-    co_return co_await std::move(waiter);
+    try {
+        co_return co_await std::move(waiter);
+    } catch (...) {
+        takeContinuation();  // so that a cancelled call makes no further request
+        throw;
+    }
 }
 
 Task<> ShareableContent::attemptAfterDelay(std::shared_ptr<ShareableContent> self, int attempt) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Zorvane/Internal/Concurrency/TaskHandle.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
 #include "tests/Support/VirtualWorld.hpp"
@@ -92,6 +93,16 @@ TEST_F(ShareableContentTest, AnErrorOfThePlatformEndsTheCallAtOnce) {
     advance(10);
     EXPECT_EQ(requests(), 1);
     EXPECT_EQ(restarts(), 0);
+}
+
+TEST_F(ShareableContentTest, ACancelledCallMakesNoFurtherRequest) {
+    hangAlways();
+    const auto handle = spawn(ShareableContent::getContentWithRetries(SCShareableContentScope::all));
+    advance(1);
+    handle.cancel();
+    EXPECT_THROW(clock->complete(handle.value()), ZVCancelled);
+    advance(10);
+    EXPECT_EQ(requests(), 1);
 }
 
 TEST_F(ShareableContentTest, AFailedRestartOfTheServiceReachesTheCaller) {
