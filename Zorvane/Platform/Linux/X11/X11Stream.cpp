@@ -3,6 +3,7 @@
 #include <csignal>
 #include <utility>
 
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
@@ -93,6 +94,7 @@ void X11Stream::joinThread() {
     if (thread_.get_id() == std::this_thread::get_id()) {
         thread_.detach();
     } else if (thread_.joinable()) {
+        const PoolBlockingScope blocking;  // the thread's last sample may wait for a job of the pool
         thread_.join();
     }
 }
