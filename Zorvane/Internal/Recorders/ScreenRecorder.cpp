@@ -198,12 +198,16 @@ Task<> ScreenRecorder::prepare() {
     stream_->startCapture(resuming(std::move(continuation)));
     try {
         co_await std::move(started);
+    } catch (const ZVCancelled&) {
+        throw;
     } catch (...) {
         logger_.error("Failed to start capture.", [] { return errorMetadata(std::current_exception()); });
         throw;
     }
     try {
         co_await coordinator_->waitForSampleBuffers();
+    } catch (const ZVCancelled&) {
+        throw;
     } catch (...) {
         logger_.error("No samples received from ScreenCaptureKit, timed out.",
                       [] { return errorMetadata(std::current_exception()); });
@@ -228,6 +232,7 @@ Task<> ScreenRecorder::cancel() {
             logger_.warning("Failed to stop ScreenCaptureKit stream.", [&] { return errorMetadata(error); });
         }
     }
+    coordinator_->letGoOfPictures();
 }
 
 Task<std::vector<ZVBundleInfo::FileAsset>> ScreenRecorder::finish() {

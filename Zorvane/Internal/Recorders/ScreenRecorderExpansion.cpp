@@ -53,8 +53,8 @@ Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context)
         throw ZVError::invalidConfiguration(
             "The frontmost window can't be recorded in this version. Turn topWindowInfo off.");
     }
-    ResolvedContentFilter content =
-        co_await createDisplayFilter(item.displayID, filterOptions(item.excludingOptions), context.logger);
+    DisplayFilterOptions options = filterOptions(item.excludingOptions);
+    ResolvedContentFilter content = co_await createDisplayFilter(item.displayID, std::move(options), context.logger);
     co_return makeScreenRecorder(item, std::move(content), std::move(context));
 }
 

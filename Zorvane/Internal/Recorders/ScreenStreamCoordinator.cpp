@@ -180,8 +180,9 @@ void ScreenStreamCoordinator::retimedVideoFrameHandler(RecordingIntervalBoundedR
 bool ScreenStreamCoordinator::closesOutput(CMTime outputTime) const {
     StableRecordingInterval interval = interval_;
     interval.refresh();
-    const double base = outputAssetWriters_->expectsZeroBasedVideoPTS() ? interval.recordFrom() : 0;
-    return outputTime >= CMTime::fromSeconds(interval.recordUntil() - base, outputTime.timescale);
+    const auto rounded = [&](double seconds) { return CMTime::fromSeconds(seconds, outputTime.timescale); };
+    const CMTime base = outputAssetWriters_->expectsZeroBasedVideoPTS() ? rounded(interval.recordFrom()) : kCMTimeZero;
+    return outputTime >= rounded(interval.recordUntil()) - base;
 }
 
 void ScreenStreamCoordinator::openSession(CMTime sessionStart) {
@@ -198,6 +199,11 @@ void ScreenStreamCoordinator::streamDidStopWithError(SCStream&, std::exception_p
 
 void ScreenStreamCoordinator::cancelRepeats() {
     frameRepeater_.cancel();
+}
+
+void ScreenStreamCoordinator::letGoOfPictures() {
+    frameRepeater_.cancel();
+    videoPrepareAdaptor_.clear();
 }
 
 void ScreenStreamCoordinator::finishVideo() {

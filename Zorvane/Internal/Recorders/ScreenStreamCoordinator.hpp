@@ -47,8 +47,12 @@ class ScreenStreamCoordinator final : public SCStreamOutput,
     void stream(SCStream& stream, const CMSampleBuffer& sampleBuffer, SCStreamOutputType type) override;
     void streamDidStopWithError(SCStream& stream, std::exception_ptr error) override;
 
-    /// Stops repeating; the stream's next picture would start it again.
+    /// Stops repeating; the stream's next picture starts it again.
     void cancelRepeats();
+
+    /// After the stream has stopped: cancels the repeats that its last pictures have set off, and gives back the
+    /// picture that is held, with which the whole pool would stay in memory.
+    void letGoOfPictures();
 
     /// Closes the picture track at `recordUntil`. Once, after the stream has stopped. Throws the retimer's errors.
     void finishVideo();

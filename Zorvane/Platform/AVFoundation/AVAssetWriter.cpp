@@ -88,13 +88,16 @@ void AVAssetWriter::startSession(CMTime time) {
 void AVAssetWriter::endSession(CMTime time) {
     const std::lock_guard lock(mutex_);
     requireWriting("end a session");
+    if (status_ == Status::failed) {
+        return;  // its session may never have started
+    }
     if (session_ == Session::none) {
         raise("Can't end a session that hasn't started.");
     }
     if (!time.isNumeric()) {
         raise("A session can't end at a time that is no number.");
     }
-    if (session_ == Session::open && status_ == Status::writing) {
+    if (session_ == Session::open) {
         session_ = Session::ended;
         doEndSession(time);
     }

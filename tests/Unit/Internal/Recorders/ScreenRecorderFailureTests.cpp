@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Zorvane/Internal/Concurrency/TaskHandle.hpp"
 #include "Zorvane/Internal/Recorders/ScreenRecorderExpansion.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "tests/Support/ScreenRecording.hpp"
@@ -122,6 +123,33 @@ TEST_F(ScreenRecorderFailureTest, AnErrorOfTheWriterInterruptsAndReachesTheFinis
     EXPECT_FALSE(signals().empty());
     EXPECT_THAT(signals()[0], HasSubstr("interrupted: "));
     EXPECT_THROW(stop(), NSError);
+}
+
+TEST_F(ScreenRecorderFailureTest, AWriterThatFailsBeforeItsSessionGivesItsOwnErrorAtTheFinish) {
+    writing->setConditions({.breakdown = VirtualBreakdown{0.1, testError()}});
+    makeRecorder();
+    prepare();
+    advance(0.5);
+    start();
+    advance(0.5);
+    try {
+        stop();
+        ADD_FAILURE() << "no error";
+    } catch (const NSError& error) {
+        EXPECT_EQ(error.domain(), "Test");
+    }
+}
+
+TEST_F(ScreenRecorderFailureTest, APreparationThatIsCancelledReportsNoError) {
+    desktop->now().holdPictures(1, 10);
+    makeRecorder();
+    const auto handle = spawn(recorder->prepare());
+    advance(1);
+    handle.cancel();
+    EXPECT_THROW(clock->complete(handle.value()), ZVCancelled);
+    for (const ZVLogger::LogMessage& line : log.messages()) {
+        EXPECT_NE(line.level, ZVLogLevel::error) << line.message;
+    }
 }
 
 TEST_F(ScreenRecorderFailureTest, AnExceptionOfTheWritersSessionEndIsAnErrorOfTheFinish) {
