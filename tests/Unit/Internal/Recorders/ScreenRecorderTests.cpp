@@ -135,6 +135,28 @@ TEST_F(ScreenRecorderTest, ADropInTheWriterLosesThePictureAndCountsIt) {
     EXPECT_EQ(recorder->statistics().framesWritten, 3u) << "the opening picture and those at 0.1 and 0.5";
 }
 
+TEST_F(ScreenRecorderTest, TwoRecordersOfOneDisplayWriteTheSamePictures) {
+    makeRecorder();
+    const auto other = recorder;
+    makeRecorder();
+    clock->complete(other->prepare());
+    prepare();
+    start();
+    const double startedAt = secondsNow();
+    desktop->at(startedAt + 0.25).paint(1, VirtualColor::white());
+    advance(0.5);
+    stop();
+    clock->complete(other->finish());
+    for (const auto& writer : writing->writers()) {
+        const auto samples = writer->movie().tracks.at(0).samples;
+        ASSERT_EQ(samples.size(), 3u);
+        EXPECT_NEAR(samples[0].presentationTimeStamp.seconds(), hostSeconds(startedAt), 1e-6);
+        EXPECT_NEAR(samples[1].presentationTimeStamp.seconds(), hostSeconds(startedAt + 0.25), 1e-6);
+        EXPECT_NEAR(samples[2].presentationTimeStamp.seconds(), hostSeconds(startedAt + 0.5), 1e-6);
+    }
+    EXPECT_EQ(writing->writers().size(), 2u);
+}
+
 TEST_F(ScreenRecorderTest, ConfiguresStreamAndWriterByMode) {
     makeRecorder({.cropRect = CGRect::make(1, 1, 33.5, 21.5), .mode = RecordMode::displayP3});
     prepare();
