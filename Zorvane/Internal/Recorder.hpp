@@ -12,11 +12,11 @@
 
 namespace zorvane {
 
-/// Pictures that a recorder has met so far.
+/// Pictures of the recording interval that a recorder has met so far.
 struct RecorderStatistics {
-    std::uint64_t framesWritten = 0;
-    std::uint64_t framesDropped = 0;
-    std::uint64_t framesRepeated = 0;
+    std::uint64_t framesWritten = 0;   ///< given to the writer, repeats included
+    std::uint64_t framesDropped = 0;   ///< lost because the writer wasn't ready or failed
+    std::uint64_t framesRepeated = 0;  ///< shown again because no other had come, whether written or dropped
 };
 
 /// One source's capture. There is no start: a recorder captures from its preparation on, and keeps what lies inside the

@@ -30,8 +30,9 @@ enum class RecordingIntervalBoundedRetimerItemPosition { first, subsequent };
 /// Holding: the newest `capacity` items are kept; all lie before the start, or the start isn't set. Open: an item goes
 /// straight through. Closed: items are ignored.
 ///
-/// Any thread; calls take turns, and none allocates once storage is warm. An error leaves the retimer usable in the
-/// state it has reached. Both operations end the process when called from the handler of the same retimer.
+/// Any thread; calls take turns, and none but the one that opens the output allocates once storage is warm. An error
+/// leaves the retimer usable in the state it has reached. Both operations end the process when called from the handler
+/// of the same retimer.
 template <class T>
 class RecordingIntervalBoundedRetimer {
   public:

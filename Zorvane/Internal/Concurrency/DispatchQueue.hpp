@@ -11,9 +11,8 @@ namespace zorvane {
 /// Runs blocks of work in order of arrival, serially or with shared access.
 ///
 /// - On a serial queue blocks run one at a time.
-/// - On a concurrent queue plain blocks may run together; a barrier block waits for all blocks before it, runs alone,
-/// and
-///   holds up all blocks behind it.
+/// - On a concurrent queue plain blocks may run together; a barrier block waits for all blocks before it, runs alone
+///   and holds up all blocks behind it.
 ///
 /// A synchronous block runs on the calling thread, which waits for its turn; it returns what the block returns and
 /// throws what it throws. An asynchronous one runs later on the pool, on a thread that bears the queue's label
