@@ -108,8 +108,7 @@ ZVDescribedError::ZVDescribedError(std::string localizedDescription, std::string
 
 ZVError::ZVError(std::string errorGroup, std::string debugDescription, UserMessage userMessage)
     : ZVDescribedError(userMessage ? *userMessage : "Unexpected error.\n" + debugDescription, debugDescription),
-      errorGroup_(std::move(errorGroup)),
-      userMessage_(std::move(userMessage)) {}
+      details_(std::make_shared<const Details>(Details{std::move(errorGroup), std::move(userMessage)})) {}
 
 ZVError ZVError::badOperation(std::string_view message, UserMessage userMessage) {
     return {fmt::format("badOperation: {}", message), std::string(message), std::move(userMessage)};
@@ -140,10 +139,10 @@ std::string ZVError::toJSON() const {
     writer.key("debugDescription");
     writer.string(debugDescription());
     writer.key("errorGroup");
-    writer.string(errorGroup_);
-    if (userMessage_) {
+    writer.string(errorGroup());
+    if (userMessage()) {
         writer.key("userMessage");
-        writer.string(*userMessage_);
+        writer.string(*userMessage());
     }
     writer.endObject();
     return json;
@@ -161,7 +160,7 @@ ZVError ZVError::fromJSON(std::string_view json) {
 
 GroupedErrors::GroupedErrors(std::vector<std::exception_ptr> errors)
     : ZVDescribedError(groupedLocalizedDescription(errors), groupedDebugDescription(errors)),
-      errors_(std::move(errors)) {}
+      errors_(std::make_shared<const std::vector<std::exception_ptr>>(std::move(errors))) {}
 
 AbortError::AbortError(std::exception_ptr initialError, GroupedErrors groupedErrors)
     : ZVDescribedError(abortLocalizedDescription(initialError, groupedErrors),

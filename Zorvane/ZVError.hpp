@@ -20,7 +20,8 @@ std::string localizedDescription(const std::exception_ptr& error);
 /// The text about an error for logs. Beside a `std::exception` of foreign origin it names the exception's type.
 std::string debugDescription(const std::exception_ptr& error);
 
-/// An error that brings both texts with it. Immutable; a copy is cheap and never throws.
+/// An error that brings both texts with it. Immutable; a copy is cheap and never throws, as with all that derive from
+/// it.
 class ZVDescribedError : public std::exception {
   public:
     const std::string& localizedDescription() const { return texts_->localized; }
@@ -60,8 +61,8 @@ class ZVError : public ZVDescribedError {
     ZVError(std::string errorGroup, std::string debugDescription, UserMessage userMessage);
 
     /// The group's name, ": " and the message. To branch on the group, read what stands before the colon.
-    const std::string& errorGroup() const { return errorGroup_; }
-    const UserMessage& userMessage() const { return userMessage_; }
+    const std::string& errorGroup() const { return details_->errorGroup; }
+    const UserMessage& userMessage() const { return details_->userMessage; }
 
     /// A JSON object with the keys "debugDescription", "errorGroup" and, if there is a user message, "userMessage", on
     /// one line.
@@ -70,8 +71,12 @@ class ZVError : public ZVDescribedError {
     static ZVError fromJSON(std::string_view json);
 
   private:
-    std::string errorGroup_;
-    UserMessage userMessage_;
+    struct Details {
+        std::string errorGroup;
+        UserMessage userMessage;
+    };
+
+    std::shared_ptr<const Details> details_;
 };
 
 /// Several errors in one, in the order in which they arose. The user reads the first one and how many others there are.
@@ -80,10 +85,10 @@ class GroupedErrors : public ZVDescribedError {
     /// None of the pointers is null.
     explicit GroupedErrors(std::vector<std::exception_ptr> errors);
 
-    const std::vector<std::exception_ptr>& errors() const { return errors_; }
+    const std::vector<std::exception_ptr>& errors() const { return *errors_; }
 
   private:
-    std::vector<std::exception_ptr> errors_;
+    std::shared_ptr<const std::vector<std::exception_ptr>> errors_;
 };
 
 /// Why a recording ended by itself: the error that started the abort, if any, and those that the clean-up met.

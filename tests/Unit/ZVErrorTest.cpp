@@ -5,8 +5,10 @@
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
+#include <type_traits>
 
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/ZVRecorder.hpp"
 
 namespace zorvane {
 namespace {
@@ -15,6 +17,12 @@ template <typename Error>
 std::exception_ptr pointer(Error error) {
     return std::make_exception_ptr(std::move(error));
 }
+
+template <typename... Errors>
+inline constexpr bool copiesWithoutThrowing = (std::is_nothrow_copy_constructible_v<Errors> && ...);
+
+// Else catching one by value, or copying it into a result, could end the process.
+static_assert(copiesWithoutThrowing<ZVError, GroupedErrors, AbortError, ZVRecorder::PartialResultError, NSError>);
 
 TEST(ZVError, PutsTheGroupInFrontOfTheMessage) {
     const auto error = ZVError::badOperation("Called stop while recorder wasn't prepared yet.");
