@@ -47,12 +47,18 @@ void appendEscaped(std::string& buffer, char character) {
     }
 }
 
-template <typename Number>
-void appendNumber(std::string& buffer, Number value) {
+template <typename Number, typename... Form>
+void appendNumber(std::string& buffer, Number value, Form... form) {
     std::array<char, 32> digits;
-    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value, form...);
     assert(error == std::errc{});
     buffer.append(digits.data(), end);
+}
+
+std::chars_format form(double value) {
+    const double size = std::abs(value);
+    const bool isPlain = size == 0 || (size >= 1e-4 && size < 0x1p53);
+    return isPlain ? std::chars_format::fixed : std::chars_format::scientific;
 }
 
 std::string_view nonFiniteText(double value) {
@@ -108,7 +114,7 @@ void JSONWriter::integer(std::int64_t value) {
 void JSONWriter::number(double value) {
     if (std::isfinite(value)) {
         beginValue();
-        appendNumber(buffer_, value);
+        appendNumber(buffer_, value, form(value));
         return;
     }
     if (nonFinite_ == NonFinite::refused) {

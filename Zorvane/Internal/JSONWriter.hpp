@@ -12,9 +12,9 @@ namespace zorvane {
 /// Appends one JSON value to a buffer of the caller's.
 ///
 /// The caller names the keys of an object in ascending order (asserted in debug builds), each followed by exactly one
-/// value. Slashes are escaped; numbers have the shortest form that reads back as the same double; bytes that aren't
-/// UTF-8 become U+FFFD, so text from the outside never fails. A writer allocates nothing but what the buffer's growth
-/// takes, so a reused buffer makes writing free of allocation.
+/// value. Slashes are escaped; numbers have the fewest digits that read back as the same double, without an
+/// exponent from 0.0001 to 2^53; bytes that aren't UTF-8 become U+FFFD, so text from the outside never fails. A writer
+/// allocates nothing but what the buffer's growth takes, so a reused buffer makes writing free of allocation.
 class JSONWriter {
   public:
     enum class Form {

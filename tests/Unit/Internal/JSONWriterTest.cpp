@@ -83,10 +83,15 @@ TEST(JSONWriter, WritesValidJSONForAnyBytes) {
     }
 }
 
-TEST(JSONWriter, WritesTheShortestNumberThatReadsBack) {
+TEST(JSONWriter, WritesTheFewestDigitsThatReadBack) {
     EXPECT_EQ(number(0.1), "0.1");
     EXPECT_EQ(number(-0.0), "-0");
     EXPECT_EQ(number(1.0 / 3), "0.3333333333333333");
+    EXPECT_EQ(number(0.0001), "0.0001");
+    EXPECT_EQ(number(-0.00001), "-1e-05");
+    EXPECT_EQ(number(100'000), "100000");
+    EXPECT_EQ(number(9'007'199'254'740'991), "9007199254740991") << "the last odd number";
+    EXPECT_EQ(number(1e16), "1e+16");
     EXPECT_EQ(number(5e-324), "5e-324");
     EXPECT_EQ(number(std::numeric_limits<double>::max()), "1.7976931348623157e+308");
     EXPECT_EQ(written(Form::compact, [](JSONWriter& w) { w.integer(std::numeric_limits<std::int64_t>::min()); }),
