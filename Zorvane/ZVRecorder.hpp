@@ -35,7 +35,7 @@ namespace zorvane {
 ///
 ///     initial ── prepare ──> prepared ── start ──> recording ── stop or abort ──> ended
 ///        │                      └── stop or abort: the bundle directory is emptied ──^
-///        └── preparation fails: final, the same error again from then on
+///        └── preparation fails, or stop: final, the same error again from then on
 ///
 /// A recording also ends by itself when a source is lost or the user ends the capture in the desktop: its files are
 /// closed cleanly, and the abort handler hears of it.
@@ -91,6 +91,7 @@ class ZVRecorder {
                         std::optional<std::filesystem::path> outputDirectory = std::nullopt,
                         std::optional<Settings> settings = std::nullopt, OnAbort onAbort = nullptr);
     ~ZVRecorder();
+    /// A recorder that was moved from can only be destroyed or assigned to.
     ZVRecorder(ZVRecorder&&) noexcept;
     ZVRecorder& operator=(ZVRecorder&&) noexcept;
 
@@ -115,7 +116,8 @@ class ZVRecorder {
 
     /// Fixes the end of all files to the moment at which it runs and closes them. Throws nothing but
     /// `PartialResultError`, which holds what could be saved. Called again, it gives the same outcome again. A recorder
-    /// that was prepared but not started is left with an empty directory and an empty result.
+    /// that was prepared but not started is left with an empty directory and an empty result; one that was not even
+    /// prepared throws, and is of no more use.
     ZVTask<Result> stop();
 
     /// How the recording is going. Any thread, at any time; takes microseconds.
