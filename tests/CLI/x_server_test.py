@@ -7,7 +7,7 @@ import signal
 import subprocess
 import unittest
 
-from zorvane_cli import BARE, PROGRAM, CommandLineTest, pending, wait_for_log
+from zorvane_cli import BARE, PROGRAM, TIME_LIMIT, CommandLineTest, pending, wait_for_log
 
 
 class XServer(CommandLineTest):
@@ -22,16 +22,40 @@ class XServer(CommandLineTest):
         with open(reading) as number:
             self.environment = {**BARE, "DISPLAY": f":{number.readline().strip()}"}
 
-    def test_its_death_is_told_and_what_was_recorded_plays(self):
+    def recording(self):
         process = subprocess.Popen([PROGRAM, "record", "--json", "-o", "talk", "--log-level", "info"],
                                    **self.options(env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE))
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
         wait_for_log(process, "Started recording.")
+        return process
+
+    def test_its_death_is_told_and_what_was_recorded_plays(self):
+        process = self.recording()
         self.server.kill()
         output, _ = process.communicate()
         self.assertEqual(process.returncode, 3)
         report = json.loads(output)
         self.assertEqual(report["status"], "aborted")
         self.assertIn("X server", report["errors"][0]["message"])
+        file, = self.info_json("talk")["files"]
+        self.assertAlmostEqual(file["duration"], report["recordUntil"] - report["recordFrom"], delta=0.001)
+
+    def test_a_server_that_hangs_is_told_and_leaves_nothing_behind(self):
+        self.server.send_signal(signal.SIGSTOP)
+        result = self.run_program("record", "-o", "talk", env=self.environment)
+        self.assertEqual(result.returncode, 4)
+        self.assertIn("doesn't answer", result.stderr)
+        self.assertEqual(os.listdir(self.place), [])
+
+    def test_a_recording_stops_while_the_server_hangs(self):
+        process = self.recording()
+        self.server.send_signal(signal.SIGSTOP)
+        process.send_signal(signal.SIGTERM)
+        output, _ = process.communicate(timeout=TIME_LIMIT)
+        self.assertEqual(process.returncode, 0)
+        report = json.loads(output)
+        self.assertEqual(report["status"], "complete")
         file, = self.info_json("talk")["files"]
         self.assertAlmostEqual(file["duration"], report["recordUntil"] - report["recordFrom"], delta=0.001)
 

@@ -4,7 +4,6 @@
 
 #include "Zorvane/Platform/CoreGraphics/CGError.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
-#include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 #include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 
@@ -13,7 +12,7 @@ namespace zorvane {
 std::vector<CGDirectDisplayID> X11Displays::activeDisplayList() {
     try {
         std::vector<CGDirectDisplayID> displayIDs;
-        for (const XDisplay& display : readDisplays(*session_->connection())) {
+        for (const XDisplay& display : readDisplays(*session_->query())) {
             displayIDs.push_back(display.displayID);
         }
         return displayIDs;
@@ -24,7 +23,7 @@ std::vector<CGDirectDisplayID> X11Displays::activeDisplayList() {
 
 std::optional<CGDisplayProperties> X11Displays::properties(CGDirectDisplayID displayID) {
     try {
-        const auto displays = readDisplays(*session_->connection());
+        const auto displays = readDisplays(*session_->query());
         const auto display = std::find_if(displays.begin(), displays.end(),
                                           [&](const XDisplay& each) { return each.displayID == displayID; });
         return display == displays.end() ? std::nullopt : std::optional(display->properties);
@@ -45,7 +44,7 @@ std::optional<CGDisplayMode> X11Displays::displayMode(CGDirectDisplayID displayI
 
 bool X11Displays::preflightScreenCaptureAccess() {
     try {
-        return session_->connection()->isAlive();
+        return session_->query()->isAlive();
     } catch (const NSError&) {
         return false;
     }

@@ -6,7 +6,6 @@
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Stream.hpp"
-#include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 #include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 #include "Zorvane/Platform/Linux/X11/XWindowList.hpp"
@@ -30,12 +29,12 @@ std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows) {
 
 SCShareableContent readContent(XSession& session, SCShareableContentScope scope) {
     const PoolBlockingScope blocking;
-    const auto connection = session.connection();
+    const XQuery query = session.query();
     SCShareableContent content;
-    for (const XDisplay& display : readDisplays(*connection)) {
+    for (const XDisplay& display : readDisplays(*query)) {
         content.displays.push_back({.displayID = display.displayID, .frame = display.properties.bounds});
     }
-    content.windows = readWindows(*connection, scope);
+    content.windows = readWindows(*query, scope);
     content.applications = owners(content.windows);
     return content;
 }

@@ -1,11 +1,12 @@
 #include "Zorvane/Platform/Linux/X11/X11Stream.hpp"
 
-#include <csignal>
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
+#include "Zorvane/Platform/Linux/X11/XAnswerLimit.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 
 namespace zorvane {
@@ -22,14 +23,6 @@ CMSampleTimingInfo timingAt(std::chrono::nanoseconds time) {
 
 CMSampleAttachments attachmentsFor(SCFrameStatus status) {
     return {.frameStatus = static_cast<std::int32_t>(status)};
-}
-
-/// XCB writes to its socket in the plain way; a server that ends just then must not end the process.
-void blockBrokenPipeSignal() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 }  // namespace
@@ -123,7 +116,9 @@ void X11Stream::capture(Completion started) {
 void X11Stream::runLoop(Completion& started) {
     const auto connection = XConnection::open();
     publish(connection);
+    std::optional<XAnswerLimit> limit(connection);
     ScreenCaptureLoop loop(*connection, filter_, configuration_);
+    limit.reset();
     std::exchange(started, nullptr)(nullptr);
     loop.run(*this);
 }

@@ -6,9 +6,12 @@
 #include <xcb/xcb.h>
 
 #include <cstdlib>
+#include <thread>
 #include <utility>
 
+#include "Zorvane/Internal/Concurrency/ThreadName.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
 
 namespace zorvane {
 namespace {
@@ -32,6 +35,10 @@ NSError connectionError(const std::string& name) {
                          name)}};
 }
 
+NSError noAnswerError(const std::string& name) {
+    return {X11ErrorDomain, 0, {fmt::format("The X server \"{}\" doesn't answer. Does it hang?", name)}};
+}
+
 xcb_screen_t* screenAt(xcb_connection_t* connection, int number) {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     for (; screens.rem > 0 && number > 0; --number) {
@@ -42,8 +49,22 @@ xcb_screen_t* screenAt(xcb_connection_t* connection, int number) {
 
 }  // namespace
 
-std::shared_ptr<XConnection> XConnection::open() {
-    return std::shared_ptr<XConnection>(new XConnection(displayName()));
+XConnection::Opening XConnection::beginOpening() {
+    std::packaged_task<std::shared_ptr<XConnection>()> open([name = displayName()] {
+        setCurrentThreadName("zv.connect");
+        blockBrokenPipeSignal();
+        return std::shared_ptr<XConnection>(new XConnection(name));
+    });
+    Opening opening = open.get_future().share();
+    std::thread(std::move(open)).detach();
+    return opening;
+}
+
+std::shared_ptr<XConnection> XConnection::await(const Opening& opening) {
+    if (opening.wait_for(longestXAnswer) != std::future_status::ready) {
+        throw noAnswerError(displayName());
+    }
+    return opening.get();
 }
 
 XConnection::XConnection(std::string name) : name_(std::move(name)) {
@@ -74,6 +95,9 @@ bool XConnection::isAlive() const {
 }
 
 void XConnection::requireAlive() const {
+    if (isGivenUp_) {
+        throw noAnswerError(name_);
+    }
     if (!isAlive()) {
         throw NSError(X11ErrorDomain, 0, {fmt::format("The X server \"{}\" went away.", name_)});
     }
@@ -88,6 +112,11 @@ bool XConnection::isLocal() const {
 
 void XConnection::hangUp() {
     shutdown(xcb_get_file_descriptor(connection_), SHUT_RDWR);
+}
+
+void XConnection::giveUp() {
+    isGivenUp_ = true;
+    hangUp();
 }
 
 }  // namespace zorvane

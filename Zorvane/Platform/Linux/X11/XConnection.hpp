@@ -1,7 +1,10 @@
 // One connection to an X server.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,12 +20,22 @@ namespace zorvane {
 /// fault.
 inline constexpr std::string_view X11ErrorDomain = "X11ErrorDomain";
 
+/// What a server is given to answer before it counts as hanging, where nobody else can end the wait.
+inline constexpr std::chrono::milliseconds longestXAnswer{3500};
+
 /// A connection, open or hung up. Requests on it may be made from any thread.
 class XConnection {
   public:
-    /// Connects to the server that the environment's DISPLAY names. Blocks until the server has answered. Throws
-    /// `NSError`, with a text that tells the user what to do.
-    static std::shared_ptr<XConnection> open();
+    /// A connection that is being made.
+    using Opening = std::shared_future<std::shared_ptr<XConnection>>;
+
+    /// Connects to the server that the environment's DISPLAY names, on a thread of its own, since nothing calls XCB
+    /// back from a server that doesn't answer. It gets a connection or an `NSError`.
+    static Opening beginOpening();
+    /// Blocks for `longestXAnswer` at most. Throws `NSError`, with a text that tells the user what to do.
+    static std::shared_ptr<XConnection> await(const Opening& opening);
+    /// Both of them.
+    static std::shared_ptr<XConnection> open() { return await(beginOpening()); }
 
     XConnection(const XConnection&) = delete;
     XConnection& operator=(const XConnection&) = delete;
@@ -46,6 +59,8 @@ class XConnection {
     /// Cuts the connection, from any thread: whoever waits for the server comes back at once with nothing, also when
     /// the server hangs. The object stays valid.
     void hangUp();
+    /// The same, for the reason that the server doesn't answer.
+    void giveUp();
 
   private:
     explicit XConnection(std::string name);
@@ -54,6 +69,7 @@ class XConnection {
     xcb_connection_t* connection_;
     xcb_screen_t* screen_ = nullptr;
     XExtensions extensions_;
+    std::atomic<bool> isGivenUp_ = false;
 };
 
 }  // namespace zorvane

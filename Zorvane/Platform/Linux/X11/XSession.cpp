@@ -1,29 +1,48 @@
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 
-#include "Zorvane/Platform/Linux/X11/XConnection.hpp"
+#include "Zorvane/Platform/Foundation/NSError.hpp"
 
 namespace zorvane {
+namespace {
 
-std::shared_ptr<XConnection> XSession::connection() {
-    const std::lock_guard opening(opening_);
-    {
-        const std::lock_guard lock(mutex_);
-        if (connection_ && connection_->isAlive()) {
-            return connection_;
+/// The connection if one has been made, else null.
+std::shared_ptr<XConnection> made(const XConnection::Opening& opening) {
+    try {
+        const bool isDone =
+            opening.valid() && opening.wait_for(std::chrono::seconds::zero()) == std::future_status::ready;
+        return isDone ? opening.get() : nullptr;
+    } catch (const NSError&) {
+        return nullptr;
+    }
+}
+
+bool isUnderWay(const XConnection::Opening& opening) {
+    return opening.valid() && opening.wait_for(std::chrono::seconds::zero()) != std::future_status::ready;
+}
+
+}  // namespace
+
+XQuery XSession::query() {
+    return XQuery(XConnection::await(opening()));
+}
+
+XConnection::Opening XSession::opening() {
+    const std::lock_guard lock(mutex_);
+    if (!isUnderWay(opening_)) {
+        const auto connection = made(opening_);
+        if (!connection || !connection->isAlive()) {
+            opening_ = XConnection::beginOpening();
         }
     }
-    auto opened = XConnection::open();
-    const std::lock_guard lock(mutex_);
-    connection_ = opened;
-    return opened;
+    return opening_;
 }
 
 void XSession::reset() {
     const std::lock_guard lock(mutex_);
-    if (connection_) {
-        connection_->hangUp();
-        connection_.reset();
+    if (const auto connection = made(opening_)) {
+        connection->hangUp();
     }
+    opening_ = {};
 }
 
 }  // namespace zorvane

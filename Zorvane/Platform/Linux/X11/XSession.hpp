@@ -4,23 +4,40 @@
 #include <memory>
 #include <mutex>
 
+#include "Zorvane/Platform/Linux/X11/XAnswerLimit.hpp"
+#include "Zorvane/Platform/Linux/X11/XConnection.hpp"
+
 namespace zorvane {
 
-class XConnection;
+/// A connection for one query, which the server must answer within `longestXAnswer`. To be kept while the query runs.
+class XQuery {
+  public:
+    explicit XQuery(std::shared_ptr<XConnection> connection)
+        : connection_(std::move(connection)), limit_(connection_) {}
+
+    const XConnection& operator*() const { return *connection_; }
+    const XConnection* operator->() const { return connection_.get(); }
+
+  private:
+    const std::shared_ptr<XConnection> connection_;
+    const XAnswerLimit limit_;
+};
 
 /// Opens a connection when one is first asked for, and again when it was lost. Any thread.
 class XSession {
   public:
-    /// A living connection. Blocks while it is being made. Throws `NSError`.
-    std::shared_ptr<XConnection> connection();
+    /// A query on a living connection. Blocks while that is being made, for `longestXAnswer` at most; a connection that
+    /// takes longer is waited for again by the next query. Throws `NSError`.
+    XQuery query();
 
     /// Cuts the connection: queries that wait on it come back with an error, the next one makes a new connection.
     void reset();
 
   private:
-    std::mutex opening_;  // held while a connection is being made, so that only one is
-    std::mutex mutex_;    // guards connection_; never held for long
-    std::shared_ptr<XConnection> connection_;
+    XConnection::Opening opening();
+
+    std::mutex mutex_;              // never held for long
+    XConnection::Opening opening_;  // guarded by mutex_; under way or done, or none
 };
 
 }  // namespace zorvane
