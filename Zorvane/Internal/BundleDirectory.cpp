@@ -16,8 +16,13 @@ namespace fs = std::filesystem;
 fs::path absoluteDirectory(const fs::path& path) {
     std::error_code error;
     fs::path absolute = fs::absolute(path, error);
-    fs::path normal = (error ? path : absolute).lexically_normal();
-    return normal.has_filename() ? normal : normal.parent_path();
+    if (error) {
+        return path;
+    }
+    fs::path named = absolute.has_filename() ? absolute : absolute.parent_path();
+    // Resolved on the disk and not in the text, where "link/.." is not what lies above the link's target.
+    fs::path parent = fs::weakly_canonical(named.parent_path(), error);
+    return error ? named : (parent / named.filename()).lexically_normal();
 }
 
 fs::path temporaryDirectory() {

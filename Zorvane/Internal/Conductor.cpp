@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/TaskGroup.hpp"
-#include "Zorvane/Internal/ConductorLog.hpp"
+#include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Internal/SchemaItemExpansion.hpp"
 #include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 

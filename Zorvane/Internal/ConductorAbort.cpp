@@ -3,7 +3,7 @@
 
 #include "Zorvane/Internal/Concurrency/TaskHandle.hpp"
 #include "Zorvane/Internal/Conductor.hpp"
-#include "Zorvane/Internal/ConductorLog.hpp"
+#include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Internal/ShortID.hpp"
 
 namespace zorvane {

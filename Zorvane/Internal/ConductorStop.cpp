@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "Zorvane/Internal/Conductor.hpp"
-#include "Zorvane/Internal/ConductorLog.hpp"
+#include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Internal/RecorderFinishing.hpp"
 #include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 

@@ -26,7 +26,7 @@ std::chrono::milliseconds wholeMilliseconds(double milliseconds) {
 }
 
 std::string description(const std::optional<CMTime>& time) {
-    return time ? time->logDescription() : "none";
+    return time ? time->logDescription() : "nil";
 }
 
 CMTime oneTickAfter(CMTime time) {

@@ -47,13 +47,13 @@ void requireWritableParent(const fs::path& location) {
 }  // namespace
 
 fs::path bundleLocation(const std::optional<fs::path>& output) {
-    // A recorder touches nothing before it prepares, so this one serves to name a bundle.
-    fs::path location = output ? fs::absolute(*output) : fs::current_path() / ZVRecorder({}).bundleURL().filename();
-    location = location.lexically_normal();
-    if (!location.has_filename()) {
-        location = location.parent_path();
+    if (output && output->empty()) {
+        throw userError("The directory after -o has no name. Give one, such as -o talk.zorvane.");
     }
     std::error_code error;
+    // A recorder touches nothing before it prepares, so these serve to name a bundle.
+    const fs::path named = output ? *output : fs::current_path(error) / ZVRecorder({}).bundleURL().filename();
+    const fs::path location = ZVRecorder({}, named).bundleURL();
     if (fs::exists(fs::symlink_status(location, error))) {
         throw userError(fmt::format("\"{}\" exists already. Choose another directory with -o, or remove this one.",
                                     location.string()));

@@ -7,6 +7,7 @@
 #include "Zorvane/Internal/AVAssetWriterSafeCalls.hpp"
 #include "Zorvane/Internal/Concurrency/Continuation.hpp"
 #include "Zorvane/Internal/FileURL.hpp"
+#include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Internal/Recorders/OutputSettings.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Platform.hpp"
@@ -90,10 +91,6 @@ bool isStreamError(const std::exception_ptr& error, SCStreamErrorCode code) {
     }
 }
 
-LogMetadata errorMetadata(const std::exception_ptr& error) {
-    return {{"error", debugDescription(error)}};
-}
-
 /// Sorts a stop that the user asked for from an interruption.
 ScreenStreamCoordinator::StopErrorHandler makeStopHandler(const Logger& logger, const AbortHandler& onAbort) {
     return [logger, onAbort](std::exception_ptr error) {
@@ -105,7 +102,7 @@ ScreenStreamCoordinator::StopErrorHandler makeStopHandler(const Logger& logger, 
             logger.debug("ScreenCaptureKit stopped by user.");
             onAbort(AbortSignal::userStopped());
         } else {
-            logger.debug("ScreenCaptureKit interrupted.", [&] { return errorMetadata(error); });
+            logger.debug("ScreenCaptureKit interrupted.", errorMetadata(error));
             onAbort(AbortSignal::interrupted(error));
         }
     };
@@ -157,7 +154,7 @@ void ScreenRecorder::setUpWriting(const ScreenRecorderParameters& parameters, in
 void ScreenRecorder::observeErrors(const AbortHandler& onAbort) {
     const auto observe = [&](AVAssetWriter& writer, const char* message) {
         auto report = [logger = logger_, onAbort, message](const std::exception_ptr& error) {
-            logger.error(message, [&] { return errorMetadata(error); });
+            logger.error(message, errorMetadata(error));
             onAbort(AbortSignal::interrupted(error));
         };
         errorObservations_.push_back(writer.observeError(std::move(report)));
@@ -187,7 +184,7 @@ void ScreenRecorder::addStreamOutputs(const SCStreamConfiguration& configuration
             stream_->addStreamOutput(coordinator_, SCStreamOutputType::audio, audioSampleBufferQueue_);
         }
     } catch (...) {
-        logger_.error("Failed to add stream outputs.", [] { return errorMetadata(std::current_exception()); });
+        logger_.error("Failed to add stream outputs.", errorMetadata(std::current_exception()));
         throw;
     }
 }
@@ -201,7 +198,7 @@ Task<> ScreenRecorder::prepare() {
     } catch (const ZVCancelled&) {
         throw;
     } catch (...) {
-        logger_.error("Failed to start capture.", [] { return errorMetadata(std::current_exception()); });
+        logger_.error("Failed to start capture.", errorMetadata(std::current_exception()));
         throw;
     }
     try {
@@ -209,8 +206,7 @@ Task<> ScreenRecorder::prepare() {
     } catch (const ZVCancelled&) {
         throw;
     } catch (...) {
-        logger_.error("No samples received from ScreenCaptureKit, timed out.",
-                      [] { return errorMetadata(std::current_exception()); });
+        logger_.error("No samples received from ScreenCaptureKit, timed out.", errorMetadata(std::current_exception()));
         throw;
     }
     logger_.info("Prepared.");
@@ -229,7 +225,7 @@ Task<> ScreenRecorder::cancel() {
                 return LogMetadata{{"error", "SCStreamError.attemptToStopStreamState"}};
             });
         } else {
-            logger_.warning("Failed to stop ScreenCaptureKit stream.", [&] { return errorMetadata(error); });
+            logger_.warning("Failed to stop ScreenCaptureKit stream.", errorMetadata(error));
         }
     }
     coordinator_->letGoOfPictures();

@@ -106,10 +106,10 @@ TEST_F(FrameRepeaterTest, SaysAtTraceLevelWhatItDoes) {
 
     const CMTime moved = CMTime::make(10'000'000'001, testing::nanosecondTimescale);
     EXPECT_TRUE(
-        log.has(ZVLogLevel::trace, fmt::format("Calling handler with {}, addedTime: none", at(10).logDescription())));
+        log.has(ZVLogLevel::trace, fmt::format("Calling handler with {}, addedTime: nil", at(10).logDescription())));
     EXPECT_TRUE(log.has(ZVLogLevel::trace,
                         fmt::format("Got frame with time before or at lastTime. Calling handler with oldTime:{}, "
-                                    "newTime:{}, addedTime:none",
+                                    "newTime:{}, addedTime:nil",
                                     at(9.5).logDescription(), moved.logDescription())));
     EXPECT_TRUE(log.has(ZVLogLevel::trace, fmt::format("Calling handler with {}, addedTime: {}",
                                                        at(10.5).logDescription(), at(1).logDescription())));

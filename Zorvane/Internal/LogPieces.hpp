@@ -1,4 +1,4 @@
-// Pieces of log metadata that the conductor's operations share. Each gives what makes the metadata once a line is read.
+// Pieces of log metadata that several objects share. Each gives what makes the metadata once a line is read.
 #pragma once
 
 #include <fmt/format.h>
@@ -16,6 +16,7 @@ inline std::string secondsText(double seconds) {
     return fmt::format("{}", seconds);
 }
 
+/// `{"error": debug description}`.
 inline auto errorMetadata(std::exception_ptr error) {
     return [error = std::move(error)] { return LogMetadata{{"error", debugDescription(error)}}; };
 }
