@@ -60,8 +60,9 @@ class Progress {
         } else if (!outcome.errors.empty()) {
             output_.print("zorvane: What could be saved is in " + printable(outcome.result.bundleURL.string()));
         }
-        for (const auto& name : unlistedMedia(outcome.result.bundleURL, outcome.result.bundleInfo)) {
-            output_.print(fmt::format("zorvane: {} could not be closed; it plays up to where it was cut off.", name));
+        for (const auto& name : unclosedMedia(outcome)) {
+            output_.print(fmt::format("zorvane: {} could not be closed; it plays up to where it was cut off.",
+                                      printable((outcome.result.bundleURL / name).string())));
         }
         if (!options_.logLevel && std::ranges::any_of(outcome.errors, &isUnexplained)) {
             output_.print("zorvane: " + whereTheLogIs());

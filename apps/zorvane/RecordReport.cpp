@@ -32,10 +32,17 @@ JSON errorJSON(const std::exception_ptr& thrown) {
     const ZVError error = ZVError::_uncaught(thrown);
     return {{"errorGroup", error.errorGroup()},
             {"message", error.debugDescription()},
-            {"userMessage", error.userMessage() ? JSON(*error.userMessage()) : JSON(nullptr)}};
+            {"userMessage", localizedDescription(thrown)}};
 }
 
 }  // namespace
+
+std::vector<std::string> unclosedMedia(const RecordOutcome& outcome) {
+    if (outcome.status == RecordOutcome::Status::failed) {
+        return {};  // what is there, if anything, isn't ours
+    }
+    return unlistedMedia(outcome.result.bundleURL, outcome.result.bundleInfo);
+}
 
 std::string recordJSON(const RecordOutcome& outcome) {
     JSON files = JSON::array();
@@ -51,6 +58,7 @@ std::string recordJSON(const RecordOutcome& outcome) {
                     {"recordFrom", finite(outcome.statistics.recordFrom)},
                     {"recordUntil", finite(outcome.statistics.recordUntil)},
                     {"files", std::move(files)},
+                    {"unlisted", unclosedMedia(outcome)},
                     {"errors", std::move(errors)},
                     {"dropped", outcome.statistics.framesDropped},
                     {"repeated", outcome.statistics.framesRepeated}};

@@ -3,10 +3,14 @@
 
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "RecordOutcome.hpp"
 
 namespace zorvane::cli {
+
+/// Names of the movies that could not be closed, and so are in the bundle but not in its manifest.
+std::vector<std::string> unclosedMedia(const RecordOutcome& outcome);
 
 /// One JSON object and a line feed.
 std::string recordJSON(const RecordOutcome& outcome);

@@ -17,7 +17,7 @@ class Arguments(CommandLineTest):
             (["record", "--loud"], "--loud"),
             (["record", "--seconds"], "--seconds"),
             *((["record", "--seconds", text], f'"{text}" is no length of a recording')
-              for text in ["0", "-1", "-1e3", "ten", "5s", "", "nan", "inf", "1e300", "1e-400", "0x10"]),
+              for text in ["0", "-1", "-1e3", "ten", "5s", "", "nan", "inf", "1e300", "1e400", "1e-400", "0x10"]),
             *((["record", "--display", text], f'"{text}" names no display')
               for text in ["first", "-1", "1.5", "", "4294967296"]),
             (["record", "--color-space", "srgb"], "sRGB,displayP3"),

@@ -7,9 +7,10 @@ import re
 import resource
 import signal
 import stat
+import time
 import unittest
 
-from zorvane_cli import CommandLineTest, Terminal, pending, wait_for_log
+from zorvane_cli import TIME_LIMIT, CommandLineTest, Terminal, pending, wait_for_log
 
 STARTED = "Started recording."
 
@@ -17,11 +18,11 @@ STARTED = "Started recording."
 class Record(CommandLineTest):
     def test_the_json_object_tells_the_whole_recording(self):
         report = self.record_json("--seconds", "1.5", "-o", "talk")
-        self.assertEqual(list(report), ["bundle", "status", "recordFrom", "recordUntil", "files", "errors", "dropped",
-                                        "repeated"])
+        self.assertEqual(list(report), ["bundle", "status", "recordFrom", "recordUntil", "files", "unlisted",
+                                        "errors", "dropped", "repeated"])
         self.assertEqual(report["bundle"], str(self.place / "talk"))
         self.assertEqual(report["status"], "complete")
-        self.assertEqual(report["errors"], [])
+        self.assertEqual((report["unlisted"], report["errors"]), ([], []))
         self.assertEqual(report["files"], json.loads((self.place / "talk/zorvane.json").read_text())["files"])
         length = report["recordUntil"] - report["recordFrom"]
         self.assertGreaterEqual(length, 1.5)
@@ -68,7 +69,8 @@ class Record(CommandLineTest):
         self.assertEqual(result.returncode, 3, result.stderr)
         report = json.loads(result.stdout)
         self.assertEqual(report["status"], "aborted")
-        self.assertIn("display-1.mov", report["errors"][0]["message"])
+        for text in ["message", "userMessage"]:
+            self.assertIn("display-1.mov", report["errors"][0][text])
         self.assertEqual(self.info_json("talk")["unlisted"], ["display-1.mov"])
         manifest = {"version": 1, "files": [{"type": "screen", "filename": "display-1.mov"}]}
         (self.place / "talk/zorvane.json").write_text(json.dumps(manifest))
@@ -115,6 +117,26 @@ class Signals(CommandLineTest):
         self.assertEqual(report["recordFrom"], None)
         self.assertEqual(len(report["errors"]), 1)
         self.assertEqual(os.listdir(self.place), [])
+
+    def test_a_signal_at_any_moment_gives_a_clean_recording_or_none(self):
+        for delay in range(0, 300, 15):  # milliseconds
+            with self.subTest(delay=delay):
+                place = self.place / str(delay)
+                place.mkdir()
+                # Blocked, the signal can't come before the program has begun.
+                process = self.start("--json", "-o", "talk", cwd=place, preexec_fn=lambda: signal.pthread_sigmask(
+                    signal.SIG_BLOCK, [signal.SIGTERM]))
+                time.sleep(delay / 1000)
+                process.send_signal(signal.SIGTERM)
+                output, errors = process.communicate(timeout=TIME_LIMIT)
+                report = json.loads(output)
+                if process.returncode == 4:
+                    self.assertEqual((report["status"], os.listdir(place)), ("failed", []), errors)
+                else:
+                    self.assertEqual((process.returncode, report["status"]), (0, "complete"), errors)
+                    file, = self.info_json(place / "talk")["files"]
+                    length = report["recordUntil"] - report["recordFrom"]
+                    self.assertAlmostEqual(file["duration"], length, delta=0.001)
 
     def test_a_background_job_of_a_script_hears_sigint(self):
         process = self.start("-o", "talk", "--log-level", "info",
