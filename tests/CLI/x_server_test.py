@@ -5,6 +5,7 @@ import json
 import os
 import signal
 import subprocess
+import time
 import unittest
 
 from zorvane_cli import BARE, PROGRAM, TIME_LIMIT, CommandLineTest, pending, wait_for_log
@@ -13,6 +14,9 @@ from zorvane_cli import BARE, PROGRAM, TIME_LIMIT, CommandLineTest, pending, wai
 class XServer(CommandLineTest):
     def setUp(self):
         super().setUp()
+        self.start_server()
+
+    def start_server(self):
         reading, writing = os.pipe()
         self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "640x480x24"],
                                        pass_fds=[writing], stderr=subprocess.DEVNULL)
@@ -22,11 +26,15 @@ class XServer(CommandLineTest):
         with open(reading) as number:
             self.environment = {**BARE, "DISPLAY": f":{number.readline().strip()}"}
 
-    def recording(self):
-        process = subprocess.Popen([PROGRAM, "record", "--json", "-o", "talk", "--log-level", "info"],
+    def start_recording(self, name):
+        process = subprocess.Popen([PROGRAM, "record", "--json", "-o", name, "--log-level", "info"],
                                    **self.options(env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE))
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.stderr.close)
+        return process
+
+    def recording(self):
+        process = self.start_recording("talk")
         wait_for_log(process, "Started recording.")
         return process
 
@@ -40,6 +48,23 @@ class XServer(CommandLineTest):
         self.assertIn("X server", report["errors"][0]["message"])
         file, = self.info_json("talk")["files"]
         self.assertAlmostEqual(file["duration"], report["recordUntil"] - report["recordFrom"], delta=0.001)
+
+    def test_its_death_at_any_moment_leaves_a_movie_or_nothing(self):
+        for delay in range(0, 200, 20):  # milliseconds
+            with self.subTest(delay=delay):
+                name = f"talk {delay}"
+                process = self.start_recording(name)
+                time.sleep(delay / 1000)
+                self.server.kill()
+                output, errors = process.communicate(timeout=TIME_LIMIT)
+                report = json.loads(output)
+                if process.returncode == 4:
+                    self.assertEqual((report["status"], name in os.listdir(self.place)), ("failed", False), errors)
+                else:
+                    self.assertEqual((process.returncode, report["status"]), (3, "aborted"), errors)
+                    self.assertIsNone(self.info_json(name)["files"][0]["error"])
+                self.assertTrue(report["errors"][0]["userMessage"])
+                self.start_server()
 
     def test_a_server_that_hangs_is_told_and_leaves_nothing_behind(self):
         self.server.send_signal(signal.SIGSTOP)
