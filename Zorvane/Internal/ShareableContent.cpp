@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <utility>
+#include <vector>
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/Concurrency/Sleep.hpp"
@@ -31,6 +32,24 @@ struct ContentAccess {
 std::shared_ptr<ContentAccess> contentAccess() {
     return Platform::current()->world().shared<ContentAccess>([] { return std::make_shared<ContentAccess>(); });
 }
+
+/// What a retrieval has lined up. What still sleeps when the retrieval ends is woken, and ends too.
+class TimedTasks {
+  public:
+    TimedTasks() = default;
+    TimedTasks(const TimedTasks&) = delete;
+    TimedTasks& operator=(const TimedTasks&) = delete;
+    ~TimedTasks() {
+        for (const TaskHandle<>& task : tasks_) {
+            task.cancel();
+        }
+    }
+
+    void add(TaskHandle<> task) { tasks_.push_back(std::move(task)); }
+
+  private:
+    std::vector<TaskHandle<>> tasks_;
+};
 
 /// The content, or nothing after a time-out. Any other error is thrown.
 Task<std::optional<SCShareableContent>> contentUnlessTimeout(SCShareableContentScope scope) {
@@ -90,10 +109,11 @@ ShareableContent::ShareableContent(SCShareableContentScope scope)
 Task<SCShareableContent> ShareableContent::getContent() {
     auto [continuation, waiter] = makeContinuation<SCShareableContent>();
     continuation_ = std::move(continuation);
+    TimedTasks timed;
     for (std::size_t index = 0; index < attemptDelays.size(); ++index) {
-        spawn(attemptAfterDelay(shared_from_this(), static_cast<int>(index) + 1), executor_);
+        timed.add(spawn(attemptAfterDelay(shared_from_this(), static_cast<int>(index) + 1), executor_));
     }
-    spawn(timeOutAfterDelay(shared_from_this()), executor_);
+    timed.add(spawn(timeOutAfterDelay(shared_from_this()), executor_));
     try {
         co_return co_await std::move(waiter);
     } catch (...) {
