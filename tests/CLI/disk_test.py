@@ -26,15 +26,14 @@ class Disk(CommandLineTest):
         result = self.on_disk("size=64k", f"""
             {PROGRAM} record --platform virtual --json --seconds 20 -o talk > ../report
             echo $? > ../status
-            test -s talk/zorvane.json || exit
-            echo '{{"version":1,"files":[{{"type":"screen","filename":"display-1.mov"}}]}}' > talk/zorvane.json
-            {PROGRAM} info --json talk""")
+            mkdir ../saved && cp talk/display-1.mov ../saved""")
         self.assertEqual((self.place / "status").read_text(), "3\n")
         report = json.loads((self.place / "report").read_text())
         self.assertEqual((report["status"], report["files"], report["unlisted"]), ("aborted", [], ["display-1.mov"]))
         self.assertIn("No space left on device", report["errors"][0]["userMessage"])
         self.assertIn(f"{report['bundle']}/display-1.mov could not be closed", result.stderr)
-        file, = json.loads(result.stdout)["files"]
+        self.manifest(self.place / "saved")  # the full disk may have no room for it
+        file, = self.info_json("saved")["files"]
         self.assertGreater(file["duration"], 0.4)
 
     def test_a_disk_without_room_for_anything_is_told_and_nothing_is_left(self):

@@ -52,6 +52,11 @@ class CommandLineTest(unittest.TestCase):
         self.assertEqual(self.record("--seconds", seconds, "-o", name).returncode, 0)
         return self.place / name
 
+    def manifest(self, bundle, version=1, files=("display-1.mov",)):
+        """Writes a bundle's manifest anew."""
+        entries = [{"type": "mouse" if name.endswith(".json") else "screen", "filename": name} for name in files]
+        (bundle / "zorvane.json").write_text(json.dumps({"version": version, "files": entries}))
+
     def info_json(self, bundle, status=0):
         result = self.run_program("info", "--json", bundle)
         self.assertEqual(result.returncode, status, result.stderr)
