@@ -6,6 +6,7 @@
 #include <xcb/xcb.h>
 
 #include <cstdlib>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -39,6 +40,13 @@ NSError noAnswerError(const std::string& name) {
     return {X11ErrorDomain, 0, {fmt::format("The X server \"{}\" doesn't answer. Does it hang?", name)}};
 }
 
+/// One at a time, since XCB finds the authority file through a library with a static buffer.
+xcb_connection_t* connect(const std::string& name, int& screenNumber) {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    return xcb_connect(name.c_str(), &screenNumber);
+}
+
 xcb_screen_t* screenAt(xcb_connection_t* connection, int number) {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     for (; screens.rem > 0 && number > 0; --number) {
@@ -69,7 +77,7 @@ std::shared_ptr<XConnection> XConnection::await(const Opening& opening) {
 
 XConnection::XConnection(std::string name) : name_(std::move(name)) {
     int screenNumber = 0;
-    connection_ = xcb_connect(name_.c_str(), &screenNumber);
+    connection_ = connect(name_, screenNumber);
     if (isAlive()) {
         screen_ = screenAt(connection_, screenNumber);
         extensions_ = XExtensions::negotiate(connection_);
