@@ -4,13 +4,22 @@
 passed=0
 failed=0
 failures=()
+times=()
+
+# took NAME STARTED: notes how long something took, for the summary at the end.
+took() {
+    times+=("$(printf '%6d s  %s' $((SECONDS - $2)) "$1")")
+}
 
 # check NAME COMMAND...: passes if the command does. The output is shown as it comes.
 check() {
     local name=$1 started=$SECONDS
     shift
     echo "==== $name"
-    if "$@"; then
+    local status=0
+    "$@" || status=$?
+    took "$name" "$started"
+    if ((status == 0)); then
         passed=$((passed + 1))
         echo "---- $name: passed ($((SECONDS - started)) s)"
     else
@@ -45,6 +54,7 @@ count_tests() {
         bad=$((bad + 1))
         total=$((total + 1))
     fi
+    took "$name" "$started"
     passed=$((passed + total - bad - skipped))
     failed=$((failed + bad))
     if ((bad > 0)); then
@@ -65,10 +75,11 @@ PYTHON
 
 # count_script NAME COMMAND...: adds the counts in the last line of a script that has its own.
 count_script() {
-    local name=$1 output last
+    local name=$1 started=$SECONDS output last
     shift
     output=$(mktemp)
     "$@" | tee "$output"
+    took "$name" "$started"
     last=$(tail -n 1 "$output")
     rm -f "$output"
     if [[ $last =~ ^([0-9]+)\ passed,\ ([0-9]+)\ failed$ ]]; then
@@ -83,8 +94,10 @@ count_script() {
     fi
 }
 
-# finish: names what failed, prints the closing line and ends the script.
+# finish: tells how long everything took, names what failed, prints the closing line and ends the script.
 finish() {
+    printf '%s\n' "${times[@]}"
+    printf '%6d s  in all\n' "$SECONDS"
     for name in "${failures[@]}"; do
         echo "failed: $name"
     done
