@@ -14,7 +14,9 @@ from measurements.table import Row
 
 SECONDS = 12
 RATES = (10, 30)  # frames a second
-LIMIT = 0.05  # room for a timer that fires once more in one of the two
+# Of a place that asks for each frame, or for every few. Fragments of the movie begin at frames, so that they and their
+# timers are a little more numerous at the higher rate.
+NOTEWORTHY = 0.1
 # All that isn't one of these counts as ours, also templates of the C++ library, of which the loader takes the first
 # copy that it finds in any library.
 FOREIGN = re.compile(r"lib(av|sw|x26|xcb)|ld-linux")
@@ -26,19 +28,18 @@ def measure(conditions):
     frames = many - few
     slopes = {place: (fast[place] - slow[place]) / frames for place in fast | slow}
     own = {place: slope for place, slope in slopes.items() if not FOREIGN.match(os.path.basename(place[0]))}
-    others = sum(slow[place] for place in own)
-    rows = [Row("allocations for a frame, in our own code and the C and C++ libraries", f"{sum(own.values()):+.3f}",
-                f"<= {LIMIT}", sum(own.values()) <= LIMIT, load),
-            Row(f"  there in {SECONDS} s with {few} frames, start and finish included", f"{others}", load=load)]
-    for (module, offset, name), slope in sorted(own.items(), key=lambda item: -item[1])[:6]:
-        if slope > LIMIT / 5:
-            rows.append(Row(f"  {os.path.basename(module)} {offset} {name[:60]}", f"{slope:.3f}", load=load))
+    frequent = [place for place, slope in own.items() if slope > NOTEWORTHY]
+    rows = [Row("places in our code that ask for memory frame by frame", f"{len(frequent)}", "0", not frequent, load)]
+    rows += [Row(f"  {os.path.basename(module)} {offset} {name[:60]}", f"{own[module, offset, name]:.2f} a frame",
+                 load=load) for module, offset, name in frequent]
+    rows.append(Row("  allocations for a frame, all our places together", f"{sum(own.values()):+.3f}", load=load))
     foreign = collections.Counter()
     for place, slope in slopes.items():
         if place not in own:
             foreign[os.path.basename(place[0])] += slope
     for module, slope in foreign.most_common():
-        rows.append(Row(f"  inside {module}", f"{slope:.2f}", load=load))
+        if slope > NOTEWORTHY:
+            rows.append(Row(f"  inside {module}", f"{slope:.2f}", load=load))
     return rows
 
 
