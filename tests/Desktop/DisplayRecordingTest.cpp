@@ -10,7 +10,11 @@
 #include <ostream>
 #include <sstream>
 
+#include "Zorvane/Internal/Recorders/ScreenRecorder.hpp"
+#include "Zorvane/Platform/CoreGraphics/CGDisplays.hpp"
+#include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "Zorvane/ZVPlatform.hpp"
+#include "tests/Support/LogCapture.hpp"
 
 namespace zorvane::testing {
 namespace {
@@ -70,6 +74,38 @@ INSTANTIATE_TEST_SUITE_P(OfEachSize, DisplaySizeTest,
                                            SizeCase{16, 16, 16, 16, 1}, SizeCase{17, 9, 17, 9, 1},
                                            SizeCase{8000, 5000, 3686, 2304, 20}),
                          ::testing::PrintToStringParamName());
+
+TEST_F(DisplayRecordingTest, AnOddCropIsRecordedToTheLastPixelOfItsEdges) {
+    client_.fill({0, 0, 640, 480}, black);
+    client_.fill({11, 7, 203, 101}, white);
+    const CGDirectDisplayID displayID = Platform::current()->displays->activeDisplayList().at(0);
+    const SCDisplay display{.displayID = displayID, .frame = CGRect::make(0, 0, 640, 480)};
+    const auto interval = std::make_shared<VolatileRecordingInterval>();
+    const LogCapture log;
+    const auto path = directory_.path() / "crop.mov";
+    ScreenRecorder recorder(
+        {.id = "crop",
+         .outputDescription = {OutputDescription::SingleFile{path}},
+         .content = {.filter = {.display = display}, .display = display, .cropRect = CGRect::make(11, 7, 203, 101)},
+         .showsCursor = false,
+         .recordingInterval = StableRecordingInterval(interval),
+         .logger = log.logger<DisplayRecordingTest>(),
+         .onAbort = [](const AbortSignal&) {}});
+    recorder.prepare().get();
+    interval->start(hostTimeClockTime().seconds());
+    pass(0.2);
+    interval->stop(hostTimeClockTime().seconds());
+    recorder.finish().get();
+
+    const auto movie = pictures(path);
+    ASSERT_FALSE(movie.pictures.empty());
+    const MoviePicture& picture = movie.pictures.back();
+    ASSERT_EQ(picture.width, 203);
+    ASSERT_EQ(picture.height, 101);
+    const auto [darkest, brightest] = std::minmax_element(picture.luma.begin(), picture.luma.end());
+    EXPECT_NEAR(*darkest, lumaOfWhite, encodingError);
+    EXPECT_NEAR(*brightest, lumaOfWhite, encodingError);
+}
 
 TEST_F(DisplayRecordingTest, TwoOfOneDisplayAtOnceAreBothWhole) {
     client_.fill({0, 0, 640, 480}, white);
