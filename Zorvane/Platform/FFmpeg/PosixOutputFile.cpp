@@ -22,7 +22,7 @@ NSError fileError(int errorNumber, std::string_view action, const std::string& p
     if (!isOutOfSpace(errorNumber)) {
         return error;
     }
-    const std::string advice = " Free some space and record again; what was recorded so far is kept.";
+    const std::string advice = " Free some space and record again.";
     return {error.domain(), error.code(), {error.localizedDescription() + advice, nullptr, {}}};
 }
 
