@@ -129,15 +129,18 @@ void VirtualAssetWriter::doStartWriting() {
         startTime_ = now;
     }
     if (conditions_.breakdown) {
-        auto breakDown = [weak = weak_from_this(), error = conditions_.breakdown->error] {
-            Executor::pool()->post([weak, error] {
-                if (auto writer = weak.lock()) {
-                    writer->fail(error);
-                }
-            });
-        };
-        clock_->schedule(now + fromSeconds(conditions_.breakdown->after), nanoseconds::zero(), std::move(breakDown));
+        scheduleBreakdown(now + fromSeconds(conditions_.breakdown->after));
     }
+}
+
+void VirtualAssetWriter::scheduleBreakdown(nanoseconds time) {
+    auto breakDown = [weak = weak_from_this(), error = conditions_.breakdown->error] {
+        if (auto writer = weak.lock()) {
+            writer->fail(error);
+        }
+    };
+    auto handOver = [breakDown = std::move(breakDown)] { Executor::pool()->post(breakDown); };
+    clock_->schedule(time, nanoseconds::zero(), std::move(handOver));
 }
 
 void VirtualAssetWriter::doStartSession(CMTime time) {

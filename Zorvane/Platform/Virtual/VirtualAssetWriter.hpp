@@ -59,6 +59,8 @@ class VirtualAssetWriter final : public AVAssetWriter, public std::enable_shared
     void doEndSession(CMTime time) override;
     void doFinishWriting(std::function<void(std::exception_ptr)> done) override;
 
+    /// Precondition: the conditions hold a breakdown.
+    void scheduleBreakdown(std::chrono::nanoseconds time);
     bool isReady() const;
     bool append(std::size_t track, const CMSampleBuffer& sample);
     void markAsFinished(std::size_t track);
