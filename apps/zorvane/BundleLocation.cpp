@@ -53,7 +53,7 @@ fs::path bundleLocation(const std::optional<fs::path>& output) {
     std::error_code error;
     // A recorder touches nothing before it prepares, so these serve to name a bundle.
     const fs::path named = output ? *output : fs::current_path(error) / ZVRecorder({}).bundleURL().filename();
-    const fs::path location = ZVRecorder({}, named).bundleURL();
+    fs::path location = ZVRecorder({}, named).bundleURL();
     if (fs::exists(fs::symlink_status(location, error))) {
         throw userError(fmt::format("\"{}\" exists already. Choose another directory with -o, or remove this one.",
                                     location.string()));

@@ -50,10 +50,15 @@ VirtualPixelRect clipped(const VirtualPixelRect& rect, const VirtualPixelRect& b
     return {left, top, std::max(right - left, 0), std::max(bottom - top, 0)};
 }
 
+/// The middle pixel of a counter's column or line.
+constexpr std::int32_t middle(std::int32_t cell) {
+    return cell * counterCell + counterCell / 2;
+}
+
 /// Whether the middle of a counter cell is bright.
 bool isBright(const std::byte* pixels, const CVPixelLayout& layout, std::int32_t column, std::int32_t line) {
-    const auto x = static_cast<std::size_t>(column * counterCell + counterCell / 2);
-    const auto y = static_cast<std::size_t>(line * counterCell + counterCell / 2);
+    const auto x = static_cast<std::size_t>(middle(column));
+    const auto y = static_cast<std::size_t>(middle(line));
     std::uint32_t pixel = 0;
     std::memcpy(&pixel, pixels + y * layout.bytesPerRow + x * sizeof(pixel), sizeof(pixel));
     const bool isBGRA = layout.format == CVPixelFormat::bgra;
