@@ -36,10 +36,14 @@ class Progress {
         }
     }
 
-    void goesOn(const std::filesystem::path& bundle, const ZVRecorder::Statistics& statistics) {
-        if (!options_.quiet && output_.isTerminal()) {
-            output_.showLive(liveLine(statistics, hostSeconds(), bundleSize(bundle)));
+    /// What shows the live line; empty where there is none, so that nothing has to wake for it.
+    Recording::Observer liveObserver(const std::filesystem::path& bundle) {
+        if (options_.quiet || !output_.isTerminal()) {
+            return nullptr;
         }
+        return [this, bundle](const ZVRecorder::Statistics& statistics) {
+            output_.showLive(liveLine(statistics, hostSeconds(), bundleSize(bundle)));
+        };
     }
 
     void ended(const RecordOutcome& outcome) {
@@ -85,8 +89,7 @@ RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOption
     const StopSignal signal([end] { end->requestStop(); });
     Recording recording(schemaItem(options, *end), bundle, end);
     progress.began(bundle);
-    const auto observer = [&](const ZVRecorder::Statistics& statistics) { progress.goesOn(bundle, statistics); };
-    return recording.run(options.seconds, observer);
+    return recording.run(options.seconds, progress.liveObserver(bundle));
 }
 
 RecordOutcome outcomeOf(const RecordOptions& options, Progress& progress) {

@@ -59,10 +59,12 @@ void Recording::start() {
 void Recording::waitForEnd(std::optional<double> seconds, const Observer& observer) {
     const double from = recorder_.statistics().recordFrom;
     const auto deadline = seconds ? hostTime(from + *seconds) : Clock::time_point::max();
-    auto next = Clock::now();
-    while (!end_->waitUntil(std::min(next, deadline)) && Clock::now() < deadline) {
-        observer(recorder_.statistics());
-        next = Clock::now() + observationInterval;
+    auto next = observer ? std::min(Clock::now(), deadline) : deadline;
+    while (!end_->waitUntil(next) && Clock::now() < deadline) {
+        if (observer) {
+            observer(recorder_.statistics());
+        }
+        next = std::min(Clock::now() + observationInterval, deadline);
     }
 }
 

@@ -15,7 +15,7 @@ namespace zorvane::cli {
 
 class Recording {
   public:
-    /// Called a few times per second while recording, on the thread of `run`.
+    /// Called a few times per second while recording, on the thread of `run`. An empty one wakes nobody.
     using Observer = std::function<void(const ZVRecorder::Statistics& statistics)>;
 
     /// Records `item` into the new directory `bundle`.
