@@ -30,6 +30,15 @@ void forEachFile(const fs::path& bundle, Visit visit) {
     }
 }
 
+/// The error number of what keeps a directory from being made there, or 0.
+int obstacleIn(const fs::path& parent) {
+    std::error_code error;
+    if (!fs::is_directory(parent, error)) {
+        return error ? error.value() : ENOTDIR;
+    }
+    return access(parent.c_str(), W_OK | X_OK) == 0 ? 0 : errno;
+}
+
 /// The nearest directory above that exists is where the bundle's directories have to be made.
 void requireWritableParent(const fs::path& location) {
     std::error_code error;
@@ -37,8 +46,8 @@ void requireWritableParent(const fs::path& location) {
     while (parent.has_relative_path() && !fs::exists(parent, error)) {
         parent = parent.parent_path();
     }
-    if (access(parent.c_str(), W_OK | X_OK) != 0) {
-        const std::string reason = std::generic_category().message(errno);
+    if (const int obstacle = obstacleIn(parent)) {
+        const std::string reason = std::generic_category().message(obstacle);
         throw userError(fmt::format("Can't make a directory in \"{}\": {}. Choose another place with -o.",
                                     parent.string(), reason));
     }

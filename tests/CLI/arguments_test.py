@@ -57,11 +57,13 @@ class Arguments(CommandLineTest):
         self.assertEqual((self.place / "taken" / "movie.mov").read_text(), "mine")
 
     def test_a_place_where_nothing_can_be_made_is_named(self):
-        for output in ["/sys/zorvane/talk", "/dev/null/talk"]:
+        (self.place / "file").touch()
+        for output, reason in [("/sys/zorvane/talk", ""), (f"{self.place}/file/talk", "Not a directory")]:
             with self.subTest(output=output):
                 result = self.record("--seconds", "1", "-o", output)
                 self.assertEqual(result.returncode, 4)
                 self.assertIn(os.path.dirname(output).removesuffix("/zorvane"), result.stderr)
+                self.assertIn(reason, result.stderr)
                 self.assertIn("Nothing was recorded", result.stderr)
 
     def test_without_an_x_server_the_user_is_told_about_display(self):
