@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """A recording whose X server goes away, or hangs."""
 
+import ctypes
 import json
 import os
 import signal
@@ -11,6 +12,14 @@ import unittest
 from zorvane_cli import BARE, PROGRAM, TIME_LIMIT, CommandLineTest, pending, wait_for_log
 
 
+PR_SET_PDEATHSIG = 1
+
+
+def die_with_parent():
+    """For preexec_fn: a server that is stopped would outlive an interrupted test otherwise."""
+    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
 class XServer(CommandLineTest):
     def setUp(self):
         super().setUp()
@@ -19,7 +28,7 @@ class XServer(CommandLineTest):
     def start_server(self):
         reading, writing = os.pipe()
         self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "640x480x24"],
-                                       pass_fds=[writing], stderr=subprocess.DEVNULL)
+                                       pass_fds=[writing], stderr=subprocess.DEVNULL, preexec_fn=die_with_parent)
         os.close(writing)
         self.addCleanup(self.server.wait)
         self.addCleanup(self.server.kill)
