@@ -61,7 +61,8 @@ XConnection::Opening XConnection::beginOpening() {
     std::packaged_task<std::shared_ptr<XConnection>()> open([name = displayName()] {
         setCurrentThreadName("zv.connect");
         blockBrokenPipeSignal();
-        return std::shared_ptr<XConnection>(new XConnection(name));
+        std::shared_ptr<XConnection> connection(new XConnection(name));
+        return connection->screen_ ? connection : nullptr;
     });
     Opening opening = open.get_future().share();
     std::thread(std::move(open)).detach();
@@ -71,6 +72,9 @@ XConnection::Opening XConnection::beginOpening() {
 std::shared_ptr<XConnection> XConnection::await(const Opening& opening) {
     if (opening.wait_for(longestXAnswer) != std::future_status::ready) {
         throw noAnswerError(displayName());
+    }
+    if (!opening.get()) {
+        throw connectionError(displayName());
     }
     return opening.get();
 }
@@ -82,9 +86,8 @@ XConnection::XConnection(std::string name) : name_(std::move(name)) {
         screen_ = screenAt(connection_, screenNumber);
         extensions_ = XExtensions::negotiate(connection_);
     }
-    if (!isAlive() || !screen_) {
-        xcb_disconnect(connection_);
-        throw connectionError(name_);
+    if (!isAlive()) {
+        screen_ = nullptr;
     }
 }
 

@@ -30,7 +30,7 @@ class XConnection {
     using Opening = std::shared_future<std::shared_ptr<XConnection>>;
 
     /// Connects to the server that the environment's DISPLAY names, on a thread of its own, since nothing calls XCB
-    /// back from a server that doesn't answer. It gets a connection or an `NSError`.
+    /// back from a server that doesn't answer. It gets a connection, or null if there is none to be had.
     static Opening beginOpening();
     /// Blocks for `longestXAnswer` at most. Throws `NSError`, with a text that tells the user what to do.
     static std::shared_ptr<XConnection> await(const Opening& opening);

@@ -1,19 +1,12 @@
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 
-#include "Zorvane/Platform/Foundation/NSError.hpp"
-
 namespace zorvane {
 namespace {
 
 /// The connection if one has been made, else null.
 std::shared_ptr<XConnection> made(const XConnection::Opening& opening) {
-    try {
-        const bool isDone =
-            opening.valid() && opening.wait_for(std::chrono::seconds::zero()) == std::future_status::ready;
-        return isDone ? opening.get() : nullptr;
-    } catch (const NSError&) {
-        return nullptr;
-    }
+    const bool isDone = opening.valid() && opening.wait_for(std::chrono::seconds::zero()) == std::future_status::ready;
+    return isDone ? opening.get() : nullptr;
 }
 
 bool isUnderWay(const XConnection::Opening& opening) {
