@@ -73,7 +73,9 @@ Displays awaitDisplays(std::stop_token stopToken) {
     if (!answer->given.wait(lock, std::move(stopToken), [&] { return answer->displays.has_value(); })) {
         throw stoppedBeforeStart();
     }
-    return answer->displays->value();
+    // Taken out, so that the thread lets go of nothing that is read here.
+    ZVOutcome<Displays> displays = *std::exchange(answer->displays, std::nullopt);
+    return std::move(displays).value();
 }
 
 }  // namespace
