@@ -4,12 +4,14 @@
 #include <memory>
 #include <mutex>
 
+#include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
 #include "Zorvane/Platform/Linux/X11/XAnswerLimit.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 
 namespace zorvane {
 
-/// A connection for one query, which the server must answer within `longestXAnswer`. To be kept while the query runs.
+/// A connection for one query, which the server must answer within `longestXAnswer`. To be kept while the query runs,
+/// on one thread.
 class XQuery {
   public:
     explicit XQuery(std::shared_ptr<XConnection> connection)
@@ -19,6 +21,7 @@ class XQuery {
     const XConnection* operator->() const { return connection_.get(); }
 
   private:
+    const BrokenPipeScope brokenPipe_;  // first, so that it ends last
     const std::shared_ptr<XConnection> connection_;
     const XAnswerLimit limit_;
 };
