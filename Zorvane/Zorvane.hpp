@@ -1,6 +1,7 @@
 /// Everything a host needs of Zorvane, in one header.
 #pragma once
 
+#include "Zorvane/Platform/AppKit/NSImage.hpp"
 #include "Zorvane/Platform/CoreGraphics/CGGeometry.hpp"
 #include "Zorvane/Platform/CoreMedia/CMTime.hpp"
 #include "Zorvane/Sources/ZVDisplay.hpp"
@@ -13,6 +14,7 @@
 #include "Zorvane/ZVMediaInfo.hpp"
 #include "Zorvane/ZVOutputOptions.hpp"
 #include "Zorvane/ZVPlatform.hpp"
+#include "Zorvane/ZVPublisher.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 #include "Zorvane/ZVSchemaItem.hpp"
 #include "Zorvane/ZVTime.hpp"

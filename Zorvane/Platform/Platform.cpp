@@ -28,6 +28,11 @@ std::shared_ptr<const Platform> completed(Platform platform) {
     const Platform standard = makeLinuxPlatform();
     fillIn(platform.clock, standard.clock);
     fillIn(platform.displays, standard.displays);
+    fillIn(platform.windowList, standard.windowList);
+    fillIn(platform.workspace, standard.workspace);
+    fillIn(platform.captureDevices, standard.captureDevices);
+    fillIn(platform.captureHardware, standard.captureHardware);
+    fillIn(platform.platformExpert, standard.platformExpert);
     fillIn(platform.screenCapture, standard.screenCapture);
     fillIn(platform.mediaWriting, standard.mediaWriting);
     fillIn(platform.mediaReading, standard.mediaReading);

@@ -12,9 +12,14 @@
 
 namespace zorvane {
 
+class AVCaptureDevices;
 class AVMediaReading;
 class AVMediaWriting;
 class CGDisplays;
+class CGWindowList;
+class CMIOHardware;
+class IOPlatformExpert;
+class NSWorkspace;
 class SCScreenCapture;
 
 /// What exists once per platform: discoveries, the content bucket, preferences. Any thread may use it.
@@ -49,6 +54,11 @@ class World {
 struct Platform {
     std::shared_ptr<HostClock> clock;
     std::shared_ptr<CGDisplays> displays;
+    std::shared_ptr<CGWindowList> windowList;
+    std::shared_ptr<NSWorkspace> workspace;
+    std::shared_ptr<AVCaptureDevices> captureDevices;
+    std::shared_ptr<CMIOHardware> captureHardware;
+    std::shared_ptr<IOPlatformExpert> platformExpert;
     std::shared_ptr<SCScreenCapture> screenCapture;
     std::shared_ptr<AVMediaWriting> mediaWriting;
     std::shared_ptr<AVMediaReading> mediaReading;

@@ -38,6 +38,24 @@ struct CGDisplayMode {
     std::uint32_t pixelHeight = 0;
 };
 
+/// What a reconfiguration did to a display; bits.
+enum class CGDisplayChangeSummaryFlags : std::uint32_t {
+    beginConfiguration = 1U << 0,
+    moved = 1U << 1,
+    setMain = 1U << 2,
+    setMode = 1U << 3,
+    add = 1U << 4,
+    remove = 1U << 5,
+    enabled = 1U << 8,
+    disabled = 1U << 9,
+    mirror = 1U << 10,
+    unMirror = 1U << 11,
+    desktopShapeChanged = 1U << 12,
+};
+
+using CGDisplayReconfigurationCallBack = void (*)(CGDirectDisplayID displayID, CGDisplayChangeSummaryFlags flags,
+                                                  void* userInfo);
+
 /// Queries about displays. Any thread may call; every call reads anew.
 class CGDisplays {
   public:
@@ -51,6 +69,20 @@ class CGDisplays {
 
     /// The display's mode; nothing when there is no such display or it has no mode.
     virtual std::optional<CGDisplayMode> displayMode(CGDirectDisplayID displayID) = 0;
+
+    /// Has `callback` called with `userInfo` after each change of a display, on any thread, one call at a time; a
+    /// change of everything may come as one call with the display 0. A server that goes away and comes back counts as a
+    /// change. A platform whose displays never change need not do anything.
+    virtual void registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {
+        static_cast<void>(callback);
+        static_cast<void>(userInfo);
+    }
+    /// Ends what was registered with the same arguments. Afterwards no call is under way, unless this is called inside
+    /// it.
+    virtual void removeReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {
+        static_cast<void>(callback);
+        static_cast<void>(userInfo);
+    }
 
     /// Whether this process may read the screen. Never asks the user.
     virtual bool preflightScreenCaptureAccess() = 0;
