@@ -1,13 +1,16 @@
 // A writer on a file in memory and on simulated time.
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "MemoryFile.hpp"
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/Platform/Virtual/ManualClock.hpp"
+#include "Zorvane/ZVError.hpp"
 #include "tests/Support/MovieReader.hpp"
 #include "tests/Support/PictureSource.hpp"
 
@@ -19,6 +22,10 @@ inline AVVideoSettings smallVideo(std::int32_t width = 64, std::int32_t height =
     settings.height = height;
     settings.compressionProperties.constantQuality = 10;
     return settings;
+}
+
+inline std::string textOf(const std::exception_ptr& error) {
+    return error ? localizedDescription(error) : "no error";
 }
 
 struct WriterBench {
