@@ -2,9 +2,11 @@
 set(zorvane_ffmpeg_modules libavformat libavcodec libavutil)
 set(zorvane_xcb_modules xcb xcb-shm xcb-damage xcb-randr xcb-xfixes xcb-xinput xcb-composite xcb-render)
 set(zorvane_systemd_modules libsystemd)
+set(zorvane_pipewire_modules libpipewire-0.3)
 
 find_package(PkgConfig REQUIRED)
 find_package(fmt REQUIRED)
 pkg_check_modules(ffmpeg REQUIRED IMPORTED_TARGET ${zorvane_ffmpeg_modules})
 pkg_check_modules(xcb REQUIRED IMPORTED_TARGET ${zorvane_xcb_modules})
 pkg_check_modules(systemd REQUIRED IMPORTED_TARGET ${zorvane_systemd_modules})
+pkg_check_modules(pipewire REQUIRED IMPORTED_TARGET ${zorvane_pipewire_modules})
