@@ -13,8 +13,8 @@ namespace zorvane {
 template <class T>
 class CurrentValueSubject {
   public:
-    explicit CurrentValueSubject(T value = T())
-        : shared_(std::make_shared<detail::PublishedValue<T>>(std::move(value))) {}
+    CurrentValueSubject() : CurrentValueSubject(T()) {}
+    explicit CurrentValueSubject(T value) : shared_(std::make_shared<detail::PublishedValue<T>>(std::move(value))) {}
     CurrentValueSubject(const CurrentValueSubject&) = delete;
     CurrentValueSubject& operator=(const CurrentValueSubject&) = delete;
 
