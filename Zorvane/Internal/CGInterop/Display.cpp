@@ -6,6 +6,7 @@
 #include <array>
 #include <tuple>
 
+#include "Zorvane/Interop/Closure.hpp"
 #include "Zorvane/Platform/Platform.hpp"
 
 namespace zorvane::CGInterop {
@@ -46,6 +47,14 @@ Display makeDisplay(CGDirectDisplayID displayID, const CGDisplayProperties& prop
     return display;
 }
 
+bool holds(const CGRect& area, const CGPoint& point) {
+    return point.x >= area.origin.x && point.x < area.maxX() && point.y >= area.origin.y && point.y < area.maxY();
+}
+
+void reconfigured(CGDirectDisplayID displayID, CGDisplayChangeSummaryFlags flags, void* userInfo) {
+    Closure<Display::Reconfiguration>::Object::from(userInfo).invoke({displayID, flags});
+}
+
 bool standsBefore(const Display& a, const Display& b) {
     const auto key = [](const Display& display) {
         return std::tuple(!display.isMain, display.frame.origin.x, display.frame.origin.y, display.displayID);
@@ -73,21 +82,46 @@ std::optional<Display> Display::forID(CGDirectDisplayID displayID) {
     return properties ? std::optional(makeDisplay(displayID, *properties)) : std::nullopt;
 }
 
+std::vector<CGDirectDisplayID> Display::getActiveDisplays(const CGPoint& containing) {
+    const auto platform = Platform::current();
+    std::vector<CGDirectDisplayID> displays = platform->displays->activeDisplayList();
+    std::erase_if(displays, [&](CGDirectDisplayID displayID) {
+        const auto properties = platform->displays->properties(displayID);
+        return !properties || !holds(properties->bounds, containing);
+    });
+    return displays;
+}
+
+AsyncStream<Display::Reconfiguration> Display::allReconfigurations() {
+    auto [stream, source] = AsyncStream<Reconfiguration>::make(StreamBuffering::unbounded());
+    const Closure<Reconfiguration> closure([source](const Reconfiguration& change) { source.yield(change); });
+    const auto displays = Platform::current()->displays;
+    displays->registerReconfigurationCallback(reconfigured, closure.pointer());
+    source.onTermination(
+        [displays, closure] { displays->removeReconfigurationCallback(reconfigured, closure.pointer()); });
+    return std::move(stream);
+}
+
 std::string Display::displayName() const {
-    if (nameForTesting) {
-        return *nameForTesting;
-    }
-    std::string name = vendorSerialName().value_or(fmt::format("Display #{}", displayID));
-    const auto properties = Platform::current()->displays->properties(displayID);
-    if (properties && properties->localizedName) {
-        name = *properties->localizedName;
-    }
-    if (mirrorOf) {
+    return nameForTesting ? *nameForTesting : displayName({displayID});
+}
+
+std::string Display::displayName(std::set<CGDirectDisplayID> named) const {
+    std::string name = ownName();
+    if (mirrorOf && named.insert(*mirrorOf).second) {
         const auto mirrored = forID(*mirrorOf);
-        name +=
-            fmt::format(" (mirror of {})", mirrored ? mirrored->displayName() : fmt::format("Display #{}", *mirrorOf));
+        name += fmt::format(" (mirror of {})",
+                            mirrored ? mirrored->displayName(named) : fmt::format("Display #{}", *mirrorOf));
     }
     return name == "Sidecar Display (AirPlay)" ? "iPad Sidecar" : name;
+}
+
+std::string Display::ownName() const {
+    const auto properties = Platform::current()->displays->properties(displayID);
+    if (properties && properties->localizedName) {
+        return *properties->localizedName;
+    }
+    return vendorSerialName().value_or(fmt::format("Display #{}", displayID));
 }
 
 std::optional<std::string> Display::vendorSerialName() const {
