@@ -20,7 +20,7 @@
 namespace zorvane::cli {
 namespace {
 
-using Displays = std::vector<std::shared_ptr<ZVDisplay>>;
+using Displays = ZVDisplay::List;
 
 std::string listed(const Displays& displays) {
     std::vector<std::string> names;
@@ -53,12 +53,15 @@ struct Answer {
     std::optional<ZVOutcome<Displays>> displays;  // guarded by mutex
 };
 
+/// The displays that can be recorded now.
 ZVOutcome<Displays> askDesktop() {
-    try {
-        return ZVOutcome<Displays>::success(ZVDisplay::displays());
-    } catch (...) {
-        return ZVOutcome<Displays>::failure(std::current_exception());
+    Displays displays = ZVDisplay::displays();
+    if (const auto failure = ZVDisplay::discoveryFailure()) {
+        return ZVOutcome<Displays>::failure(failure);
     }
+    std::erase_if(displays,
+                  [](const auto& display) { return display->availability() != ZVDisplay::Availability::available; });
+    return ZVOutcome<Displays>::success(std::move(displays));
 }
 
 Displays awaitDisplays(std::stop_token stopToken) {

@@ -1,0 +1,147 @@
+#include "Zorvane/Internal/Discovery/DisplayDiscovery.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/Discovery/SharedDiscovery.hpp"
+#include "Zorvane/Internal/Discovery/ZVDisplayState.hpp"
+#include "Zorvane/Platform/IOKit/IOPlatformExpert.hpp"
+#include "Zorvane/ZVError.hpp"
+
+namespace zorvane {
+namespace {
+
+bool isLaptop() {
+    const auto platform = Platform::current();
+    if (!platform->platformExpert) {
+        return false;
+    }
+    const auto model = platform->platformExpert->model();
+    return (model && model->starts_with("MacBook")) || platform->platformExpert->hasLid();
+}
+
+bool isAvailable(const ZVDisplay& display) {
+    return display.availability() == ZVDisplay::Availability::available;
+}
+
+}  // namespace
+
+std::shared_ptr<DisplayDiscovery> DisplayDiscovery::shared() {
+    return sharedDiscovery<DisplayDiscovery>();
+}
+
+DisplayDiscovery::DisplayDiscovery()
+    : logger_(Logger::forType<DisplayDiscovery>()), reader_(Executor::makeStrand("DisplayDiscovery")) {}
+
+DisplayDiscovery::~DisplayDiscovery() {
+    zvDisplaysTask_.cancel();
+}
+
+void DisplayDiscovery::start() {
+    logger_.debug("Starting with inital displays");
+    // Before the first read, so that no change is missed.
+    auto reconfigurations = CGInterop::Display::allReconfigurations();
+    apply(read());
+    zvDisplaysTask_ = spawn(follow(weak_from_this(), std::move(reconfigurations)), reader_);
+}
+
+std::shared_ptr<ZVDisplay> DisplayDiscovery::getPreferred() const {
+    const List displays = this->displays();
+    const auto main =
+        std::ranges::find_if(displays, [](const auto& display) { return isAvailable(*display) && display->isMain(); });
+    return main != displays.end() ? *main : nullptr;
+}
+
+void DisplayDiscovery::triggerUpdate() {
+    logger_.debug("Trigger update");
+    reader_->post([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->refresh();
+        }
+    });
+}
+
+Task<> DisplayDiscovery::follow(std::weak_ptr<DisplayDiscovery> weak,
+                                AsyncStream<CGInterop::Display::Reconfiguration> reconfigurations) {
+    while (co_await reconfigurations.next()) {
+        if (const auto self = weak.lock()) {
+            self->refresh();
+        }
+    }
+}
+
+DisplayDiscovery::Reading DisplayDiscovery::read() {
+    const PoolBlockingScope blocking;
+    try {
+        return Reading::success(CGInterop::Display::getActiveDisplays());
+    } catch (...) {
+        return Reading::failure(std::current_exception());
+    }
+}
+
+void DisplayDiscovery::refresh() {
+    Executor::main()->post([weak = weak_from_this(), reading = read()] {
+        if (const auto self = weak.lock()) {
+            self->apply(reading);
+        }
+    });
+}
+
+void DisplayDiscovery::apply(const Reading& reading) {
+    failure_.update(reading.error());
+    if (reading.error()) {
+        logger_.error(
+            [&] { return fmt::format("Failed to get active displays: {}", debugDescription(reading.error())); });
+    } else {
+        updateDisplays(reading.value());
+    }
+}
+
+void DisplayDiscovery::updateDisplays(const std::vector<CGInterop::Display>& disps) {
+    logger_.trace("Update displays");
+    std::set<std::uint32_t> given;
+    for (const CGInterop::Display& display : disps) {
+        if (given.insert(display.serialNumber).second) {
+            put(display);
+        }
+    }
+    const auto absence = isLaptop() ? ZVDisplay::Availability::lidClosed : ZVDisplay::Availability::notConnected;
+    for (const auto& [id, display] : allDisplays_) {
+        if (!given.contains(id)) {
+            display->state_->availability.update(display->isBuiltIn() ? absence
+                                                                      : ZVDisplay::Availability::notConnected);
+        }
+    }
+    publish();
+}
+
+void DisplayDiscovery::put(const CGInterop::Display& seen) {
+    auto& display = allDisplays_[seen.serialNumber];
+    if (!display) {
+        display.reset(new ZVDisplay(std::unique_ptr<ZVDisplay::State>(
+            new ZVDisplay::State{.id = seen.serialNumber, .isBuiltIn = seen.isBuiltIn})));
+    }
+    ZVDisplay::State& state = *display->state_;
+    state.displayID = seen.displayID;
+    state.localizedName.update(seen.displayName());
+    state.isMain.update(seen.isMain);
+    state.frame.update(seen.frame);
+    state.availability.update(ZVDisplay::Availability::available);
+}
+
+void DisplayDiscovery::publish() {
+    List list;
+    for (const auto& [id, display] : allDisplays_) {
+        list.push_back(display);
+    }
+    std::ranges::stable_sort(list, {}, [](const auto& display) { return display->displayID(); });
+    if (displays_.update(list)) {
+        logger_.info([&] { return fmt::format("Updating {} displays", list.size()); });
+    }
+}
+
+}  // namespace zorvane

@@ -1,0 +1,68 @@
+// Keeps the display objects current.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "Zorvane/Internal/CGInterop/Display.hpp"
+#include "Zorvane/Internal/Concurrency/AsyncStream.hpp"
+#include "Zorvane/Internal/Concurrency/TaskHandle.hpp"
+#include "Zorvane/Internal/CurrentValueSubject.hpp"
+#include "Zorvane/Internal/Logger.hpp"
+#include "Zorvane/Sources/ZVDisplay.hpp"
+#include "Zorvane/ZVOutcome.hpp"
+
+namespace zorvane {
+
+/// Reads the displays after each reconfiguration, off the main executor, and keeps one object for every display ever
+/// seen. Updates happen on the main executor. Reading is safe on any thread.
+class DisplayDiscovery : public std::enable_shared_from_this<DisplayDiscovery> {
+  public:
+    using List = ZVDisplay::List;
+
+    /// The current world's, started.
+    static std::shared_ptr<DisplayDiscovery> shared();
+
+    DisplayDiscovery();
+    ~DisplayDiscovery();
+
+    /// Reads the displays for the first time, and begins to follow the desktop.
+    void start();
+
+    List displays() const { return displays_.value(); }
+    AsyncStream<List> updates() const { return displays_.publisher().values(); }
+    /// See `ZVDisplay::preferred`.
+    std::shared_ptr<ZVDisplay> getPreferred() const;
+    /// What the last read failed with, or null.
+    std::exception_ptr failure() const { return failure_.value(); }
+
+    /// Reads the displays again, soon. Any thread.
+    void triggerUpdate();
+
+    /// Brings the objects up to date with all active displays. Of several displays with one serial number the first
+    /// one counts. Main executor only.
+    void updateDisplays(const std::vector<CGInterop::Display>& disps);
+
+  private:
+    using Reading = ZVOutcome<std::vector<CGInterop::Display>>;
+
+    static Reading read();
+    static Task<> follow(std::weak_ptr<DisplayDiscovery> weak,
+                         AsyncStream<CGInterop::Display::Reconfiguration> reconfigurations);
+    void refresh();
+    void apply(const Reading& reading);
+    void put(const CGInterop::Display& seen);
+    void publish();
+
+    const Logger logger_;
+    const std::shared_ptr<Executor> reader_;  // a strand: answers arrive on the main executor in the order of asking
+    CurrentValueSubject<List> displays_;
+    CurrentValueSubject<std::exception_ptr> failure_;
+    std::map<std::uint32_t, std::shared_ptr<ZVDisplay>> allDisplays_;  // belongs to the main executor; never shrinks
+    TaskHandle<> zvDisplaysTask_;
+};
+
+}  // namespace zorvane
