@@ -2,16 +2,14 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <memory>
 #include <variant>
 
+#include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
 #include "Zorvane/Platform/AVFoundation/AVOutputSettings.hpp"
 #include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
 
 namespace zorvane {
-
-enum class AVMediaType : std::uint8_t { video, audio };
 
 /// What a writer's backend does with one input's samples. Called under the rules of `AVAssetWriterInput`.
 class AVAssetWriterInputSink {

@@ -7,11 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
 #include "Zorvane/Platform/Foundation/NSKeyValueObservation.hpp"
 
 namespace zorvane {
-
-enum class AVMediaType : std::uint8_t { audio, video, muxed };
 
 enum class AVCaptureDeviceType : std::uint8_t {
     builtInMicrophone,
