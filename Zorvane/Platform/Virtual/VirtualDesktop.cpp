@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
 
 namespace zorvane {
@@ -15,7 +16,10 @@ std::shared_ptr<VirtualDesktop> VirtualDesktop::make(std::shared_ptr<HostClock> 
 }
 
 VirtualDesktop::VirtualDesktop(std::shared_ptr<HostClock> clock, const std::vector<VirtualDisplay>& displays)
-    : clock_(std::move(clock)), origin_(clock_->now()), script_(Executor::makeStrand("zv.virtual.script")) {
+    : clock_(std::move(clock)),
+      origin_(clock_->now()),
+      script_(Executor::makeStrand("zv.virtual.script")),
+      captureDevices_(std::make_shared<VirtualCaptureDevices>()) {
     for (const VirtualDisplay& display : displays) {
         state_.scene.put(display);
     }

@@ -16,12 +16,14 @@
 #include "Zorvane/Platform/CoreGraphics/CGError.hpp"
 #include "Zorvane/Platform/Foundation/HostClock.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
+#include "Zorvane/Platform/Virtual/VirtualMachine.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScene.hpp"
 #include "Zorvane/Platform/Virtual/VirtualSound.hpp"
 
 namespace zorvane {
 
 class Executor;
+class VirtualCaptureDevices;
 class VirtualMoment;
 
 /// What the capture service does with one request for shareable content.
@@ -66,6 +68,7 @@ struct VirtualDesktopState {
     VirtualScene scene;
     VirtualConditions conditions;
     VirtualSound sound;
+    VirtualMachine machine;
     int contentRequests = 0;  ///< so far
     int serviceRestarts = 0;  ///< so far
 };
@@ -102,6 +105,8 @@ class VirtualDesktop final : public std::enable_shared_from_this<VirtualDesktop>
     /// When the desktop was made, on the clock.
     std::chrono::nanoseconds origin() const { return origin_; }
 
+    const std::shared_ptr<VirtualCaptureDevices>& captureDevices() const { return captureDevices_; }
+
     /// Calls `use(state)` under the lock and returns what it returns. `use` calls nothing that could enter the desktop.
     template <class Use>
     auto withState(Use&& use) {
@@ -123,7 +128,8 @@ class VirtualDesktop final : public std::enable_shared_from_this<VirtualDesktop>
 
     const std::shared_ptr<HostClock> clock_;
     const std::chrono::nanoseconds origin_;
-    const std::shared_ptr<Executor> script_;  // a strand: keeps what is due together in order
+    const std::shared_ptr<Executor> script_;                       // a strand: keeps what is due together in order
+    const std::shared_ptr<VirtualCaptureDevices> captureDevices_;  // with a lock of its own
     Mutex mutex_;
     VirtualDesktopState state_ ZV_GUARDED_BY(mutex_);
     std::vector<std::weak_ptr<VirtualDisplayObserver>> observers_ ZV_GUARDED_BY(mutex_);

@@ -7,11 +7,15 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
+#include "Zorvane/Platform/Virtual/VirtualCaptureDevice.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDesktop.hpp"
 
 namespace zorvane {
+
+class VirtualCaptureDevices;
 
 /// Test patterns in a row: phases in which something moves, with still phases between them.
 struct VirtualAnimation {
@@ -78,11 +82,30 @@ class VirtualMoment {
     /// Blocks that begin from here on are stamped later by `seconds` (a gap), or earlier if negative (an overlap).
     const VirtualMoment& shiftSound(double seconds) const;
 
+    // The machine and the devices at it.
+    const VirtualMoment& setMachine(VirtualMachine machine) const;
+    /// Built-in cameras and microphones are suspended.
+    const VirtualMoment& closeLid() const;
+    const VirtualMoment& openLid() const;
+    /// A new device, or another one in the place of the one with the same id.
+    const VirtualMoment& plugDevice(VirtualDevice device) const;
+    const VirtualMoment& unplugDevice(std::string uniqueID) const;
+    const VirtualMoment& renameDevice(std::string uniqueID, std::string name) const;
+    /// The device stays in the list, and says that it isn't connected.
+    const VirtualMoment& disconnectDevice(std::string uniqueID) const;
+    const VirtualMoment& connectDevice(std::string uniqueID) const;
+    const VirtualMoment& suspendDevice(std::string uniqueID) const;
+    const VirtualMoment& resumeDevice(std::string uniqueID) const;
+    const VirtualMoment& pairDevice(std::string uniqueID, AVCaptureDevicePairing pairing) const;
+    /// The user makes it the main one of its media type.
+    const VirtualMoment& chooseDevice(AVMediaType mediaType, std::string uniqueID) const;
+
   private:
     const VirtualMoment& perform(VirtualDesktop::Action action) const;
     const VirtualMoment& change(std::function<void(VirtualDesktopState&)> change) const;
     /// The same, and tells streams of all displays that their picture has changed.
     const VirtualMoment& changePicture(std::function<void(VirtualScene&)> change) const;
+    const VirtualMoment& changeDevices(std::function<void(VirtualCaptureDevices&)> change) const;
 
     std::shared_ptr<VirtualDesktop> desktop_;
     std::chrono::nanoseconds hostTime_;

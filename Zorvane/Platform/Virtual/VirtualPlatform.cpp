@@ -3,7 +3,9 @@
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDisplays.hpp"
+#include "Zorvane/Platform/Virtual/VirtualMachine.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMediaWriting.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScreenCapture.hpp"
@@ -23,6 +25,9 @@ Platform makeVirtualPlatform() {
     window.color = VirtualColor{0.20, 0.45, 0.35};
     desktop->now().setApplications({application}).setWindows({window});
     desktop->now().animate(display.displayID, {.framesPerPhase = 120, .rest = 2}).playTone(440);
+    desktop->now()
+        .plugDevice(VirtualDevice::camera("virtual.camera", "Virtual Camera"))
+        .plugDevice(VirtualDevice::microphone("virtual.microphone", "Virtual Microphone"));
     Platform platform = makeVirtualPlatform(std::move(desktop));
     platform.mediaWriting = nullptr;  // the default one, which writes files
     return platform;
@@ -32,6 +37,9 @@ Platform makeVirtualPlatform(std::shared_ptr<VirtualDesktop> desktop, std::share
     Platform platform;
     platform.clock = desktop->clock();
     platform.displays = std::make_shared<VirtualDisplays>(desktop);
+    platform.captureDevices = desktop->captureDevices();
+    platform.captureHardware = std::make_shared<VirtualCMIOHardware>(desktop);
+    platform.platformExpert = std::make_shared<VirtualPlatformExpert>(desktop);
     platform.screenCapture = std::make_shared<VirtualScreenCapture>(desktop);
     platform.mediaWriting = mediaWriting ? std::move(mediaWriting) : VirtualMediaWriting::make(desktop->clock());
     return platform;

@@ -1,0 +1,59 @@
+#include "Zorvane/Platform/Virtual/VirtualCaptureDevice.hpp"
+
+namespace zorvane {
+
+VirtualDevice VirtualDevice::camera(std::string uniqueID, std::string localizedName) {
+    VirtualDevice device;
+    device.uniqueID = std::move(uniqueID);
+    device.localizedName = std::move(localizedName);
+    return device;
+}
+
+VirtualDevice VirtualDevice::builtInCamera(std::string uniqueID, std::string localizedName) {
+    VirtualDevice device = camera(std::move(uniqueID), std::move(localizedName));
+    device.deviceType = AVCaptureDeviceType::builtInWideAngleCamera;
+    device.transportType = AVCaptureDeviceTransportType::builtIn;
+    return device;
+}
+
+VirtualDevice VirtualDevice::deskViewCamera(std::string uniqueID, std::string localizedName) {
+    VirtualDevice device = camera(std::move(uniqueID), std::move(localizedName));
+    device.deviceType = AVCaptureDeviceType::deskViewCamera;
+    return device;
+}
+
+VirtualDevice VirtualDevice::microphone(std::string uniqueID, std::string localizedName) {
+    VirtualDevice device = camera(std::move(uniqueID), std::move(localizedName));
+    device.mediaType = AVMediaType::audio;
+    return device;
+}
+
+VirtualDevice VirtualDevice::builtInMicrophone(std::string uniqueID, std::string localizedName) {
+    VirtualDevice device = microphone(std::move(uniqueID), std::move(localizedName));
+    device.deviceType = AVCaptureDeviceType::builtInMicrophone;
+    device.transportType = AVCaptureDeviceTransportType::builtIn;
+    return device;
+}
+
+VirtualDevice VirtualDevice::phone(std::string uniqueID, std::string localizedName) {
+    VirtualDevice device = camera(std::move(uniqueID), std::move(localizedName));
+    device.mediaType = AVMediaType::muxed;
+    device.deviceType = AVCaptureDeviceType::externalUnknown;
+    return device;
+}
+
+NSKeyValueObservation VirtualCaptureDevice::observeSuspended(std::function<void()> handler) {
+    return observers_.add(std::move(handler));
+}
+
+void VirtualCaptureDevice::setSuspended(bool isSuspended) {
+    isSuspended_ = isSuspended;
+    observers_.notify();
+}
+
+void VirtualCaptureDevice::setPairing(AVCaptureDevicePairing pairing) {
+    pairing_ = pairing;
+    observers_.notify();
+}
+
+}  // namespace zorvane

@@ -1,0 +1,67 @@
+// A camera, a microphone or a phone of a virtual desktop.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "Zorvane/Platform/AVFoundation/AVCaptureDevice.hpp"
+#include "Zorvane/Platform/Foundation/NSKeyValueObservers.hpp"
+
+namespace zorvane {
+
+/// What a device is, for a script to plug in:
+///
+///     desktop->at(1).plugDevice(VirtualDevice::camera("cam", "Desk Camera"));
+struct VirtualDevice {
+    AVMediaType mediaType = AVMediaType::video;
+    AVCaptureDeviceType deviceType = AVCaptureDeviceType::external;
+    AVCaptureDeviceTransportType transportType = AVCaptureDeviceTransportType::usb;
+    std::string uniqueID;
+    std::string localizedName;
+    std::string modelID = "Virtual Model";
+    std::string manufacturer = "Virtual Maker";
+
+    static VirtualDevice camera(std::string uniqueID, std::string localizedName);
+    static VirtualDevice builtInCamera(std::string uniqueID, std::string localizedName);
+    static VirtualDevice deskViewCamera(std::string uniqueID, std::string localizedName);
+    static VirtualDevice microphone(std::string uniqueID, std::string localizedName);
+    static VirtualDevice builtInMicrophone(std::string uniqueID, std::string localizedName);
+    /// Shows up once the screens of phones are switched on.
+    static VirtualDevice phone(std::string uniqueID, std::string localizedName);
+};
+
+/// The live device, as the library sees it.
+class VirtualCaptureDevice final : public AVCaptureDevice {
+  public:
+    explicit VirtualCaptureDevice(VirtualDevice device) : device_(std::move(device)) {}
+
+    const VirtualDevice& description() const { return device_; }
+
+    std::string uniqueID() const override { return device_.uniqueID; }
+    std::string localizedName() const override { return device_.localizedName; }
+    std::string modelID() const override { return device_.modelID; }
+    std::string manufacturer() const override { return device_.manufacturer; }
+    AVCaptureDeviceType deviceType() const override { return device_.deviceType; }
+    AVCaptureDeviceTransportType transportType() const override { return device_.transportType; }
+    bool isConnected() const override { return isConnected_; }
+    bool isSuspended() const override { return isSuspended_; }
+    AVCaptureDevicePairing pairing() const override { return pairing_; }
+    NSKeyValueObservation observeSuspended(std::function<void()> handler) override;
+
+    void setConnected(bool isConnected) { isConnected_ = isConnected; }
+    /// These two tell the observers.
+    void setSuspended(bool isSuspended);
+    void setPairing(AVCaptureDevicePairing pairing);
+
+  private:
+    const VirtualDevice device_;
+    std::atomic<bool> isConnected_ = true;
+    std::atomic<bool> isSuspended_ = false;
+    std::atomic<AVCaptureDevicePairing> pairing_ = AVCaptureDevicePairing::notApplicable;
+    NSKeyValueObservers<> observers_;
+};
+
+}  // namespace zorvane

@@ -1,0 +1,142 @@
+#include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace zorvane {
+
+class VirtualCaptureDevices::Session final : public AVCaptureDeviceDiscoverySession {
+  public:
+    Session(std::shared_ptr<VirtualCaptureDevices> owner, std::vector<AVCaptureDeviceType> deviceTypes,
+            AVMediaType mediaType)
+        : owner_(std::move(owner)), deviceTypes_(std::move(deviceTypes)), mediaType_(mediaType) {}
+
+    std::vector<std::shared_ptr<AVCaptureDevice>> devices() const override {
+        std::vector<std::shared_ptr<AVCaptureDevice>> matching;
+        for (const auto& device : owner_->devices()) {
+            const VirtualDevice& what = device->description();
+            if (what.mediaType == mediaType_ && std::ranges::count(deviceTypes_, what.deviceType) > 0) {
+                matching.push_back(device);
+            }
+        }
+        return matching;
+    }
+
+    NSKeyValueObservation observeDevices(std::function<void(ChangeKind kind)> handler) override {
+        auto token = owner_->observers_.add([mediaType = mediaType_, handler](AVMediaType changed) {
+            if (changed == mediaType) {
+                handler(ChangeKind::setting);
+            }
+        });
+        handler(ChangeKind::initial);
+        return token;
+    }
+
+  private:
+    const std::shared_ptr<VirtualCaptureDevices> owner_;
+    const std::vector<AVCaptureDeviceType> deviceTypes_;
+    const AVMediaType mediaType_;
+};
+
+std::shared_ptr<AVCaptureDeviceDiscoverySession> VirtualCaptureDevices::makeDiscoverySession(
+    std::vector<AVCaptureDeviceType> deviceTypes, AVMediaType mediaType) {
+    return std::make_shared<Session>(shared_from_this(), std::move(deviceTypes), mediaType);
+}
+
+std::string VirtualCaptureDevices::defaultDeviceID(AVMediaType mediaType) {
+    MutexLock lock(mutex_);
+    if (const auto chosen = defaults_.find(mediaType); chosen != defaults_.end()) {
+        return chosen->second;
+    }
+    const auto first = std::ranges::find_if(devices_, [mediaType](const auto& device) {
+        return device->description().mediaType == mediaType && device->isConnected();
+    });
+    return first == devices_.end() ? std::string() : (*first)->uniqueID();
+}
+
+void VirtualCaptureDevices::plug(VirtualDevice device) {
+    const AVMediaType mediaType = device.mediaType;
+    auto plugged = std::make_shared<VirtualCaptureDevice>(std::move(device));
+    MutexLock lock(mutex_);
+    const auto place = std::ranges::find(devices_, plugged->uniqueID(), &VirtualCaptureDevice::uniqueID);
+    if (place == devices_.end()) {
+        devices_.push_back(std::move(plugged));
+    } else {
+        *place = std::move(plugged);
+    }
+    lock.unlock();
+    listChanged(mediaType);
+}
+
+void VirtualCaptureDevices::unplug(const std::string& uniqueID) {
+    if (const auto device = find(uniqueID)) {
+        MutexLock lock(mutex_);
+        std::erase(devices_, device);
+        lock.unlock();
+        listChanged(device->description().mediaType);
+    }
+}
+
+void VirtualCaptureDevices::rename(const std::string& uniqueID, const std::string& localizedName) {
+    if (const auto device = find(uniqueID)) {
+        VirtualDevice renamed = device->description();
+        renamed.localizedName = localizedName;
+        plug(std::move(renamed));
+    }
+}
+
+void VirtualCaptureDevices::setConnected(const std::string& uniqueID, bool isConnected) {
+    if (const auto device = find(uniqueID)) {
+        device->setConnected(isConnected);
+        listChanged(device->description().mediaType);
+    }
+}
+
+void VirtualCaptureDevices::setSuspended(const std::string& uniqueID, bool isSuspended) {
+    if (const auto device = find(uniqueID)) {
+        device->setSuspended(isSuspended);
+    }
+}
+
+void VirtualCaptureDevices::setPairing(const std::string& uniqueID, AVCaptureDevicePairing pairing) {
+    if (const auto device = find(uniqueID)) {
+        device->setPairing(pairing);
+    }
+}
+
+void VirtualCaptureDevices::setBuiltInSuspended(bool isSuspended) {
+    for (const auto& device : devices()) {
+        if (device->transportType() == AVCaptureDeviceTransportType::builtIn) {
+            device->setSuspended(isSuspended);
+        }
+    }
+}
+
+void VirtualCaptureDevices::setDefault(AVMediaType mediaType, const std::string& uniqueID) {
+    MutexLock lock(mutex_);
+    defaults_[mediaType] = uniqueID;
+}
+
+void VirtualCaptureDevices::showPhones(bool show) {
+    MutexLock lock(mutex_);
+    showsPhones_ = show;
+    lock.unlock();
+    listChanged(AVMediaType::muxed);
+}
+
+VirtualCaptureDevices::DeviceList VirtualCaptureDevices::devices() const {
+    MutexLock lock(mutex_);
+    DeviceList listed = devices_;
+    if (!showsPhones_) {
+        std::erase_if(listed, [](const auto& device) { return device->description().mediaType == AVMediaType::muxed; });
+    }
+    return listed;
+}
+
+std::shared_ptr<VirtualCaptureDevice> VirtualCaptureDevices::find(const std::string& uniqueID) const {
+    MutexLock lock(mutex_);
+    const auto found = std::ranges::find(devices_, uniqueID, &VirtualCaptureDevice::uniqueID);
+    return found == devices_.end() ? nullptr : *found;
+}
+
+}  // namespace zorvane

@@ -1,0 +1,70 @@
+// The words of a script about the machine and the devices at it.
+
+#include <utility>
+
+#include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
+#include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
+
+namespace zorvane {
+
+const VirtualMoment& VirtualMoment::changeDevices(std::function<void(VirtualCaptureDevices&)> change) const {
+    return perform([change = std::move(change)](VirtualDesktop& desktop) { change(*desktop.captureDevices()); });
+}
+
+const VirtualMoment& VirtualMoment::setMachine(VirtualMachine machine) const {
+    return change([machine = std::move(machine)](VirtualDesktopState& state) { state.machine = machine; });
+}
+
+const VirtualMoment& VirtualMoment::closeLid() const {
+    return changeDevices([](VirtualCaptureDevices& devices) { devices.setBuiltInSuspended(true); });
+}
+
+const VirtualMoment& VirtualMoment::openLid() const {
+    return changeDevices([](VirtualCaptureDevices& devices) { devices.setBuiltInSuspended(false); });
+}
+
+const VirtualMoment& VirtualMoment::plugDevice(VirtualDevice device) const {
+    return changeDevices([device = std::move(device)](VirtualCaptureDevices& devices) { devices.plug(device); });
+}
+
+const VirtualMoment& VirtualMoment::unplugDevice(std::string uniqueID) const {
+    return changeDevices([id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.unplug(id); });
+}
+
+const VirtualMoment& VirtualMoment::renameDevice(std::string uniqueID, std::string name) const {
+    return changeDevices([id = std::move(uniqueID), name = std::move(name)](VirtualCaptureDevices& devices) {
+        devices.rename(id, name);
+    });
+}
+
+const VirtualMoment& VirtualMoment::connectDevice(std::string uniqueID) const {
+    return changeDevices(
+        [id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setConnected(id, true); });
+}
+
+const VirtualMoment& VirtualMoment::disconnectDevice(std::string uniqueID) const {
+    return changeDevices(
+        [id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setConnected(id, false); });
+}
+
+const VirtualMoment& VirtualMoment::suspendDevice(std::string uniqueID) const {
+    return changeDevices(
+        [id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setSuspended(id, true); });
+}
+
+const VirtualMoment& VirtualMoment::resumeDevice(std::string uniqueID) const {
+    return changeDevices(
+        [id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setSuspended(id, false); });
+}
+
+const VirtualMoment& VirtualMoment::pairDevice(std::string uniqueID, AVCaptureDevicePairing pairing) const {
+    return changeDevices(
+        [id = std::move(uniqueID), pairing](VirtualCaptureDevices& devices) { devices.setPairing(id, pairing); });
+}
+
+const VirtualMoment& VirtualMoment::chooseDevice(AVMediaType mediaType, std::string uniqueID) const {
+    return changeDevices(
+        [mediaType, id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setDefault(mediaType, id); });
+}
+
+}  // namespace zorvane
