@@ -23,6 +23,8 @@ struct SCRunningApplication {
     std::int32_t processID = 0;
     std::string bundleIdentifier;
     std::string applicationName;
+
+    bool operator==(const SCRunningApplication&) const = default;
 };
 
 struct SCWindow {

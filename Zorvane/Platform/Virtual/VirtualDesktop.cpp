@@ -51,6 +51,15 @@ void VirtualDesktop::schedule(nanoseconds hostTime, Action action) {
     clock_->schedule(hostTime, nanoseconds::zero(), std::move(fire));
 }
 
+void VirtualDesktop::changeScene(const std::function<void(VirtualScene&)>& change) {
+    const auto [before, after] = withState([&change](VirtualDesktopState& state) {
+        const VirtualSceneOutline old(state.scene);
+        change(state.scene);
+        return std::pair(old, VirtualSceneOutline(state.scene));
+    });
+    tellOfChange(sceneHandlers_, before, after);
+}
+
 void VirtualDesktop::add(std::weak_ptr<VirtualDisplayObserver> observer) {
     MutexLock lock(mutex_);
     std::erase_if(observers_, [](const auto& known) { return known.expired(); });

@@ -18,6 +18,7 @@
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMachine.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScene.hpp"
+#include "Zorvane/Platform/Virtual/VirtualSceneChange.hpp"
 #include "Zorvane/Platform/Virtual/VirtualSound.hpp"
 
 namespace zorvane {
@@ -53,6 +54,7 @@ enum class VirtualOddSample : std::uint8_t {
 struct VirtualConditions {
     bool allowsScreenCapture = true;
     std::optional<CGError> displayListError;
+    std::exception_ptr windowListError;
     std::deque<VirtualAnswer> contentAnswers;  ///< for the next requests, in order; later ones are answered at once
     std::exception_ptr serviceRestartError;
     std::exception_ptr streamStartError;
@@ -120,6 +122,10 @@ class VirtualDesktop final : public std::enable_shared_from_this<VirtualDesktop>
     /// Does `action` at a host time, never inside this call.
     void schedule(std::chrono::nanoseconds hostTime, Action action);
 
+    /// Changes the scene and tells who wants to hear of it.
+    void changeScene(const std::function<void(VirtualScene&)>& change);
+    const VirtualSceneHandlers& sceneHandlers() const { return sceneHandlers_; }
+
     void add(std::weak_ptr<VirtualDisplayObserver> observer);
     std::vector<std::shared_ptr<VirtualDisplayObserver>> observers(CGDirectDisplayID displayID);
 
@@ -128,7 +134,8 @@ class VirtualDesktop final : public std::enable_shared_from_this<VirtualDesktop>
 
     const std::shared_ptr<HostClock> clock_;
     const std::chrono::nanoseconds origin_;
-    const std::shared_ptr<Executor> script_;                       // a strand: keeps what is due together in order
+    const std::shared_ptr<Executor> script_;  // a strand: keeps what is due together in order
+    const VirtualSceneHandlers sceneHandlers_;
     const std::shared_ptr<VirtualCaptureDevices> captureDevices_;  // with a lock of its own
     Mutex mutex_;
     VirtualDesktopState state_ ZV_GUARDED_BY(mutex_);

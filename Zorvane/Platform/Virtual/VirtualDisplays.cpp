@@ -32,6 +32,27 @@ std::optional<CGDisplayMode> VirtualDisplays::displayMode(CGDirectDisplayID disp
     });
 }
 
+void VirtualDisplays::registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {
+    const auto id = desktop_->sceneHandlers().displayReconfigured->add(
+        [callback, userInfo](CGDirectDisplayID displayID, CGDisplayChangeSummaryFlags flags) {
+            callback(displayID, flags, userInfo);
+        });
+    const MutexLock lock(mutex_);
+    registrations_.emplace(Registration(callback, userInfo), id);
+}
+
+void VirtualDisplays::removeReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {
+    MutexLock lock(mutex_);
+    const auto found = registrations_.find(Registration(callback, userInfo));
+    if (found == registrations_.end()) {
+        return;
+    }
+    const auto id = found->second;
+    registrations_.erase(found);
+    lock.unlock();
+    desktop_->sceneHandlers().displayReconfigured->remove(id);
+}
+
 bool VirtualDisplays::preflightScreenCaptureAccess() {
     return desktop_->withState([](VirtualDesktopState& state) { return state.conditions.allowsScreenCapture; });
 }

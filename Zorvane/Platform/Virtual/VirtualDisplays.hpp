@@ -1,6 +1,7 @@
 // The display queries of a virtual desktop.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <utility>
 
@@ -16,10 +17,16 @@ class VirtualDisplays final : public CGDisplays {
     std::vector<CGDirectDisplayID> activeDisplayList() override;
     std::optional<CGDisplayProperties> properties(CGDirectDisplayID displayID) override;
     std::optional<CGDisplayMode> displayMode(CGDirectDisplayID displayID) override;
+    void registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) override;
+    void removeReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) override;
     bool preflightScreenCaptureAccess() override;
 
   private:
+    using Registration = std::pair<CGDisplayReconfigurationCallBack, void*>;
+
     const std::shared_ptr<VirtualDesktop> desktop_;
+    Mutex mutex_;
+    std::multimap<Registration, VirtualSceneHandlers::Reconfigured::ID> registrations_ ZV_GUARDED_BY(mutex_);
 };
 
 }  // namespace zorvane

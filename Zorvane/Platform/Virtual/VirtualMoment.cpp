@@ -76,10 +76,14 @@ const VirtualMoment& VirtualMoment::change(std::function<void(VirtualDesktopStat
     return perform([change = std::move(change)](VirtualDesktop& desktop) { desktop.withState(change); });
 }
 
+const VirtualMoment& VirtualMoment::changeScene(std::function<void(VirtualScene&)> change) const {
+    return perform([change = std::move(change)](VirtualDesktop& desktop) { desktop.changeScene(change); });
+}
+
 const VirtualMoment& VirtualMoment::changePicture(std::function<void(VirtualScene&)> change) const {
     return perform([change = std::move(change)](VirtualDesktop& desktop) {
-        const auto displays = desktop.withState([&change](VirtualDesktopState& state) {
-            change(state.scene);
+        desktop.changeScene(change);
+        const auto displays = desktop.withState([](VirtualDesktopState& state) {
             return state.scene.shareableContent(SCShareableContentScope::all).displays;
         });
         for (const SCDisplay& display : displays) {
@@ -117,23 +121,13 @@ const VirtualMoment& VirtualMoment::movePointer(std::optional<CGPoint> position)
     return changePicture([position](VirtualScene& scene) { scene.pointer = position; });
 }
 
-const VirtualMoment& VirtualMoment::setWindows(std::vector<VirtualWindow> windows) const {
-    return changePicture([windows = std::move(windows)](VirtualScene& scene) { scene.windows = windows; });
-}
-
-const VirtualMoment& VirtualMoment::setApplications(std::vector<SCRunningApplication> applications) const {
-    return change([applications = std::move(applications)](VirtualDesktopState& state) {
-        state.scene.applications = applications;
-    });
-}
-
 const VirtualMoment& VirtualMoment::putDisplay(const VirtualDisplay& display) const {
     return changePicture([display](VirtualScene& scene) { scene.put(display); });
 }
 
 const VirtualMoment& VirtualMoment::removeDisplay(CGDirectDisplayID displayID) const {
-    change([displayID](VirtualDesktopState& state) {
-        std::erase_if(state.scene.panels,
+    changeScene([displayID](VirtualScene& scene) {
+        std::erase_if(scene.panels,
                       [displayID](const VirtualScene::Panel& panel) { return panel.display.displayID == displayID; });
     });
     return stopStreams(displayID, streamError(SCStreamErrorCode::noCaptureSource, "The display is gone."));

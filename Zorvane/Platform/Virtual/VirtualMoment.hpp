@@ -43,8 +43,6 @@ class VirtualMoment {
     const VirtualMoment& animate(CGDirectDisplayID displayID, const VirtualAnimation& animation) const;
     /// Nothing hides the pointer.
     const VirtualMoment& movePointer(std::optional<CGPoint> position) const;
-    const VirtualMoment& setWindows(std::vector<VirtualWindow> windows) const;
-    const VirtualMoment& setApplications(std::vector<SCRunningApplication> applications) const;
 
     // Displays.
     /// A new display, or the same one with another mode, place or name; its screen is black.
@@ -53,6 +51,27 @@ class VirtualMoment {
     const VirtualMoment& removeDisplay(CGDirectDisplayID displayID) const;
     /// `activeDisplayList` fails; `success` mends it.
     const VirtualMoment& failDisplayList(CGError error) const;
+
+    // Windows and applications. An event about a window or an application that isn't there does nothing.
+    const VirtualMoment& setWindows(std::vector<VirtualWindow> windows) const;
+    /// In front of all others.
+    const VirtualMoment& openWindow(const VirtualWindow& window) const;
+    const VirtualMoment& moveWindow(std::uint32_t windowID, const CGRect& frame) const;
+    const VirtualMoment& raiseWindow(std::uint32_t windowID) const;
+    const VirtualMoment& retitleWindow(std::uint32_t windowID, std::optional<std::string> title) const;
+    /// Takes it off the screen, and back to where it was.
+    const VirtualMoment& minimizeWindow(std::uint32_t windowID) const;
+    const VirtualMoment& restoreWindow(std::uint32_t windowID) const;
+    const VirtualMoment& closeWindow(std::uint32_t windowID) const;
+    /// Window queries throw; null mends it.
+    const VirtualMoment& failWindowList(std::exception_ptr error) const;
+    const VirtualMoment& setApplications(std::vector<SCRunningApplication> applications) const;
+    const VirtualMoment& startApplication(const SCRunningApplication& application) const;
+    /// Closes its windows too.
+    const VirtualMoment& quitApplication(std::int32_t processID) const;
+    /// Brings its windows in front of all others, in their order.
+    const VirtualMoment& activateApplication(std::int32_t processID) const;
+    const VirtualMoment& setIcon(std::int32_t processID, const NSImage& icon) const;
 
     // Screen capture.
     const VirtualMoment& allowScreenCapture(bool allow) const;
@@ -84,7 +103,7 @@ class VirtualMoment {
 
     // The machine and the devices at it.
     const VirtualMoment& setMachine(VirtualMachine machine) const;
-    /// Built-in cameras and microphones are suspended.
+    /// Built-in displays go away, as by `removeDisplay`, and built-in cameras and microphones are suspended.
     const VirtualMoment& closeLid() const;
     const VirtualMoment& openLid() const;
     /// A new device, or another one in the place of the one with the same id.
@@ -103,7 +122,9 @@ class VirtualMoment {
   private:
     const VirtualMoment& perform(VirtualDesktop::Action action) const;
     const VirtualMoment& change(std::function<void(VirtualDesktopState&)> change) const;
-    /// The same, and tells streams of all displays that their picture has changed.
+    const VirtualMoment& changeScene(std::function<void(VirtualScene&)> change) const;
+    const VirtualMoment& changeWindow(std::uint32_t windowID, std::function<void(SCWindow&)> change) const;
+    /// As `changeScene`, and tells streams of all displays that their picture has changed.
     const VirtualMoment& changePicture(std::function<void(VirtualScene&)> change) const;
     const VirtualMoment& changeDevices(std::function<void(VirtualCaptureDevices&)> change) const;
 

@@ -16,10 +16,18 @@ const VirtualMoment& VirtualMoment::setMachine(VirtualMachine machine) const {
 }
 
 const VirtualMoment& VirtualMoment::closeLid() const {
+    perform([](VirtualDesktop& desktop) {
+        std::vector<CGDirectDisplayID> covered;
+        desktop.changeScene([&covered](VirtualScene& scene) { covered = scene.closeLid(); });
+        for (const CGDirectDisplayID displayID : covered) {
+            desktop.now().stopStreams(displayID, SCStreamErrorCode::noCaptureSource);
+        }
+    });
     return changeDevices([](VirtualCaptureDevices& devices) { devices.setBuiltInSuspended(true); });
 }
 
 const VirtualMoment& VirtualMoment::openLid() const {
+    changePicture([](VirtualScene& scene) { scene.openLid(); });
     return changeDevices([](VirtualCaptureDevices& devices) { devices.setBuiltInSuspended(false); });
 }
 

@@ -9,6 +9,8 @@
 #include "Zorvane/Platform/Virtual/VirtualMediaWriting.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScreenCapture.hpp"
+#include "Zorvane/Platform/Virtual/VirtualWindowList.hpp"
+#include "Zorvane/Platform/Virtual/VirtualWorkspace.hpp"
 
 namespace zorvane {
 
@@ -40,6 +42,8 @@ Platform makeVirtualPlatform(std::shared_ptr<VirtualDesktop> desktop, std::share
     platform.captureDevices = desktop->captureDevices();
     platform.captureHardware = std::make_shared<VirtualCMIOHardware>(desktop);
     platform.platformExpert = std::make_shared<VirtualPlatformExpert>(desktop);
+    platform.windowList = std::make_shared<VirtualWindowList>(desktop);
+    platform.workspace = std::make_shared<VirtualWorkspace>(desktop);
     platform.screenCapture = std::make_shared<VirtualScreenCapture>(desktop);
     platform.mediaWriting = mediaWriting ? std::move(mediaWriting) : VirtualMediaWriting::make(desktop->clock());
     return platform;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace zorvane {
@@ -119,8 +120,13 @@ CGDisplayProperties VirtualDisplay::properties(bool isMain) const {
     CGDisplayProperties properties;
     properties.isMain = isMain;
     properties.isActive = true;
+    properties.isBuiltIn = isBuiltIn;
+    properties.mirrors = mirrors;
     properties.bounds = frame;
+    properties.modelNumber = modelNumber;
     properties.serialNumber = serialNumber;
+    properties.unitNumber = unitNumber;
+    properties.vendorNumber = vendorNumber;
     properties.localizedName = name;
     return properties;
 }
@@ -143,6 +149,24 @@ VirtualScene::Panel* VirtualScene::find(CGDirectDisplayID displayID) {
     return const_cast<Panel*>(std::as_const(*this).find(displayID));
 }
 
+const VirtualWindow* VirtualScene::findWindow(std::uint32_t windowID) const {
+    const auto found = std::find_if(windows.begin(), windows.end(), [windowID](const VirtualWindow& entry) {
+        return entry.window.windowID == windowID;
+    });
+    return found == windows.end() ? nullptr : &*found;
+}
+
+VirtualWindow* VirtualScene::findWindow(std::uint32_t windowID) {
+    return const_cast<VirtualWindow*>(std::as_const(*this).findWindow(windowID));
+}
+
+std::optional<SCRunningApplication> VirtualScene::frontmostApplication() const {
+    const auto found = std::find_if(windows.begin(), windows.end(), [](const VirtualWindow& entry) {
+        return entry.window.isOnScreen && entry.window.windowLayer == 0 && entry.window.owningApplication;
+    });
+    return found == windows.end() ? std::nullopt : found->window.owningApplication;
+}
+
 void VirtualScene::put(const VirtualDisplay& display) {
     Panel panel{display, VirtualScreen(display.pixelWidth(), display.pixelHeight(), display.gamut)};
     if (Panel* existing = find(display.displayID)) {
@@ -150,6 +174,23 @@ void VirtualScene::put(const VirtualDisplay& display) {
     } else {
         panels.push_back(std::move(panel));
     }
+}
+
+std::vector<CGDirectDisplayID> VirtualScene::closeLid() {
+    const auto covered = std::stable_partition(panels.begin(), panels.end(),
+                                               [](const Panel& panel) { return !panel.display.isBuiltIn; });
+    std::vector<CGDirectDisplayID> displays;
+    for (auto panel = covered; panel != panels.end(); ++panel) {
+        displays.push_back(panel->display.displayID);
+    }
+    std::move(covered, panels.end(), std::back_inserter(behindLid));
+    panels.erase(covered, panels.end());
+    return displays;
+}
+
+void VirtualScene::openLid() {
+    std::move(panels.begin(), panels.end(), std::back_inserter(behindLid));
+    panels = std::exchange(behindLid, {});
 }
 
 SCShareableContent VirtualScene::shareableContent(SCShareableContentScope scope) const {

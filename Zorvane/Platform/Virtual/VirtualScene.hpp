@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "Zorvane/Platform/AppKit/NSImage.hpp"
 #include "Zorvane/Platform/CoreGraphics/CGDisplays.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCContentFilter.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
@@ -20,6 +22,13 @@ struct VirtualDisplay {
     CGRect frame = CGRect::make(0, 0, 1920, 1080);  ///< points, global coordinates
     std::optional<std::uint32_t> scale = 1;         ///< pixels per point; absent: the display tells no mode, and has 2
     VirtualScreen::Gamut gamut = VirtualScreen::Gamut::standard;
+    bool isBuiltIn = false;         ///< goes away when the lid is closed
+    CGDirectDisplayID mirrors = 0;  ///< the display that this one mirrors, 0 for none
+    std::uint32_t vendorNumber = 0;
+    std::uint32_t modelNumber = 0;
+    std::uint32_t unitNumber = 0;
+
+    bool operator==(const VirtualDisplay&) const = default;
 
     std::uint32_t pixelScale() const { return scale.value_or(2); }
     std::int32_t pixelWidth() const;
@@ -45,13 +54,26 @@ struct VirtualScene {
     std::vector<Panel> panels;
     std::vector<VirtualWindow> windows;  ///< front to back
     std::vector<SCRunningApplication> applications;
-    std::optional<CGPoint> pointer;  ///< points, global coordinates
+    std::map<std::int32_t, NSImage> icons;  ///< by process id
+    std::optional<CGPoint> pointer;         ///< points, global coordinates
+    std::vector<Panel> behindLid;           ///< built-in displays while the lid is closed
 
     Panel* find(CGDirectDisplayID displayID);
     const Panel* find(CGDirectDisplayID displayID) const;
 
+    VirtualWindow* findWindow(std::uint32_t windowID);
+    const VirtualWindow* findWindow(std::uint32_t windowID) const;
+
+    /// The owner of the frontmost window that is on the screen and of the ordinary level.
+    std::optional<SCRunningApplication> frontmostApplication() const;
+
     /// Puts a display in place, in the place of the one with the same id if there is one, with a black screen.
     void put(const VirtualDisplay& display);
+
+    /// Takes the built-in displays away and tells which ones.
+    std::vector<CGDirectDisplayID> closeLid();
+    /// Puts them back, as the first ones.
+    void openLid();
 
     SCShareableContent shareableContent(SCShareableContentScope scope) const;
 
