@@ -19,6 +19,7 @@ class CGDisplays;
 class CGWindowList;
 class CMIOHardware;
 class IOPlatformExpert;
+class NSUserDefaults;
 class NSWorkspace;
 class SCScreenCapture;
 
@@ -56,6 +57,7 @@ struct Platform {
     std::shared_ptr<CGDisplays> displays;
     std::shared_ptr<CGWindowList> windowList;
     std::shared_ptr<NSWorkspace> workspace;
+    std::shared_ptr<NSUserDefaults> userDefaults;
     std::shared_ptr<AVCaptureDevices> captureDevices;
     std::shared_ptr<CMIOHardware> captureHardware;
     std::shared_ptr<IOPlatformExpert> platformExpert;

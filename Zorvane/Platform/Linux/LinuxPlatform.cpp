@@ -3,6 +3,7 @@
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
+#include "Zorvane/Platform/Linux/System/UserDefaults.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
 #include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
@@ -14,6 +15,7 @@ Platform makeLinuxPlatform() {
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session);
+    platform.userDefaults = std::make_shared<UserDefaults>();
     platform.screenCapture = std::make_shared<X11ScreenCapture>(session);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();

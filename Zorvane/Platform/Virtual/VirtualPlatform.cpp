@@ -11,6 +11,7 @@
 #include "Zorvane/Platform/Virtual/VirtualScreenCapture.hpp"
 #include "Zorvane/Platform/Virtual/VirtualWindowList.hpp"
 #include "Zorvane/Platform/Virtual/VirtualWorkspace.hpp"
+#include "Zorvane/Platform/Virtual/VirtualUserDefaults.hpp"
 
 namespace zorvane {
 
@@ -44,6 +45,7 @@ Platform makeVirtualPlatform(std::shared_ptr<VirtualDesktop> desktop, std::share
     platform.platformExpert = std::make_shared<VirtualPlatformExpert>(desktop);
     platform.windowList = std::make_shared<VirtualWindowList>(desktop);
     platform.workspace = std::make_shared<VirtualWorkspace>(desktop);
+    platform.userDefaults = std::make_shared<VirtualUserDefaults>();
     platform.screenCapture = std::make_shared<VirtualScreenCapture>(desktop);
     platform.mediaWriting = mediaWriting ? std::move(mediaWriting) : VirtualMediaWriting::make(desktop->clock());
     return platform;
