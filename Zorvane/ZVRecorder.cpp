@@ -5,6 +5,7 @@
 #include "Zorvane/Internal/Conductor.hpp"
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/ShortID.hpp"
+#include "Zorvane/Internal/ZVUserPreferred.hpp"
 
 namespace zorvane {
 namespace {
@@ -73,6 +74,9 @@ ZVTask<> ZVRecorder::Implementation::start(Shared self) {
     const ZVOutcome<> outcome = co_await self->conductor->start(ShortID::make()).outcome();
     self->report(outcome, "start");
     outcome.value();
+    if (self->settings.updatesUserPreferred) {
+        ZVUserPreferred::shared()->updateInBackground(self->schema);
+    }
 }
 
 ZVTask<ZVRecorder::Result> ZVRecorder::Implementation::stop(Shared self) {

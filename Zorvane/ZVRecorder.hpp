@@ -62,8 +62,9 @@ class ZVRecorder {
     struct Settings {
         /// Kept; no source makes use of it.
         bool allowFrameReordering = true;
-        /// Whether a successful start makes the schema's sources the user's preferred ones. Kept; this version doesn't
-        /// remember preferred sources yet.
+        /// Whether a successful start makes the schema's sources the user's preferred ones, which are remembered over
+        /// recordings and programs: on Linux in "zorvane/preferences.json" below the user's configuration directory.
+        /// They are written behind the start; what can't be written leaves a warning in the log.
         bool updatesUserPreferred = true;
     };
 
