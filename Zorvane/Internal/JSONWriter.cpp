@@ -4,8 +4,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "Zorvane/Internal/UTF8.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Foundation/UTF8.hpp"
 
 namespace zorvane {
 namespace {

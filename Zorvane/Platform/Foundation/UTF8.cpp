@@ -1,4 +1,4 @@
-#include "Zorvane/Internal/UTF8.hpp"
+#include "Zorvane/Platform/Foundation/UTF8.hpp"
 
 namespace zorvane {
 namespace {
