@@ -38,7 +38,8 @@ TEST_F(X11ContentTest, WindowsAreListedFrontToBackWithWhatTheySayOfThemselves) {
     EXPECT_EQ(content.windows[0].owningApplication->applicationName, "Tester");
     EXPECT_EQ(content.windows[1].windowID, back);
     EXPECT_FALSE(content.windows[1].title);
-    EXPECT_FALSE(content.windows[1].owningApplication);
+    ASSERT_TRUE(content.windows[1].owningApplication) << "the server knows who is connected";
+    EXPECT_EQ(content.windows[1].owningApplication->processID, getpid());
 }
 
 TEST_F(X11ContentTest, AnApplicationIsListedOnceHoweverManyWindowsItHas) {

@@ -13,6 +13,25 @@
 namespace zorvane {
 namespace {
 
+constexpr CGWindowLevel desktopLevel = CGWindowLevelForKey(CGWindowLevelKey::desktopWindow);
+
+bool isIn(SCShareableContentScope scope, const XWindow& window) {
+    return scope == SCShareableContentScope::all || (window.isOnScreen && window.level != desktopLevel);
+}
+
+SCWindow shareable(const XWindow& window) {
+    SCWindow result{.windowID = window.windowID,
+                    .frame = window.frame,
+                    .title = window.title,
+                    .windowLayer = window.level,
+                    .isOnScreen = window.isOnScreen};
+    if (window.processID != 0) {
+        result.owningApplication = SCRunningApplication{
+            .processID = window.processID, .bundleIdentifier = window.className, .applicationName = window.className};
+    }
+    return result;
+}
+
 /// In the order of their frontmost windows.
 std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows) {
     std::vector<SCRunningApplication> applications;
@@ -34,7 +53,11 @@ SCShareableContent readContent(XSession& session, SCShareableContentScope scope)
     for (const XDisplay& display : readDisplays(*query)) {
         content.displays.push_back({.displayID = display.displayID, .frame = display.properties.bounds});
     }
-    content.windows = readWindows(*query, scope);
+    for (const XWindow& window : readWindows(*query)) {
+        if (isIn(scope, window)) {
+            content.windows.push_back(shareable(window));
+        }
+    }
     content.applications = owners(content.windows);
     return content;
 }

@@ -2,6 +2,7 @@
 
 #include <xcb/damage.h>
 #include <xcb/randr.h>
+#include <xcb/res.h>
 #include <xcb/shm.h>
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
@@ -12,6 +13,20 @@
 namespace zorvane {
 namespace {
 
+struct Version {
+    std::uint32_t major;
+    std::uint32_t minor;
+};
+
+template <class Reply>
+Version versionIn(const Reply& reply) {
+    return {reply.major_version, reply.minor_version};
+}
+
+Version versionIn(const xcb_res_query_version_reply_t& reply) {
+    return {reply.server_major, reply.server_minor};
+}
+
 /// `query` asks for the version and returns the reply. It isn't called for an extension that isn't there, because XCB
 /// closes a connection that uses one.
 template <class Query>
@@ -20,15 +35,17 @@ XExtension negotiateOne(xcb_connection_t* connection, xcb_extension_t& extension
     if (!data || !data->present) {
         return {};
     }
-    const auto version = query();
-    if (!version) {
+    const auto reply = query();
+    if (!reply) {
         return {};
     }
-    return {true, data->major_opcode, data->first_event, version->major_version, version->minor_version};
+    const Version version = versionIn(*reply);
+    return {true, data->major_opcode, data->first_event, version.major, version.minor};
 }
 
 void prefetch(xcb_connection_t* connection) {
-    for (xcb_extension_t* extension : {&xcb_damage_id, &xcb_randr_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_input_id}) {
+    for (xcb_extension_t* extension :
+         {&xcb_damage_id, &xcb_randr_id, &xcb_res_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_input_id}) {
         xcb_prefetch_extension_data(connection, extension);
     }
 }
@@ -50,6 +67,10 @@ XExtensions XExtensions::negotiate(xcb_connection_t* c) {
     offered.randr = negotiateOne(c, xcb_randr_id, [c] {
         const auto query = xcb_randr_query_version(c, XCB_RANDR_MAJOR_VERSION, XCB_RANDR_MINOR_VERSION);
         return XReply<xcb_randr_query_version_reply_t>(xcb_randr_query_version_reply(c, query, nullptr));
+    });
+    offered.resources = negotiateOne(c, xcb_res_id, [c] {
+        const auto query = xcb_res_query_version(c, XCB_RES_MAJOR_VERSION, XCB_RES_MINOR_VERSION);
+        return XReply<xcb_res_query_version_reply_t>(xcb_res_query_version_reply(c, query, nullptr));
     });
     offered.shm = negotiateOne(c, xcb_shm_id, [c] {
         const auto query = xcb_shm_query_version(c);

@@ -24,6 +24,7 @@ struct XExtension {
 struct XExtensions {
     XExtension damage;
     XExtension randr;
+    XExtension resources;
     XExtension shm;
     XExtension xfixes;
     XExtension xinput;

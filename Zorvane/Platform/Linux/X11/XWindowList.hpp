@@ -3,17 +3,16 @@
 
 #include <vector>
 
-#include "Zorvane/Platform/ScreenCaptureKit/SCShareableContent.hpp"
+#include "Zorvane/Platform/Linux/X11/XWindow.hpp"
 
 namespace zorvane {
 
 class XConnection;
 
-/// The applications' windows, front to back, as the window manager lists them; without one, the children of the root
-/// window. A frame includes the window manager's decoration and leaves out a shadow that a program draws itself. A
-/// window that goes away while it is being read is left out. Throws `NSError`.
+/// The applications' windows, front to back, as the window manager lists them; without one, the mapped children of the
+/// root window. A window that goes away while it is being read is left out. Throws `NSError`.
 ///
-/// An application is a process that owns windows; its name and identifier are the window's class.
-std::vector<SCWindow> readWindows(const XConnection& connection, SCShareableContentScope scope);
+/// For who asks once; who asks again and again has a `DesktopModel`.
+std::vector<XWindow> readWindows(const XConnection& connection);
 
 }  // namespace zorvane
