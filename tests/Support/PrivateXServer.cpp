@@ -39,15 +39,28 @@ std::string readLine(int pipe) {
 
 }  // namespace
 
-PrivateXServer::PrivateXServer(const std::string& screen, const std::string& withoutExtension) {
+PrivateXServer::PrivateXServer(const std::string& screen, const std::string& withoutExtension)
+    : screen_(screen), withoutExtension_(withoutExtension) {
+    start({});
+    if (const char* previous = std::getenv("DISPLAY")) {
+        previousName_ = previous;
+    }
+    setenv("DISPLAY", name_.c_str(), 1);
+}
+
+/// Under a name that is free if `name` is empty.
+void PrivateXServer::start(const std::string& name) {
     int ends[2];
     if (pipe(ends) != 0) {
         throw std::runtime_error("no pipe for the X server");
     }
     std::vector<std::string> arguments{
-        "Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen, "-noreset", "-nolisten", "tcp"};
-    if (!withoutExtension.empty()) {
-        arguments.insert(arguments.end(), {"-extension", withoutExtension});
+        "Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen_, "-noreset", "-nolisten", "tcp"};
+    if (!withoutExtension_.empty()) {
+        arguments.insert(arguments.end(), {"-extension", withoutExtension_});
+    }
+    if (!name.empty()) {
+        arguments.insert(arguments.begin() + 1, name);
     }
     const auto pointers = pointersTo(arguments);
     process_ = fork();
@@ -63,10 +76,6 @@ PrivateXServer::PrivateXServer(const std::string& screen, const std::string& wit
         throw std::runtime_error("Xvfb did not start; is it installed?");
     }
     name_ = ":" + number;
-    if (const char* previous = std::getenv("DISPLAY")) {
-        previousName_ = previous;
-    }
-    setenv("DISPLAY", name_.c_str(), 1);
 }
 
 PrivateXServer::~PrivateXServer() {
@@ -76,6 +85,10 @@ PrivateXServer::~PrivateXServer() {
 
 void PrivateXServer::kill() {
     end(SIGKILL);
+}
+
+void PrivateXServer::restart() {
+    start(name_);
 }
 
 void PrivateXServer::end(int signal) {

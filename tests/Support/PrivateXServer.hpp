@@ -20,13 +20,18 @@ class PrivateXServer {
 
     /// Ends it at once, as a crash would.
     void kill();
+    /// Starts it again under the same name, after `kill`.
+    void restart();
     /// Makes it hang until `resume`.
     void suspend();
     void resume();
 
   private:
+    void start(const std::string& name);
     void end(int signal);
 
+    const std::string screen_;
+    const std::string withoutExtension_;
     int process_ = -1;
     std::string name_;
     std::optional<std::string> previousName_;

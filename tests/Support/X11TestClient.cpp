@@ -71,11 +71,9 @@ std::uint32_t X11TestClient::makeWindow(const TestRect& rect, std::uint32_t pixe
 std::uint32_t X11TestClient::makeManagedWindow(const TestRect& rect, const std::string& title,
                                                const std::string& windowClass) {
     const std::uint32_t window = makeBareWindow(rect, screen_->white_pixel, false);
-    setText(window, atom("_NET_WM_NAME"), atom("UTF8_STRING"), title);
-    setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, "instance" + std::string(1, '\0') + windowClass + '\0');
-    const auto processID = static_cast<std::uint32_t>(getpid());
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1,
-                        &processID);
+    setText(window, "_NET_WM_NAME", "UTF8_STRING", title);
+    setText(window, "WM_CLASS", "STRING", "instance" + std::string(1, '\0') + windowClass + '\0');
+    setNumbers(window, "_NET_WM_PID", "CARDINAL", {static_cast<std::uint32_t>(getpid())});
     xcb_map_window(connection_, window);
     synchronize();
     return window;
@@ -83,6 +81,71 @@ std::uint32_t X11TestClient::makeManagedWindow(const TestRect& rect, const std::
 
 void X11TestClient::closeWindow(std::uint32_t window) {
     xcb_destroy_window(connection_, window);
+    synchronize();
+}
+
+void X11TestClient::moveWindow(std::uint32_t window, std::int16_t x, std::int16_t y) {
+    const std::array<std::int32_t, 2> place{x, y};
+    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place.data());
+    synchronize();
+}
+
+void X11TestClient::raiseWindow(std::uint32_t window) {
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    synchronize();
+}
+
+void X11TestClient::unmapWindow(std::uint32_t window) {
+    xcb_unmap_window(connection_, window);
+    synchronize();
+}
+
+void X11TestClient::putInto(std::uint32_t frame, std::uint32_t window, std::int16_t x, std::int16_t y) {
+    xcb_reparent_window(connection_, window, frame, x, y);
+    xcb_map_window(connection_, window);
+    xcb_map_window(connection_, frame);
+    synchronize();
+}
+
+void X11TestClient::setText(std::uint32_t window, const std::string& property, const std::string& type,
+                            const std::string& text) {
+    change(window, property, type, 8, text.data(), text.size());
+}
+
+void X11TestClient::setNumbers(std::uint32_t window, const std::string& property, const std::string& type,
+                               const std::vector<std::uint32_t>& numbers) {
+    change(window, property, type, 32, numbers.data(), numbers.size());
+}
+
+void X11TestClient::setAtoms(std::uint32_t window, const std::string& property, const std::vector<std::string>& names) {
+    std::vector<std::uint32_t> atoms;
+    for (const std::string& name : names) {
+        atoms.push_back(atom(name));
+    }
+    setNumbers(window, property, "ATOM", atoms);
+}
+
+void X11TestClient::change(std::uint32_t window, const std::string& property, const std::string& type,
+                           std::uint8_t format, const void* data, std::size_t size) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window == 0 ? screen_->root : window, atom(property),
+                        atom(type), format, static_cast<std::uint32_t>(size), data);
+    synchronize();
+}
+
+void X11TestClient::removeProperty(std::uint32_t window, const std::string& property) {
+    xcb_delete_property(connection_, window == 0 ? screen_->root : window, atom(property));
+    synchronize();
+}
+
+void X11TestClient::askWindowManager(std::uint32_t window, const std::string& message, std::uint32_t number) {
+    xcb_client_message_event_t event{.response_type = XCB_CLIENT_MESSAGE, .format = 32};
+    event.window = window == 0 ? screen_->root : window;
+    event.type = atom(message);
+    event.data.data32[0] = number;
+    xcb_send_event(connection_, 0, screen_->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&event));
     synchronize();
 }
 
@@ -180,11 +243,6 @@ void X11TestClient::setEDID(const std::vector<std::uint8_t>& bytes) {
     xcb_randr_change_output_property(connection_, output(), atom("EDID"), XCB_ATOM_INTEGER, 8, XCB_PROP_MODE_REPLACE,
                                      static_cast<std::uint32_t>(bytes.size()), bytes.data());
     synchronize();
-}
-
-void X11TestClient::setText(std::uint32_t window, std::uint32_t property, std::uint32_t type, const std::string& text) {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, property, type, 8,
-                        static_cast<std::uint32_t>(text.size()), text.data());
 }
 
 std::uint32_t X11TestClient::atom(const std::string& name) {

@@ -36,6 +36,20 @@ class X11TestClient {
     /// One that a window manager, if there is one, takes care of.
     std::uint32_t makeManagedWindow(const TestRect& rect, const std::string& title, const std::string& windowClass);
     void closeWindow(std::uint32_t window);
+    void moveWindow(std::uint32_t window, std::int16_t x, std::int16_t y);
+    void raiseWindow(std::uint32_t window);
+    void unmapWindow(std::uint32_t window);
+    /// Puts a window into another one, as a window manager does with its frames, and shows both.
+    void putInto(std::uint32_t frame, std::uint32_t window, std::int16_t x, std::int16_t y);
+
+    /// Writes a property; window 0 is the root window. Types and properties go by their names.
+    void setText(std::uint32_t window, const std::string& property, const std::string& type, const std::string& text);
+    void setNumbers(std::uint32_t window, const std::string& property, const std::string& type,
+                    const std::vector<std::uint32_t>& numbers);
+    void setAtoms(std::uint32_t window, const std::string& property, const std::vector<std::string>& names);
+    void removeProperty(std::uint32_t window, const std::string& property);
+    /// Asks the window manager for something by a message of that name, such as "WM_CHANGE_STATE".
+    void askWindowManager(std::uint32_t window, const std::string& message, std::uint32_t number);
 
     void movePointer(std::int16_t x, std::int16_t y);
     /// Gives the root window a cursor that is a square of one colour, its hot spot at the top left.
@@ -51,7 +65,8 @@ class X11TestClient {
 
   private:
     std::uint32_t makeBareWindow(const TestRect& rect, std::uint32_t pixel, bool overridesRedirect);
-    void setText(std::uint32_t window, std::uint32_t property, std::uint32_t type, const std::string& text);
+    void change(std::uint32_t window, const std::string& property, const std::string& type, std::uint8_t format,
+                const void* data, std::size_t size);
     std::uint32_t output();
     std::uint32_t atom(const std::string& name);
     void synchronize();

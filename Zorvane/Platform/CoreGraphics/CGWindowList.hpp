@@ -13,10 +13,11 @@ namespace zorvane {
 using CGWindowID = std::uint32_t;
 inline constexpr CGWindowID kCGNullWindowID = 0;
 
-/// Which windows are listed.
+/// Which windows are listed. A window server may go on listing a minimised window, or one of another workspace, for
+/// either option; `isOnScreen` is false then.
 enum class CGWindowListOption : std::uint32_t {
-    all = 0,           ///< minimised windows and those of other workspaces too
-    onScreenOnly = 1,  ///< only windows that are on the screen
+    all = 0,           ///< windows that nobody can see too
+    onScreenOnly = 1,  ///< the windows that the desktop shows
 };
 
 enum class CGWindowSharingType : std::uint32_t { none = 0, readOnly = 1, readWrite = 2 };

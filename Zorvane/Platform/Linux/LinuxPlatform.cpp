@@ -4,18 +4,22 @@
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/Platform/Linux/System/UserDefaults.hpp"
+#include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
 #include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
+#include "Zorvane/Platform/Linux/X11/X11WindowList.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 
 namespace zorvane {
 
 Platform makeLinuxPlatform() {
     const auto session = std::make_shared<XSession>();
+    const auto desktop = std::make_shared<DesktopWatch>();
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session);
     platform.userDefaults = std::make_shared<UserDefaults>();
+    platform.windowList = std::make_shared<X11WindowList>(desktop);
     platform.screenCapture = std::make_shared<X11ScreenCapture>(session);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();
