@@ -31,6 +31,7 @@ std::shared_ptr<const Platform> completed(Platform platform) {
     fillIn(platform.windowList, standard.windowList);
     fillIn(platform.workspace, standard.workspace);
     fillIn(platform.userDefaults, standard.userDefaults);
+    fillIn(platform.captureAccess, standard.captureAccess);
     fillIn(platform.captureDevices, standard.captureDevices);
     fillIn(platform.captureHardware, standard.captureHardware);
     fillIn(platform.platformExpert, standard.platformExpert);

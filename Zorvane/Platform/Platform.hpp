@@ -18,6 +18,7 @@ class AVMediaWriting;
 class CGDisplays;
 class CGWindowList;
 class CMIOHardware;
+class CaptureAccess;
 class IOPlatformExpert;
 class NSUserDefaults;
 class NSWorkspace;
@@ -58,6 +59,7 @@ struct Platform {
     std::shared_ptr<CGWindowList> windowList;
     std::shared_ptr<NSWorkspace> workspace;
     std::shared_ptr<NSUserDefaults> userDefaults;
+    std::shared_ptr<CaptureAccess> captureAccess;
     std::shared_ptr<AVCaptureDevices> captureDevices;
     std::shared_ptr<CMIOHardware> captureHardware;
     std::shared_ptr<IOPlatformExpert> platformExpert;

@@ -12,6 +12,7 @@
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Platform.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCScreenCapture.hpp"
+#include "Zorvane/ZVAuthorizationStatus.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
@@ -22,7 +23,7 @@ constexpr std::size_t queueDepth = 6;   // pictures under way between the screen
 constexpr std::int32_t nanoseconds = 1'000'000'000;
 
 void requireScreenCapturePermission(const Logger& logger) {
-    if (!Platform::current()->displays->preflightScreenCaptureAccess()) {
+    if (!ZVAuthorizationStatus::screenRecording()) {
         logger.error("Missing required screen capture permissions. See ZVAuthorizationStatus.");
         throw ZVError::badOperation(
             "Screen capture permission is required to record (a part of) the display. See ZVAuthorizationStatus.");

@@ -83,9 +83,6 @@ class CGDisplays {
         static_cast<void>(callback);
         static_cast<void>(userInfo);
     }
-
-    /// Whether this process may read the screen. Never asks the user.
-    virtual bool preflightScreenCaptureAccess() = 0;
 };
 
 }  // namespace zorvane

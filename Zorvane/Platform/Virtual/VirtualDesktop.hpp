@@ -20,6 +20,7 @@
 #include "Zorvane/Platform/Virtual/VirtualScene.hpp"
 #include "Zorvane/Platform/Virtual/VirtualSceneChange.hpp"
 #include "Zorvane/Platform/Virtual/VirtualSound.hpp"
+#include "Zorvane/ZVPermission.hpp"
 
 namespace zorvane {
 
@@ -50,9 +51,17 @@ enum class VirtualOddSample : std::uint8_t {
     unknownType,    ///< a complete picture, delivered as a type that no stream has
 };
 
+/// How one permission stands, and what the user says when asked for one that is not determined.
+struct VirtualAccess {
+    AVAuthorizationStatus status = AVAuthorizationStatus::authorized;
+    bool userAllows = true;
+    double secondsToAnswer = 0;
+    bool hasUsageDescription = true;  ///< for cameras and microphones
+};
+
 /// What is allowed and what goes wrong, beside the picture.
 struct VirtualConditions {
-    bool allowsScreenCapture = true;
+    std::map<ZVPermission, VirtualAccess> access;  ///< what isn't named is authorized
     std::optional<CGError> displayListError;
     std::exception_ptr windowListError;
     std::deque<VirtualAnswer> contentAnswers;  ///< for the next requests, in order; later ones are answered at once
@@ -63,6 +72,11 @@ struct VirtualConditions {
     /// time since their start.
     std::optional<std::chrono::nanoseconds> streamClockOffset{std::chrono::nanoseconds(0)};
     std::map<CGDirectDisplayID, std::chrono::nanoseconds> picturesHeldUntil;  ///< host times
+
+    bool allowsScreenCapture() const {
+        const auto named = access.find(ZVPermission::screenRecording);
+        return named == access.end() || named->second.status == AVAuthorizationStatus::authorized;
+    }
 };
 
 /// All there is, under the desktop's lock.

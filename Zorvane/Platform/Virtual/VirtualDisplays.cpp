@@ -53,8 +53,4 @@ void VirtualDisplays::removeReconfigurationCallback(CGDisplayReconfigurationCall
     desktop_->sceneHandlers().displayReconfigured->remove(id);
 }
 
-bool VirtualDisplays::preflightScreenCaptureAccess() {
-    return desktop_->withState([](VirtualDesktopState& state) { return state.conditions.allowsScreenCapture; });
-}
-
 }  // namespace zorvane

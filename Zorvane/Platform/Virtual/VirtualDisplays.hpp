@@ -19,7 +19,6 @@ class VirtualDisplays final : public CGDisplays {
     std::optional<CGDisplayMode> displayMode(CGDirectDisplayID displayID) override;
     void registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) override;
     void removeReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) override;
-    bool preflightScreenCaptureAccess() override;
 
   private:
     using Registration = std::pair<CGDisplayReconfigurationCallBack, void*>;

@@ -140,7 +140,12 @@ const VirtualMoment& VirtualMoment::failDisplayList(CGError error) const {
 }
 
 const VirtualMoment& VirtualMoment::allowScreenCapture(bool allow) const {
-    return change([allow](VirtualDesktopState& state) { state.conditions.allowsScreenCapture = allow; });
+    return setAccess(ZVPermission::screenRecording,
+                     {.status = allow ? AVAuthorizationStatus::authorized : AVAuthorizationStatus::denied});
+}
+
+const VirtualMoment& VirtualMoment::setAccess(ZVPermission permission, const VirtualAccess& access) const {
+    return change([=](VirtualDesktopState& state) { state.conditions.access[permission] = access; });
 }
 
 const VirtualMoment& VirtualMoment::answerContentRequests(std::vector<VirtualAnswer> answers) const {

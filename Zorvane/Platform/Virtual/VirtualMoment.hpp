@@ -75,6 +75,7 @@ class VirtualMoment {
 
     // Screen capture.
     const VirtualMoment& allowScreenCapture(bool allow) const;
+    const VirtualMoment& setAccess(ZVPermission permission, const VirtualAccess& access) const;
     /// What becomes of the next requests for shareable content, one after the other.
     const VirtualMoment& answerContentRequests(std::vector<VirtualAnswer> answers) const;
     const VirtualMoment& failServiceRestart(std::exception_ptr error) const;

@@ -3,15 +3,16 @@
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/Virtual/VirtualCaptureAccess.hpp"
 #include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDisplays.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMachine.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMediaWriting.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScreenCapture.hpp"
+#include "Zorvane/Platform/Virtual/VirtualUserDefaults.hpp"
 #include "Zorvane/Platform/Virtual/VirtualWindowList.hpp"
 #include "Zorvane/Platform/Virtual/VirtualWorkspace.hpp"
-#include "Zorvane/Platform/Virtual/VirtualUserDefaults.hpp"
 
 namespace zorvane {
 
@@ -40,6 +41,7 @@ Platform makeVirtualPlatform(std::shared_ptr<VirtualDesktop> desktop, std::share
     Platform platform;
     platform.clock = desktop->clock();
     platform.displays = std::make_shared<VirtualDisplays>(desktop);
+    platform.captureAccess = std::make_shared<VirtualCaptureAccess>(desktop);
     platform.captureDevices = desktop->captureDevices();
     platform.captureHardware = std::make_shared<VirtualCMIOHardware>(desktop);
     platform.platformExpert = std::make_shared<VirtualPlatformExpert>(desktop);

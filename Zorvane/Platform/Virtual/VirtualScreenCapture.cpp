@@ -30,7 +30,7 @@ void answerNow(VirtualDesktop& desktop, const VirtualAnswer& answer, SCShareable
                const SCScreenCapture::ContentHandler& handler) {
     std::exception_ptr error = answer.error;
     const SCShareableContent content = desktop.withState([&](VirtualDesktopState& state) {
-        if (!state.conditions.allowsScreenCapture) {
+        if (!state.conditions.allowsScreenCapture()) {
             error = missingPermission();
         }
         return state.scene.shareableContent(scope);

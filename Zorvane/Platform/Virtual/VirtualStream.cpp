@@ -93,7 +93,7 @@ void VirtualStream::addStreamOutput(std::weak_ptr<SCStreamOutput> output, SCStre
 
 std::exception_ptr VirtualStream::obstacleToStart() const {
     return desktop_->withState([this](VirtualDesktopState& state) -> std::exception_ptr {
-        if (!state.conditions.allowsScreenCapture) {
+        if (!state.conditions.allowsScreenCapture()) {
             return std::make_exception_ptr(streamError(SCStreamErrorCode::userDeclined, "Capture is not permitted."));
         }
         if (!isConfigured_) {

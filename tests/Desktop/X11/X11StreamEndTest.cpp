@@ -1,3 +1,4 @@
+#include "Zorvane/Platform/AVFoundation/CaptureAccess.hpp"
 #include "Zorvane/ZVError.hpp"
 #include "tests/Desktop/X11/X11StreamFixture.hpp"
 
@@ -100,7 +101,7 @@ TEST_F(X11StreamTest, TheEndOfTheServerEndsTheStreamWithAnError) {
     EXPECT_NE(localizedDescription(error).find("went away"), std::string::npos) << localizedDescription(error);
     EXPECT_EQ(codeOf(stop(*stream)), code(SCStreamErrorCode::attemptToStopStreamState));
     EXPECT_TRUE(start(*capture().makeStream({}, {}, samples)));
-    EXPECT_FALSE(platform_.displays->preflightScreenCaptureAccess());
+    EXPECT_FALSE(platform_.captureAccess->request(ZVPermission::screenRecording));
 }
 
 TEST_F(X11StreamTest, TheEndOfTheServerDuringABurstEndsTheStreamWithAnError) {

@@ -42,12 +42,4 @@ std::optional<CGDisplayMode> X11Displays::displayMode(CGDirectDisplayID displayI
     return CGDisplayMode{.width = width, .height = height, .pixelWidth = width, .pixelHeight = height};
 }
 
-bool X11Displays::preflightScreenCaptureAccess() {
-    try {
-        return session_->query()->isAlive();
-    } catch (const NSError&) {
-        return false;
-    }
-}
-
 }  // namespace zorvane

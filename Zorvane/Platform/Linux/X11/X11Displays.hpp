@@ -17,8 +17,6 @@ class X11Displays final : public CGDisplays {
     std::vector<CGDirectDisplayID> activeDisplayList() override;
     std::optional<CGDisplayProperties> properties(CGDirectDisplayID displayID) override;
     std::optional<CGDisplayMode> displayMode(CGDirectDisplayID displayID) override;
-    /// Whether the X server lets this process connect: who may connect may read the screen.
-    bool preflightScreenCaptureAccess() override;
 
   private:
     std::shared_ptr<XSession> session_;

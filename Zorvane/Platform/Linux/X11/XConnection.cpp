@@ -37,7 +37,7 @@ NSError connectionError(const std::string& name) {
 }
 
 NSError noAnswerError(const std::string& name) {
-    return {X11ErrorDomain, 0, {fmt::format("The X server \"{}\" doesn't answer. Does it hang?", name)}};
+    return {X11ErrorDomain, X11NoAnswerError, {fmt::format("The X server \"{}\" doesn't answer. Does it hang?", name)}};
 }
 
 /// One at a time, since XCB finds the authority file through a library with a static buffer.

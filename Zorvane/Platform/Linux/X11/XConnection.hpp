@@ -17,8 +17,9 @@ struct xcb_screen_t;
 namespace zorvane {
 
 /// The domain of the X server's `NSError`s. The code is the protocol's error code, or 0 when the connection is at
-/// fault.
+/// fault, or one of those below.
 inline constexpr std::string_view X11ErrorDomain = "X11ErrorDomain";
+inline constexpr std::int64_t X11NoAnswerError = -1;
 
 /// What a server is given to answer before it counts as hanging, where nobody else can end the wait.
 inline constexpr std::chrono::milliseconds longestXAnswer{3500};

@@ -6,6 +6,7 @@
 #include <numbers>
 #include <string>
 
+#include "Zorvane/Platform/AVFoundation/CaptureAccess.hpp"
 #include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Virtual/ManualClock.hpp"
@@ -73,7 +74,7 @@ TEST_F(VirtualStreamTest, EveryScriptedFrameIsShownAtItsTime) {
 
 TEST_F(VirtualStreamTest, AScriptEventInThePresentHappensInsideTheCall) {
     desktop_->at(0).allowScreenCapture(false).failDisplayList(CGError::failure);
-    EXPECT_FALSE(platform_.displays->preflightScreenCaptureAccess());
+    EXPECT_FALSE(platform_.captureAccess->request(ZVPermission::screenRecording));
     EXPECT_THROW(platform_.displays->activeDisplayList(), CGErrorDescription);
     EXPECT_EQ(test::streamErrorCode(startStream()), SCStreamErrorCode::userDeclined);
     desktop_->now().failDisplayList(CGError::success);
