@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -100,8 +101,16 @@ class ZVPublisher {
 
     /// The same as a stream, which keeps every value until it is taken. It ends when its consumer drops it.
     ZVAsyncStream<T> values() const {
-        auto [stream, source] = ZVAsyncStream<T>::make(ZVStreamBuffering::unbounded());
-        auto kept = std::make_shared<ZVSubscription>(subscribe([source](const T& value) { source.yield(value); }));
+        return values([](const T& value) { return value; });
+    }
+
+    /// The stream of what `transform(value)` makes of each value. It runs on the main executor and must not throw.
+    template <class Transform>
+    auto values(Transform transform) const {
+        using Result = std::invoke_result_t<const Transform&, const T&>;
+        auto [stream, source] = ZVAsyncStream<Result>::make(ZVStreamBuffering::unbounded());
+        auto forward = [source, transform = std::move(transform)](const T& value) { source.yield(transform(value)); };
+        auto kept = std::make_shared<ZVSubscription>(subscribe(std::move(forward)));
         source.onTermination([kept] { kept->cancel(); });
         return std::move(stream);
     }

@@ -38,6 +38,12 @@ class Logger {
                           std::shared_ptr<ZVLogger> zvLogger = ZVLogger::shared(),
                           std::string_view sourceFile = __builtin_FILE());
 
+    /// The category is `category`, for objects that act on behalf of another one.
+    static Logger forCategory(std::string_view category, Identifier identifier = std::nullopt,
+                              LogMetadata metadata = {}, std::shared_ptr<ZVLogger> zvLogger = ZVLogger::shared()) {
+        return Logger(std::move(zvLogger), category, identifier, std::move(metadata));
+    }
+
     /// The same core and metadata under another category, with more metadata.
     template <typename Owner>
     Logger with(Identifier identifier = std::nullopt, const LogMetadata& additionalMetadata = {}) const {
