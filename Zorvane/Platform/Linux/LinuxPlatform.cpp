@@ -3,7 +3,9 @@
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
-#include "Zorvane/Platform/Linux/LinuxCaptureAccess.hpp"
+#include "Zorvane/Platform/Linux/LinuxCaptureDevices.hpp"
+#include "Zorvane/Platform/Linux/System/CaptureHardware.hpp"
+#include "Zorvane/Platform/Linux/System/MachineModel.hpp"
 #include "Zorvane/Platform/Linux/System/UserDefaults.hpp"
 #include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
@@ -19,9 +21,11 @@ Platform makeLinuxPlatform() {
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session);
+    platform.captureDevices = std::make_shared<LinuxCaptureDevices>(nullptr, nullptr);
+    platform.captureHardware = std::make_shared<CaptureHardware>();
+    platform.platformExpert = std::make_shared<MachineModel>();
     platform.userDefaults = std::make_shared<UserDefaults>();
     platform.windowList = std::make_shared<X11WindowList>(desktop);
-    platform.captureAccess = std::make_shared<LinuxCaptureAccess>(session);
     platform.screenCapture = std::make_shared<X11ScreenCapture>(session);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();

@@ -1,0 +1,32 @@
+// The capture devices of a Linux desktop, which come from more than one service.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "Zorvane/Platform/AVFoundation/AVCaptureDevice.hpp"
+
+namespace zorvane {
+
+/// Asks one backend for cameras and microphones and another one for phones.
+class LinuxCaptureDevices final : public AVCaptureDevices {
+  public:
+    /// Either may be null: there are no such devices then.
+    LinuxCaptureDevices(std::shared_ptr<AVCaptureDevices> camerasAndMicrophones,
+                        std::shared_ptr<AVCaptureDevices> phones)
+        : camerasAndMicrophones_(std::move(camerasAndMicrophones)), phones_(std::move(phones)) {}
+
+    std::shared_ptr<AVCaptureDeviceDiscoverySession> makeDiscoverySession(std::vector<AVCaptureDeviceType> deviceTypes,
+                                                                          AVMediaType mediaType) override;
+    std::string defaultDeviceID(AVMediaType mediaType) override;
+
+  private:
+    const std::shared_ptr<AVCaptureDevices>& backend(AVMediaType mediaType) const {
+        return mediaType == AVMediaType::muxed ? phones_ : camerasAndMicrophones_;
+    }
+
+    const std::shared_ptr<AVCaptureDevices> camerasAndMicrophones_;
+    const std::shared_ptr<AVCaptureDevices> phones_;
+};
+
+}  // namespace zorvane
