@@ -3,6 +3,7 @@
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
+#include "Zorvane/Platform/Linux/LinuxCaptureAccess.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureDevices.hpp"
 #include "Zorvane/Platform/Linux/System/CaptureHardware.hpp"
 #include "Zorvane/Platform/Linux/System/MachineModel.hpp"
@@ -26,6 +27,7 @@ Platform makeLinuxPlatform() {
     platform.platformExpert = std::make_shared<MachineModel>();
     platform.userDefaults = std::make_shared<UserDefaults>();
     platform.windowList = std::make_shared<X11WindowList>(desktop);
+    platform.captureAccess = std::make_shared<LinuxCaptureAccess>(session);
     platform.screenCapture = std::make_shared<X11ScreenCapture>(session);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();
