@@ -53,4 +53,14 @@ UTF8Sequence leadingUTF8Sequence(std::string_view text) {
     return {lead.length, true};
 }
 
+std::string repairedUTF8(std::string_view text) {
+    std::string repaired;
+    while (!text.empty()) {
+        const auto next = leadingUTF8Sequence(text);
+        repaired += next.isValid ? text.substr(0, next.length) : "\xEF\xBF\xBD";
+        text.remove_prefix(next.length);
+    }
+    return repaired;
+}
+
 }  // namespace zorvane

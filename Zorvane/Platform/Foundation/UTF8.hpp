@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace zorvane {
@@ -14,5 +15,8 @@ struct UTF8Sequence {
 
 /// Looks at the beginning of a text that isn't empty. Overlong forms, surrogates and values beyond U+10FFFF are faulty.
 UTF8Sequence leadingUTF8Sequence(std::string_view text);
+
+/// The text with U+FFFD for each faulty stretch.
+std::string repairedUTF8(std::string_view text);
 
 }  // namespace zorvane
