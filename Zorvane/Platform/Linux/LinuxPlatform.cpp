@@ -1,10 +1,12 @@
 #include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
 
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/FFmpeg/FFmpegImageReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureAccess.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureDevices.hpp"
+#include "Zorvane/Platform/Linux/System/ApplicationCatalog.hpp"
 #include "Zorvane/Platform/Linux/System/CaptureHardware.hpp"
 #include "Zorvane/Platform/Linux/System/MachineModel.hpp"
 #include "Zorvane/Platform/Linux/System/UserDefaults.hpp"
@@ -12,6 +14,7 @@
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
 #include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
 #include "Zorvane/Platform/Linux/X11/X11WindowList.hpp"
+#include "Zorvane/Platform/Linux/X11/X11Workspace.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 
 namespace zorvane {
@@ -19,6 +22,7 @@ namespace zorvane {
 Platform makeLinuxPlatform() {
     const auto session = std::make_shared<XSession>();
     const auto desktop = std::make_shared<DesktopWatch>();
+    const auto catalog = std::make_shared<ApplicationCatalog>(dataDirectories());
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session);
@@ -26,9 +30,10 @@ Platform makeLinuxPlatform() {
     platform.captureHardware = std::make_shared<CaptureHardware>();
     platform.platformExpert = std::make_shared<MachineModel>();
     platform.userDefaults = std::make_shared<UserDefaults>();
-    platform.windowList = std::make_shared<X11WindowList>(desktop);
     platform.captureAccess = std::make_shared<LinuxCaptureAccess>(session);
-    platform.screenCapture = std::make_shared<X11ScreenCapture>(session);
+    platform.windowList = std::make_shared<X11WindowList>(desktop, catalog);
+    platform.workspace = std::make_shared<X11Workspace>(desktop, catalog, session, readImageFile);
+    platform.screenCapture = std::make_shared<X11ScreenCapture>(session, catalog);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();
     return platform;

@@ -11,20 +11,13 @@
 #include "Zorvane/Platform/CoreGraphics/CGWindowList.hpp"
 #include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
 #include "tests/Support/PrivateXServer.hpp"
+#include "tests/Support/WaitUntil.hpp"
 #include "tests/Support/X11TestClient.hpp"
 
 namespace zorvane {
 namespace {
 
 using std::chrono::steady_clock;
-
-/// Asks until the answer is there: the server tells each client in its own time. A test that hangs is ended by ctest.
-template <class Predicate>
-void waitUntil(Predicate isTrue) {
-    while (!isTrue()) {
-        std::this_thread::yield();
-    }
-}
 
 std::vector<CGWindowID> idsOf(CGWindowList& list) {
     return list.create(CGWindowListOption::all, kCGNullWindowID).value_or(std::vector<CGWindowID>());

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Platform/Linux/System/ApplicationCatalog.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Stream.hpp"
 #include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
@@ -19,15 +20,17 @@ bool isIn(SCShareableContentScope scope, const XWindow& window) {
     return scope == SCShareableContentScope::all || (window.isOnScreen && window.level != desktopLevel);
 }
 
-SCWindow shareable(const XWindow& window) {
+SCWindow shareable(const XWindow& window, ApplicationCatalog& catalog) {
     SCWindow result{.windowID = window.windowID,
                     .frame = window.frame,
                     .title = window.title,
                     .windowLayer = window.level,
                     .isOnScreen = window.isOnScreen};
     if (window.processID != 0) {
-        result.owningApplication = SCRunningApplication{
-            .processID = window.processID, .bundleIdentifier = window.className, .applicationName = window.className};
+        auto identity = catalog.identify(window.processID, window.className, window.instanceName);
+        result.owningApplication = SCRunningApplication{.processID = window.processID,
+                                                        .bundleIdentifier = std::move(identity.identifier),
+                                                        .applicationName = std::move(identity.name)};
     }
     return result;
 }
@@ -46,7 +49,7 @@ std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows) {
     return applications;
 }
 
-SCShareableContent readContent(XSession& session, SCShareableContentScope scope) {
+SCShareableContent readContent(XSession& session, ApplicationCatalog& catalog, SCShareableContentScope scope) {
     const PoolBlockingScope blocking;
     const XQuery query = session.query();
     SCShareableContent content;
@@ -55,7 +58,7 @@ SCShareableContent readContent(XSession& session, SCShareableContentScope scope)
     }
     for (const XWindow& window : readWindows(*query)) {
         if (isIn(scope, window)) {
-            content.windows.push_back(shareable(window));
+            content.windows.push_back(shareable(window, catalog));
         }
     }
     content.applications = owners(content.windows);
@@ -64,18 +67,19 @@ SCShareableContent readContent(XSession& session, SCShareableContentScope scope)
 
 }  // namespace
 
-X11ScreenCapture::X11ScreenCapture(std::shared_ptr<XSession> session) : session_(std::move(session)) {}
+X11ScreenCapture::X11ScreenCapture(std::shared_ptr<XSession> session, std::shared_ptr<ApplicationCatalog> catalog)
+    : session_(std::move(session)), catalog_(std::move(catalog)) {}
 
 X11ScreenCapture::~X11ScreenCapture() {
     session_->reset();
 }
 
 void X11ScreenCapture::getShareableContent(SCShareableContentScope scope, ContentHandler handler) {
-    auto answer = [session = session_, scope, handler = std::move(handler)] {
+    auto answer = [session = session_, catalog = catalog_, scope, handler = std::move(handler)] {
         SCShareableContent content;
         std::exception_ptr error;
         try {
-            content = readContent(*session, scope);
+            content = readContent(*session, *catalog, scope);
         } catch (...) {
             error = std::current_exception();
         }

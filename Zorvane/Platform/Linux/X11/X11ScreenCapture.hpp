@@ -7,13 +7,14 @@
 
 namespace zorvane {
 
+class ApplicationCatalog;
 class XSession;
 
 /// `SCScreenCapture` on XCB. Content is asked for on the pool, and a request that waits for a server that hangs holds
 /// up nobody else there. Handlers run on the pool.
 class X11ScreenCapture final : public SCScreenCapture {
   public:
-    explicit X11ScreenCapture(std::shared_ptr<XSession> session);
+    X11ScreenCapture(std::shared_ptr<XSession> session, std::shared_ptr<ApplicationCatalog> catalog);
     /// Requests that wait for the server end with an error. Their handlers may still run afterwards.
     ~X11ScreenCapture() override;
 
@@ -25,7 +26,8 @@ class X11ScreenCapture final : public SCScreenCapture {
     void restartCaptureService(std::function<void(std::exception_ptr error)> handler) override;
 
   private:
-    const std::shared_ptr<XSession> session_;  // also held by each request under way
+    const std::shared_ptr<XSession> session_;  // these are also held by each request under way
+    const std::shared_ptr<ApplicationCatalog> catalog_;
 };
 
 }  // namespace zorvane

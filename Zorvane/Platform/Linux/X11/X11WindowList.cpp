@@ -4,12 +4,13 @@
 #include <unordered_map>
 #include <utility>
 
+#include "Zorvane/Platform/Linux/System/ApplicationCatalog.hpp"
 #include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
 
 namespace zorvane {
 namespace {
 
-CGWindowDescription describe(const XWindow& window) {
+CGWindowDescription describe(const XWindow& window, ApplicationCatalog& catalog) {
     constexpr double bytesPerPixel = 4;
     CGWindowDescription description{.number = window.windowID,
                                     .bounds = window.frame,
@@ -19,14 +20,15 @@ CGWindowDescription describe(const XWindow& window) {
                                     .isOnScreen = window.isOnScreen};
     description.memoryUsage =
         static_cast<std::int64_t>(window.frame.size.width * window.frame.size.height * bytesPerPixel);
-    description.ownerName = window.className;
+    description.ownerName = catalog.identify(window.processID, window.className, window.instanceName).name;
     description.ownerPID = window.processID;
     return description;
 }
 
 }  // namespace
 
-X11WindowList::X11WindowList(std::shared_ptr<DesktopWatch> watch) : watch_(std::move(watch)) {}
+X11WindowList::X11WindowList(std::shared_ptr<DesktopWatch> watch, std::shared_ptr<ApplicationCatalog> catalog)
+    : watch_(std::move(watch)), catalog_(std::move(catalog)) {}
 
 std::vector<CGWindowDescription> X11WindowList::copyWindowInfo(CGWindowListOption, CGWindowID) {
     const std::lock_guard lock(mutex_);
@@ -76,7 +78,7 @@ void X11WindowList::update() {
     windows_.clear();
     for (const auto& window : state->windows) {
         const auto old = known.find(window.get());
-        windows_.push_back({window, old == known.end() ? describe(*window) : std::move(old->second)});
+        windows_.push_back({window, old == known.end() ? describe(*window, *catalog_) : std::move(old->second)});
     }
     state_ = std::move(state);
 }

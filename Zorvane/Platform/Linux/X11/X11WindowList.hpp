@@ -10,6 +10,7 @@
 
 namespace zorvane {
 
+class ApplicationCatalog;
 class DesktopWatch;
 struct DesktopState;
 struct XWindow;
@@ -19,7 +20,7 @@ struct XWindow;
 /// a window manager, the mapped children of the root window.
 class X11WindowList final : public CGWindowList {
   public:
-    explicit X11WindowList(std::shared_ptr<DesktopWatch> watch);
+    X11WindowList(std::shared_ptr<DesktopWatch> watch, std::shared_ptr<ApplicationCatalog> catalog);
 
     std::vector<CGWindowDescription> copyWindowInfo(CGWindowListOption option, CGWindowID relativeToWindow) override;
     std::optional<std::vector<CGWindowID>> create(CGWindowListOption option, CGWindowID relativeToWindow) override;
@@ -33,6 +34,7 @@ class X11WindowList final : public CGWindowList {
     void update();
 
     const std::shared_ptr<DesktopWatch> watch_;
+    const std::shared_ptr<ApplicationCatalog> catalog_;
     std::mutex mutex_;
     std::shared_ptr<const DesktopState> state_;  // guarded by mutex_
     std::vector<Described> windows_;             // guarded by mutex_; those of state_
