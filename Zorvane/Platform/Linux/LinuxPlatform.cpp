@@ -6,6 +6,8 @@
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureAccess.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureDevices.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureDevices.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
 #include "Zorvane/Platform/Linux/System/ApplicationCatalog.hpp"
 #include "Zorvane/Platform/Linux/System/CaptureHardware.hpp"
 #include "Zorvane/Platform/Linux/System/MachineModel.hpp"
@@ -23,10 +25,12 @@ Platform makeLinuxPlatform() {
     const auto session = std::make_shared<XSession>();
     const auto desktop = std::make_shared<DesktopWatch>();
     const auto catalog = std::make_shared<ApplicationCatalog>(dataDirectories());
+    const auto pipeWire = std::make_shared<PipeWireSession>();
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session);
-    platform.captureDevices = std::make_shared<LinuxCaptureDevices>(nullptr, nullptr);
+    platform.captureDevices =
+        std::make_shared<LinuxCaptureDevices>(std::make_shared<PipeWireCaptureDevices>(pipeWire), nullptr);
     platform.captureHardware = std::make_shared<CaptureHardware>();
     platform.platformExpert = std::make_shared<MachineModel>();
     platform.userDefaults = std::make_shared<UserDefaults>();

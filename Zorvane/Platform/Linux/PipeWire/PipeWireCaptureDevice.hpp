@@ -1,0 +1,47 @@
+// One camera or microphone of PipeWire.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
+#include "Zorvane/Platform/AVFoundation/AVCaptureDevice.hpp"
+#include "Zorvane/Platform/Foundation/NSKeyValueObservers.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireDeviceDescription.hpp"
+
+namespace zorvane {
+
+/// Suspended means: what it listens to isn't there, such as the microphone of an empty jack. A node that PipeWire has
+/// put to sleep to save power is not suspended, since it wakes when it is used; nor is a muted one, which delivers
+/// silence because its user wants that.
+class PipeWireCaptureDevice final : public AVCaptureDevice {
+  public:
+    explicit PipeWireCaptureDevice(PipeWireDeviceDescription description) : description_(std::move(description)) {}
+
+    std::string uniqueID() const override { return description_.uniqueID; }
+    std::string localizedName() const override { return description_.localizedName; }
+    std::string modelID() const override { return description_.modelID; }
+    std::string manufacturer() const override { return description_.manufacturer; }
+    AVCaptureDeviceType deviceType() const override { return description_.deviceType; }
+    AVCaptureDeviceTransportType transportType() const override { return description_.transportType; }
+    bool isConnected() const override;
+    bool isSuspended() const override;
+    AVCaptureDevicePairing pairing() const override { return AVCaptureDevicePairing::notApplicable; }
+    NSKeyValueObservation observeSuspended(std::function<void()> handler) override;
+
+    const PipeWireDeviceDescription& description() const { return description_; }
+
+    enum class Presence : std::uint8_t { connected, suspended, gone };
+    /// Tells the observers if the device's being suspended changes. A device that is gone is not suspended.
+    void setPresence(Presence presence);
+
+  private:
+    Presence presence() const;
+
+    const PipeWireDeviceDescription description_;
+    NSKeyValueObservers<> observers_;
+    mutable Mutex mutex_;
+    Presence presence_ ZV_GUARDED_BY(mutex_) = Presence::gone;
+};
+
+}  // namespace zorvane

@@ -1,0 +1,88 @@
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireDeviceList.hpp"
+
+#include <pipewire/keys.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace zorvane {
+
+PipeWireDeviceList::Devices PipeWireDeviceList::devices() {
+    MutexLock lock(mutex_);
+    waitForFirstUpdate(lock);
+    Devices devices;
+    for (const Listed& entry : listed_) {
+        devices.push_back(entry.device);
+    }
+    return devices;
+}
+
+std::string PipeWireDeviceList::defaultDeviceID(AVMediaType mediaType) {
+    MutexLock lock(mutex_);
+    waitForFirstUpdate(lock);
+    const auto chosen = defaultNodes_.find(mediaType);
+    if (chosen == defaultNodes_.end()) {
+        return {};
+    }
+    const auto preferred = std::ranges::find_if(listed_, [&](const Listed& entry) {
+        return entry.device->description().mediaType == mediaType && entry.nodeName == chosen->second;
+    });
+    return preferred == listed_.end() ? std::string() : preferred->device->uniqueID();
+}
+
+void PipeWireDeviceList::waitForFirstUpdate(MutexLock& lock) {
+    const auto deadline = std::chrono::steady_clock::now() + longestFirstUpdate;
+    while (!isUpdated_ && updated_.wait_until(lock, deadline) == std::cv_status::no_timeout) {
+    }
+    isUpdated_ = true;
+}
+
+void PipeWireDeviceList::update(const PipeWireSources& sources) {
+    std::vector<Listed> now = makeList(sources.sources);
+    std::vector<Listed> before;
+    {
+        const MutexLock lock(mutex_);
+        before = std::exchange(listed_, now);
+        defaultNodes_ = sources.defaultNodes;
+        isUpdated_ = true;
+    }
+    updated_.notify_all();
+    const auto isListed = [&now](const Listed& entry) {
+        return std::ranges::find(now, entry.device, &Listed::device) != now.end();
+    };
+    for (const Listed& entry : before) {
+        if (!isListed(entry)) {
+            entry.device->setPresence(PipeWireCaptureDevice::Presence::gone);
+        }
+    }
+    if (!std::ranges::equal(before, now, {}, &Listed::device, &Listed::device)) {
+        observers_.notify();
+    }
+}
+
+std::vector<PipeWireDeviceList::Listed> PipeWireDeviceList::makeList(const std::vector<PipeWireSource>& sources) {
+    std::erase_if(known_, [](const auto& entry) { return entry.second.expired(); });
+    std::vector<std::string> ids = ids_.assign(sources);
+    std::vector<Listed> list;
+    for (std::size_t index = 0; index < sources.size(); ++index) {
+        const PipeWireSource& source = sources[index];
+        using enum PipeWireCaptureDevice::Presence;
+        const auto device = deviceFor(describeDevice(source, std::move(ids[index])));
+        device->setPresence(source.isCutOff ? suspended : connected);
+        list.push_back({device, rawValue(source.node, PW_KEY_NODE_NAME)});
+    }
+    return list;
+}
+
+std::shared_ptr<PipeWireCaptureDevice> PipeWireDeviceList::deviceFor(PipeWireDeviceDescription description) {
+    std::weak_ptr<PipeWireCaptureDevice>& known = known_[description.uniqueID];
+    auto device = known.lock();
+    // A device keeps its name for as long as it is listed; after that another one may have got its id.
+    if (!device || (!device->isConnected() && device->description() != description)) {
+        device = std::make_shared<PipeWireCaptureDevice>(std::move(description));
+        known = device;
+    }
+    return device;
+}
+
+}  // namespace zorvane

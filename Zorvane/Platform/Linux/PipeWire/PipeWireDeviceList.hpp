@@ -1,0 +1,60 @@
+// The devices now, and those from before.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
+#include "Zorvane/Platform/Foundation/NSKeyValueObservers.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureDevice.hpp"
+
+namespace zorvane {
+
+/// Keeps one object for each device, also while it is away, for as long as somebody holds it. Any thread, but updates
+/// come from one.
+class PipeWireDeviceList {
+  public:
+    using Devices = std::vector<std::shared_ptr<PipeWireCaptureDevice>>;
+
+    /// In the order in which they came. Blocks until the first update, for `longestFirstUpdate` at most and only once.
+    Devices devices();
+
+    /// Of the device that is listed and whose node the session manager prefers; empty if there is none. Blocks like
+    /// `devices`.
+    std::string defaultDeviceID(AVMediaType mediaType);
+
+    /// Calls `handler` after each change of the list, on the thread that updates.
+    NSKeyValueObservation observe(std::function<void()> handler) { return observers_.add(std::move(handler)); }
+
+    void update(const PipeWireSources& sources);
+
+    /// A service that answers does so in a few milliseconds; this is for one that hangs.
+    static constexpr std::chrono::milliseconds longestFirstUpdate{1000};
+
+  private:
+    struct Listed {
+        std::shared_ptr<PipeWireCaptureDevice> device;
+        std::string nodeName;
+    };
+
+    void waitForFirstUpdate(MutexLock& lock) ZV_REQUIRES(mutex_);
+    std::vector<Listed> makeList(const std::vector<PipeWireSource>& sources);
+    std::shared_ptr<PipeWireCaptureDevice> deviceFor(PipeWireDeviceDescription description);
+
+    NSKeyValueObservers<> observers_;
+    PipeWireDeviceIDs ids_;                                              // the updating thread's own
+    std::map<std::string, std::weak_ptr<PipeWireCaptureDevice>> known_;  // by id; the updating thread's own
+
+    Mutex mutex_;
+    std::condition_variable_any updated_;
+    bool isUpdated_ ZV_GUARDED_BY(mutex_) = false;
+    std::vector<Listed> listed_ ZV_GUARDED_BY(mutex_);
+    std::map<AVMediaType, std::string> defaultNodes_ ZV_GUARDED_BY(mutex_);
+};
+
+}  // namespace zorvane
