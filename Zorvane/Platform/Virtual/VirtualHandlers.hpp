@@ -1,6 +1,7 @@
 // Who wants to hear of one kind of change.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -51,6 +52,11 @@ class VirtualHandlers : public std::enable_shared_from_this<VirtualHandlers<Argu
         }
     }
 
+    std::size_t size() const {
+        const std::lock_guard lock(mutex_);
+        return handlers_.size();
+    }
+
   private:
     std::vector<ID> ids() const {
         std::vector<ID> ids;
@@ -60,7 +66,7 @@ class VirtualHandlers : public std::enable_shared_from_this<VirtualHandlers<Argu
         return ids;
     }
 
-    std::recursive_mutex mutex_;  // guards all below; held during calls
+    mutable std::recursive_mutex mutex_;  // guards all below; held during calls
     std::uint64_t lastID_ = 0;
     std::map<ID, Handler> handlers_;
 };
