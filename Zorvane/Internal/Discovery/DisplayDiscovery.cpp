@@ -9,6 +9,7 @@
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/Discovery/SharedDiscovery.hpp"
 #include "Zorvane/Internal/Discovery/ZVDisplayState.hpp"
+#include "Zorvane/Internal/ZVUserPreferred.hpp"
 #include "Zorvane/Platform/IOKit/IOPlatformExpert.hpp"
 #include "Zorvane/ZVError.hpp"
 
@@ -50,10 +51,16 @@ void DisplayDiscovery::start() {
 }
 
 std::shared_ptr<ZVDisplay> DisplayDiscovery::getPreferred() const {
-    const List displays = this->displays();
-    const auto main =
-        std::ranges::find_if(displays, [](const auto& display) { return isAvailable(*display) && display->isMain(); });
-    return main != displays.end() ? *main : nullptr;
+    List available = displays();
+    std::erase_if(available, [](const auto& display) { return !isAvailable(*display); });
+    for (const std::uint32_t id : ZVUserPreferred::shared()->displayIDs()) {
+        const auto preferred = std::ranges::find(available, id, [](const auto& display) { return display->id(); });
+        if (preferred != available.end()) {
+            return *preferred;
+        }
+    }
+    const auto main = std::ranges::find_if(available, [](const auto& display) { return display->isMain(); });
+    return main != available.end() ? *main : nullptr;
 }
 
 void DisplayDiscovery::triggerUpdate() {

@@ -14,11 +14,11 @@ namespace zorvane {
 struct ZVDisplay::State {
     const std::uint32_t id;
     const bool isBuiltIn;
-    std::atomic<std::uint32_t> displayID{0};
+    std::atomic<std::uint32_t> displayID = 0;
     CurrentValueSubject<std::string> localizedName;
-    CurrentValueSubject<bool> isMain{false};
+    CurrentValueSubject<bool> isMain;
     CurrentValueSubject<CGRect> frame;
-    CurrentValueSubject<Availability> availability{Availability::available};
+    CurrentValueSubject<Availability> availability;
 };
 
 }  // namespace zorvane
