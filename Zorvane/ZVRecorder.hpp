@@ -12,6 +12,9 @@
 #include <utility>
 #include <vector>
 
+#include "Zorvane/Sources/ZVDisplay.hpp"
+#include "Zorvane/Sources/ZVRunningApplication.hpp"
+#include "Zorvane/Sources/ZVWindow.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
 #include "Zorvane/ZVError.hpp"
 #include "Zorvane/ZVSchemaItem.hpp"
@@ -126,6 +129,11 @@ class ZVRecorder {
 
     /// "ZVRecorder: 2 recorder items", for two schema items.
     std::string debugDescription() const;
+
+    // What the types of the sources list themselves.
+    [[deprecated("Use ZVDisplay::displays().")]] static ZVDisplay::List getDisplays();
+    [[deprecated("Use ZVWindow::windows().")]] static ZVWindow::List getWindows(ZVWindow::FilterOptions options);
+    [[deprecated("Use ZVRunningApplication::applications().")]] static ZVRunningApplication::List getApplications();
 
   private:
     struct Implementation;

@@ -8,6 +8,8 @@
 #include "Zorvane/Sources/ZVCamera.hpp"
 #include "Zorvane/Sources/ZVDisplay.hpp"
 #include "Zorvane/Sources/ZVMicrophone.hpp"
+#include "Zorvane/Sources/ZVRunningApplication.hpp"
+#include "Zorvane/Sources/ZVWindow.hpp"
 #include "Zorvane/ZVAsyncStream.hpp"
 #include "Zorvane/ZVAuthorizationStatus.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"

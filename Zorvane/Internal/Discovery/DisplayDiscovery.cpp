@@ -6,24 +6,15 @@
 #include <set>
 #include <utility>
 
+#include "Zorvane/Internal/CGInterop/MacModelSpecs.hpp"
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/Discovery/SharedDiscovery.hpp"
 #include "Zorvane/Internal/Discovery/ZVDisplayState.hpp"
 #include "Zorvane/Internal/ZVUserPreferred.hpp"
-#include "Zorvane/Platform/IOKit/IOPlatformExpert.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 namespace {
-
-bool isLaptop() {
-    const auto platform = Platform::current();
-    if (!platform->platformExpert) {
-        return false;
-    }
-    const auto model = platform->platformExpert->model();
-    return (model && model->starts_with("MacBook")) || platform->platformExpert->hasLid();
-}
 
 bool isAvailable(const ZVDisplay& display) {
     return display.availability() == ZVDisplay::Availability::available;
@@ -116,7 +107,8 @@ void DisplayDiscovery::updateDisplays(const std::vector<CGInterop::Display>& dis
             put(display);
         }
     }
-    const auto absence = isLaptop() ? ZVDisplay::Availability::lidClosed : ZVDisplay::Availability::notConnected;
+    const auto absence =
+        MacModelSpecs::isLaptop() ? ZVDisplay::Availability::lidClosed : ZVDisplay::Availability::notConnected;
     for (const auto& [id, display] : allDisplays_) {
         if (!given.contains(id)) {
             display->state_->availability.update(display->isBuiltIn() ? absence

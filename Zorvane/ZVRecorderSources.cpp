@@ -1,0 +1,18 @@
+// The lists of sources under their former names.
+#include "Zorvane/ZVRecorder.hpp"
+
+namespace zorvane {
+
+ZVDisplay::List ZVRecorder::getDisplays() {
+    return ZVDisplay::displays();
+}
+
+ZVWindow::List ZVRecorder::getWindows(ZVWindow::FilterOptions options) {
+    return ZVWindow::windows(options);
+}
+
+ZVRunningApplication::List ZVRecorder::getApplications() {
+    return ZVRunningApplication::applications();
+}
+
+}  // namespace zorvane
