@@ -58,4 +58,41 @@ std::vector<std::uint32_t> displaySerialNumbers(const std::vector<DisplayIdentit
     return numbers;
 }
 
+DisplayNumbering& DisplayNumbering::shared() {
+    static DisplayNumbering numbering;
+    return numbering;
+}
+
+std::vector<std::uint32_t> DisplayNumbering::assign(const std::vector<DisplayIdentity>& displays) {
+    const std::lock_guard lock(mutex_);
+    std::vector<std::uint32_t> numbers(displays.size());
+    std::set<std::uint32_t> taken{0};
+    const auto keepKnown = [&](bool wasPresent) {
+        for (std::size_t index = 0; index < displays.size(); ++index) {
+            const auto known = known_.find(displays[index]);
+            if (known != known_.end() && numbers[index] == 0 && present_.contains(displays[index]) == wasPresent &&
+                taken.insert(known->second).second) {
+                numbers[index] = known->second;
+            }
+        }
+    };
+    keepKnown(true);
+    keepKnown(false);
+    const auto fresh = displaySerialNumbers(displays);
+    for (std::size_t index = 0; index < displays.size(); ++index) {
+        if (numbers[index] == 0) {
+            numbers[index] = fresh[index];
+            while (!taken.insert(numbers[index]).second) {
+                ++numbers[index];
+            }
+        }
+    }
+    present_.clear();
+    for (std::size_t index = 0; index < displays.size(); ++index) {
+        known_[displays[index]] = numbers[index];
+        present_.insert(displays[index]);
+    }
+    return numbers;
+}
+
 }  // namespace zorvane

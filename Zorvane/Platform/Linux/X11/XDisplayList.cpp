@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -41,45 +42,54 @@ double clockwiseDegrees(std::uint16_t rotation) {
     return rotation & XCB_RANDR_ROTATION_ROTATE_270 ? 90 : 0;
 }
 
-class MonitorReader {
+/// All questions about one monitor. They are sent for all monitors before the first answer is waited for.
+class MonitorQuery {
   public:
-    explicit MonitorReader(const XConnection& connection)
-        : server_(connection), connection_(connection.get()), edidAtom_(internAtom(connection, "EDID")) {}
-
-    std::vector<Found> read() const {
-        const auto query = xcb_randr_get_monitors(connection_, server_.root(), 1);
-        const XReply<xcb_randr_get_monitors_reply_t> reply(xcb_randr_get_monitors_reply(connection_, query, nullptr));
-        std::vector<Found> all;
-        if (!reply) {
-            return all;
+    MonitorQuery(const XConnection& connection, xcb_atom_t edidAtom, const xcb_randr_monitor_info_t& monitor)
+        : connection_(connection.get()), monitor_(monitor), name_(xcb_get_atom_name(connection_, monitor.name)) {
+        constexpr std::uint32_t wordsToRead = 256 * 128 / 4;  // the most that EDID allows
+        if (xcb_randr_monitor_info_outputs_length(&monitor) > 0) {
+            const xcb_randr_output_t output = xcb_randr_monitor_info_outputs(&monitor)[0];
+            output_ = {
+                xcb_randr_get_output_property(connection_, output, edidAtom, XCB_ATOM_INTEGER, 0, wordsToRead, 0, 0),
+                xcb_randr_get_output_info(connection_, output, XCB_CURRENT_TIME)};
         }
-        for (auto each = xcb_randr_get_monitors_monitors_iterator(reply.get()); each.rem > 0;
-             xcb_randr_monitor_info_next(&each)) {
-            all.push_back(readMonitor(*each.data, static_cast<std::uint32_t>(all.size())));
-        }
-        return all;
     }
 
-  private:
-    Found readMonitor(const xcb_randr_monitor_info_t& monitor, std::uint32_t unitNumber) const {
+    Found answer(std::uint32_t unitNumber) const {
         Found found;
-        found.properties.isMain = monitor.primary != 0;
+        found.properties.isMain = monitor_.primary != 0;
         found.properties.isActive = true;
-        found.properties.bounds = CGRect::make(monitor.x, monitor.y, monitor.width, monitor.height);
-        found.properties.physicalSize = {static_cast<double>(monitor.width_in_millimeters),
-                                         static_cast<double>(monitor.height_in_millimeters)};
+        found.properties.bounds = CGRect::make(monitor_.x, monitor_.y, monitor_.width, monitor_.height);
+        found.properties.physicalSize = {static_cast<double>(monitor_.width_in_millimeters),
+                                         static_cast<double>(monitor_.height_in_millimeters)};
         found.properties.unitNumber = unitNumber;
-        found.identity.connector = atomName(server_, monitor.name);
-        if (xcb_randr_monitor_info_outputs_length(&monitor) > 0) {
-            addOutput(xcb_randr_monitor_info_outputs(&monitor)[0], found);
+        found.identity.connector = name();
+        if (output_) {
+            addOutput(found);
         }
         return found;
     }
 
-    void addOutput(xcb_randr_output_t output, Found& found) const {
-        found.identity.edid = readEDID(output);
+  private:
+    struct OutputQuery {
+        xcb_randr_get_output_property_cookie_t edid;
+        xcb_randr_get_output_info_cookie_t info;
+    };
+
+    std::string name() const {
+        const XReply<xcb_get_atom_name_reply_t> reply(xcb_get_atom_name_reply(connection_, name_, nullptr));
+        if (!reply) {
+            return {};
+        }
+        return {xcb_get_atom_name_name(reply.get()),
+                static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
+    }
+
+    void addOutput(Found& found) const {
+        found.identity.edid = readEDID();
         found.properties.isBuiltIn = isBuiltInConnector(found.identity.connector);
-        found.properties.rotation = readRotation(output);
+        found.properties.rotation = readRotation();
         found.properties.localizedName = found.identity.connector;
         if (const auto edid = EDID::parse(found.identity.edid)) {
             found.properties.vendorNumber = edid->vendorNumber;
@@ -90,12 +100,9 @@ class MonitorReader {
         }
     }
 
-    std::vector<std::uint8_t> readEDID(xcb_randr_output_t output) const {
-        constexpr std::uint32_t wordsToRead = 256 * 128 / 4;  // the most that EDID allows
-        const auto query =
-            xcb_randr_get_output_property(connection_, output, edidAtom_, XCB_ATOM_INTEGER, 0, wordsToRead, 0, 0);
+    std::vector<std::uint8_t> readEDID() const {
         const XReply<xcb_randr_get_output_property_reply_t> reply(
-            xcb_randr_get_output_property_reply(connection_, query, nullptr));
+            xcb_randr_get_output_property_reply(connection_, output_->edid, nullptr));
         if (!reply || reply->format != 8) {
             return {};
         }
@@ -103,10 +110,9 @@ class MonitorReader {
         return {data, data + xcb_randr_get_output_property_data_length(reply.get())};
     }
 
-    double readRotation(xcb_randr_output_t output) const {
-        const auto outputQuery = xcb_randr_get_output_info(connection_, output, XCB_CURRENT_TIME);
+    double readRotation() const {
         const XReply<xcb_randr_get_output_info_reply_t> info(
-            xcb_randr_get_output_info_reply(connection_, outputQuery, nullptr));
+            xcb_randr_get_output_info_reply(connection_, output_->info, nullptr));
         if (!info || info->crtc == XCB_NONE) {
             return 0;
         }
@@ -116,10 +122,30 @@ class MonitorReader {
         return crtc ? clockwiseDegrees(crtc->rotation) : 0;
     }
 
-    const XConnection& server_;
     xcb_connection_t* connection_;
-    xcb_atom_t edidAtom_;
+    const xcb_randr_monitor_info_t& monitor_;
+    xcb_get_atom_name_cookie_t name_;
+    std::optional<OutputQuery> output_;
 };
+
+std::vector<Found> readMonitors(const XConnection& connection) {
+    const auto query = xcb_randr_get_monitors(connection.get(), connection.root(), 1);
+    const auto edidAtom = internAtom(connection, "EDID");
+    const XReply<xcb_randr_get_monitors_reply_t> reply(xcb_randr_get_monitors_reply(connection.get(), query, nullptr));
+    if (!reply) {
+        return {};
+    }
+    std::vector<MonitorQuery> queries;
+    for (auto each = xcb_randr_get_monitors_monitors_iterator(reply.get()); each.rem > 0;
+         xcb_randr_monitor_info_next(&each)) {
+        queries.emplace_back(connection, edidAtom, *each.data);
+    }
+    std::vector<Found> all;
+    for (const MonitorQuery& each : queries) {
+        all.push_back(each.answer(static_cast<std::uint32_t>(all.size())));
+    }
+    return all;
+}
 
 std::vector<Found> readRootWindow(const XConnection& connection) {
     const auto query = xcb_get_geometry(connection.get(), connection.root());
@@ -161,7 +187,7 @@ std::vector<XDisplay> numbered(const std::vector<Found>& found) {
     for (const Found& each : found) {
         identities.push_back(each.identity);
     }
-    const auto serialNumbers = displaySerialNumbers(identities);
+    const auto serialNumbers = DisplayNumbering::shared().assign(identities);
     std::vector<XDisplay> displays;
     for (std::size_t index = 0; index < found.size(); ++index) {
         displays.push_back({serialNumbers[index], found[index].properties});
@@ -175,7 +201,7 @@ std::vector<XDisplay> numbered(const std::vector<Found>& found) {
 std::vector<XDisplay> readDisplays(const XConnection& connection) {
     std::vector<Found> found;
     if (connection.extensions().randr.isAtLeast(1, 5)) {
-        found = MonitorReader(connection).read();
+        found = readMonitors(connection);
     }
     if (found.empty()) {
         found = readRootWindow(connection);

@@ -58,5 +58,28 @@ TEST(DisplaySerialNumbers, NumbersThatClashMoveApart) {
     EXPECT_NE(same[0], same[1]);
 }
 
+TEST(DisplayNumbering, ATwinThatComesAndGoesChangesNoNumber) {
+    DisplayNumbering numbering;
+    const DisplayIdentity one{"DP-1", makeEDID(11, "A")};
+    const DisplayIdentity two{"DP-2", makeEDID(11, "A")};
+    EXPECT_EQ(numbering.assign({one}).at(0), 11U);
+    const auto both = numbering.assign({two, one});
+    EXPECT_EQ(both[1], 11U);
+    EXPECT_NE(both[0], 11U);
+    EXPECT_EQ(numbering.assign({two}).at(0), both[0]);
+    EXPECT_EQ(numbering.assign({one, two}), (std::vector<std::uint32_t>{11, both[0]}));
+}
+
+TEST(DisplayNumbering, APanelKeepsItsNumberOnAnotherConnector) {
+    DisplayNumbering numbering;
+    const DisplayIdentity before{"DP-1", makeEDID(11, "A")};
+    const DisplayIdentity after{"DP-2", makeEDID(11, "A")};
+    numbering.assign({before});
+    EXPECT_EQ(numbering.assign({after}).at(0), 11U);
+    const auto withTwin = numbering.assign({before, after});
+    EXPECT_EQ(withTwin[1], 11U) << "who is there keeps the number, whoever had it before";
+    EXPECT_NE(withTwin[0], 11U);
+}
+
 }  // namespace
 }  // namespace zorvane
