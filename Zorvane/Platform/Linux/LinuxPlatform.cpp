@@ -28,7 +28,7 @@ Platform makeLinuxPlatform() {
     const auto pipeWire = std::make_shared<PipeWireSession>();
     Platform platform;
     platform.clock = MonotonicClock::shared();
-    platform.displays = std::make_shared<X11Displays>(session);
+    platform.displays = std::make_shared<X11Displays>(session, desktop);
     platform.captureDevices =
         std::make_shared<LinuxCaptureDevices>(std::make_shared<PipeWireCaptureDevices>(pipeWire), nullptr);
     platform.captureHardware = std::make_shared<CaptureHardware>();

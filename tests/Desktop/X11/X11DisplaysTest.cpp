@@ -1,12 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <memory>
+#include <set>
 
 #include "Zorvane/Platform/CoreGraphics/CGDisplays.hpp"
 #include "Zorvane/Platform/CoreGraphics/CGError.hpp"
 #include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
 #include "tests/Support/EDIDBuilder.hpp"
 #include "tests/Support/PrivateXServer.hpp"
+#include "tests/Support/WaitUntil.hpp"
 #include "tests/Support/X11TestClient.hpp"
 
 namespace zorvane {
@@ -105,6 +109,74 @@ TEST(X11Displays, AServerThatComesBackIsFoundAgain) {
     }
     const PrivateXServer server("320x240x24");
     EXPECT_EQ(propertiesAt(*displays, 0).bounds.size.width, 320);
+}
+
+TEST(X11Displays, SixtyFourMonitorsAreToldApart) {
+    const PrivateXServer server("3200x64x24");
+    X11TestClient client;
+    for (std::int16_t index = 0; index < 64; ++index) {
+        client.setMonitor("part " + std::to_string(index), {static_cast<std::int16_t>(50 * index), 0, 50, 64}, false,
+                          index == 0);
+    }
+    const auto displays = makeLinuxPlatform().displays;
+    const auto list = displays->activeDisplayList();
+    EXPECT_EQ(list.size(), 64U);
+    EXPECT_EQ(std::set(list.begin(), list.end()).size(), 64U);
+    for (std::size_t index = 0; index < list.size(); ++index) {
+        EXPECT_EQ(displays->properties(list[index])->bounds.size.width, 50);
+    }
+    EXPECT_EQ(displays->activeDisplayList(), list);
+}
+
+/// Counts calls. The counter may be told to end the registration in the next one.
+struct Reconfigurations {
+    static void count(CGDirectDisplayID, CGDisplayChangeSummaryFlags, void* userInfo) {
+        auto& self = *static_cast<Reconfigurations*>(userInfo);
+        if (self.endsItself) {
+            self.displays->removeReconfigurationCallback(count, userInfo);
+        }
+        ++self.calls;
+    }
+
+    std::shared_ptr<CGDisplays> displays = makeLinuxPlatform().displays;
+    std::atomic<bool> endsItself = false;
+    std::atomic<int> calls = 0;
+};
+
+TEST(X11Displays, ReconfigurationsAreTold) {
+    PrivateXServer server("640x480x24");
+    X11TestClient client;
+    Reconfigurations told;
+    told.displays->registerReconfigurationCallback(Reconfigurations::count, &told);
+    waitUntil([&] { return told.calls > 0; });  // what was before the connection, nobody knows
+    const auto isToldAfter = [&](auto change) {
+        const int before = told.calls;
+        change();
+        waitUntil([&] { return told.calls > before; });
+    };
+    isToldAfter([&] { client.setMonitor("part", {0, 0, 100, 100}, false, false); });
+    EXPECT_EQ(told.displays->activeDisplayList().size(), 2U);
+    isToldAfter([&] { client.removeMonitor("part"); });
+    isToldAfter([&] { client.resizeScreen(320, 240); });
+    isToldAfter([&] { server.kill(); });
+    isToldAfter([&] { server.restart(); });
+    EXPECT_EQ(propertiesAt(*told.displays, 0).bounds.size.width, 640);
+
+    told.displays->removeReconfigurationCallback(Reconfigurations::count, &told);
+    const int atTheEnd = told.calls;
+    X11TestClient().setMonitor("part", {0, 0, 100, 100}, false, false);
+    EXPECT_EQ(told.calls, atTheEnd);
+}
+
+TEST(X11Displays, AReconfigurationCallbackMayEndItself) {
+    const PrivateXServer server;
+    Reconfigurations told;
+    told.endsItself = true;
+    told.displays->registerReconfigurationCallback(Reconfigurations::count, &told);
+    waitUntil([&] { return told.calls > 0; });
+    X11TestClient().setMonitor("part", {0, 0, 100, 100}, false, false);
+    told.displays->removeReconfigurationCallback(Reconfigurations::count, &told);
+    EXPECT_EQ(told.calls, 1);
 }
 
 }  // namespace

@@ -1,13 +1,55 @@
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "Zorvane/Platform/CoreGraphics/CGError.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
 #include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 
 namespace zorvane {
+
+/// A callback that can be ended for good.
+class X11Displays::Registration {
+  public:
+    Registration(CGDisplayReconfigurationCallBack callback, void* userInfo)
+        : callback_(callback), userInfo_(userInfo) {}
+
+    bool isOf(CGDisplayReconfigurationCallBack callback, const void* userInfo) const {
+        return callback_ == callback && userInfo_ == userInfo;
+    }
+
+    void call() {
+        constexpr CGDirectDisplayID all = 0;
+        const std::lock_guard lock(mutex_);
+        if (!isEnded_) {
+            callback_(all, CGDisplayChangeSummaryFlags::desktopShapeChanged, userInfo_);
+        }
+    }
+
+    /// Waits for a call that is under way, unless it is what calls this.
+    void end() {
+        const std::lock_guard lock(mutex_);
+        isEnded_ = true;
+    }
+
+  private:
+    const CGDisplayReconfigurationCallBack callback_;
+    void* const userInfo_;
+    std::recursive_mutex mutex_;  // held during a call
+    bool isEnded_ = false;        // guarded by mutex_
+};
+
+X11Displays::X11Displays(std::shared_ptr<XSession> session, std::shared_ptr<DesktopWatch> watch)
+    : session_(std::move(session)), watch_(std::move(watch)) {}
+
+X11Displays::~X11Displays() {
+    for (const Registered& each : registered_) {
+        each.registration->end();
+    }
+}
 
 std::vector<CGDirectDisplayID> X11Displays::activeDisplayList() {
     try {
@@ -40,6 +82,29 @@ std::optional<CGDisplayMode> X11Displays::displayMode(CGDirectDisplayID displayI
     const auto width = static_cast<std::uint32_t>(display->bounds.size.width);
     const auto height = static_cast<std::uint32_t>(display->bounds.size.height);
     return CGDisplayMode{.width = width, .height = height, .pixelWidth = width, .pixelHeight = height};
+}
+
+void X11Displays::registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {
+    auto registration = std::make_shared<Registration>(callback, userInfo);
+    auto observation = watch_->observe(DesktopAspect::displays, [registration] { registration->call(); });
+    const std::lock_guard lock(mutex_);
+    registered_.push_back({std::move(registration), std::move(observation)});
+}
+
+void X11Displays::removeReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {
+    Registered removed;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = std::find_if(registered_.begin(), registered_.end(), [&](const Registered& each) {
+            return each.registration->isOf(callback, userInfo);
+        });
+        if (found == registered_.end()) {
+            return;
+        }
+        removed = std::move(*found);
+        registered_.erase(found);
+    }
+    removed.registration->end();
 }
 
 }  // namespace zorvane
