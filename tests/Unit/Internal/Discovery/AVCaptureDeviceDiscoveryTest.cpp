@@ -41,9 +41,8 @@ class AVCaptureDeviceDiscoveryTest : public testing::DeviceWorldTest {
     const std::shared_ptr<ScriptedSession> session = std::make_shared<ScriptedSession>();
     const std::shared_ptr<VirtualCaptureDevice> device =
         std::make_shared<VirtualCaptureDevice>(VirtualDevice::camera("cam", "Camera"));
-    std::optional<AVCaptureDeviceDiscovery> discovery{std::in_place, "CameraDiscovery",
-                                                      AVCaptureDeviceDiscovery::Sessions{session},
-                                                      Executor::makeStrand("test")};
+    std::optional<AVCaptureDeviceDiscovery> discovery{
+        std::in_place, "CameraDiscovery", AVCaptureDeviceDiscovery::Sessions{session}, Executor::makeStrand("test")};
     std::atomic<int> signals = 0;
     std::atomic<bool> hasEnded = false;
 
