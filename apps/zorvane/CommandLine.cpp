@@ -2,13 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
-#include <cmath>
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -17,13 +14,12 @@
 #include <CLI/CLI.hpp>
 
 #include "Figures.hpp"
+#include "OptionValues.hpp"
 #include "WriteAll.hpp"
 #include "Zorvane/ZVVersion.hpp"
 
 namespace zorvane::cli {
 namespace {
-
-constexpr double longestRecording = 366.0 * 24 * 60 * 60;
 
 constexpr auto overview = "Records the desktop into a bundle of files that all begin and end at the same instant.";
 
@@ -31,6 +27,7 @@ constexpr auto recordHelp = R"(Examples:
   zorvane record                              the main display, until Ctrl-C
   zorvane record --seconds 10 -o talk.zorvane ten seconds into a directory of that name
   zorvane record --json | jq -r .bundle       for scripts: one JSON object at the end
+  zorvane record --window 41943046            where a window is, with its application alone
   zorvane record --platform virtual           a made-up desktop, on a machine without one
 
 Without -o the bundle is a new directory in the current one, named after date and time, such as
@@ -39,6 +36,19 @@ Without -o the bundle is a new directory in the current one, named after date an
 Ctrl-C, SIGTERM and SIGHUP stop the recording cleanly; a second Ctrl-C leaves at once.
 
 Exit status: 0 complete, 2 wrong usage, 3 saved with errors, 4 nothing recorded.)";
+
+constexpr auto sourcesHelp =
+    R"(KIND is displays, windows, cameras, microphones, applications or devices (connected phones); without one, all are
+listed.
+
+Examples:
+  zorvane sources                             a table of everything
+  zorvane sources windows cameras             these only
+  zorvane sources --json | jq .displays[0].id for scripts: one JSON object, a list for each kind
+  zorvane sources --watch                     what comes, changes and goes, until Ctrl-C
+  zorvane sources --watch --json              the same as one JSON object a line
+
+Exit status: 0 listed, also if there is nothing; 2 wrong usage.)";
 
 constexpr auto infoHelp = R"(Examples:
   zorvane info talk.zorvane                   length, size and tracks of each file
@@ -81,29 +91,72 @@ std::vector<std::pair<std::string, ZVLogLevel>> logLevels() {
     return levels;
 }
 
+/// An option whose text is a value of its own kind; `parse` throws what is wrong with it.
+template <class Parse, class Target>
+CLI::Option* addParsed(CLI::App& app, const std::string& name, Parse parse, Target& target, const std::string& help) {
+    return app
+        .add_option_function<std::string>(
+            name, [&target, parse](const std::string& text) { target = parse(text); }, help)
+        ->check([parse](const std::string& text) { return problemOf(parse, text); });
+}
+
+void addPlatform(CLI::App& app, ZVPlatformKind& platform) {
+    addChoice<ZVPlatformKind>(app, "--platform",
+                              {{"linux", ZVPlatformKind::linuxDesktop}, {"virtual", ZVPlatformKind::virtualDesktop}},
+                              platform, "Desktop to use: linux, or a virtual one for trying things out");
+}
+
+void addWhat(CLI::App& app, RecordOptions& options) {
+    auto* display = addParsed(app, "--display", parseDisplay, options.displayID, "Display to record: main, or its id");
+    display->type_name("main|ID");
+    auto* window = addParsed(app, "--window", parseWindow, options.windowID,
+                             "Record where this window is instead, with nothing but its application");
+    window->type_name("ID")->excludes(display);
+    addParsed(app, "--exclude", parseExclusions, options.excluding,
+              "Leave out of a display's picture: current (windows of this process), indicator (the desktop's sign "
+              "that it is being recorded)")
+        ->type_name("WHAT[,WHAT]")
+        ->excludes(window);
+}
+
 void addRecord(CLI::App& app, RecordOptions& options) {
     app.footer(recordHelp);
-    app.add_option_function<std::string>(
-           "--display", [&](const std::string& text) { options.displayID = parseDisplay(text); },
-           "Display to record: main, or its id")
-        ->type_name("main|ID")
-        ->check([](const std::string& text) { return problemOf(parseDisplay, text); });
+    addWhat(app, options);
     addChoice<ZVColorSpace>(app, "--color-space",
                             {{"sRGB", ZVColorSpace::sRGB}, {"displayP3", ZVColorSpace::displayP3}}, options.colorSpace,
                             "Colours: sRGB (H.264) or displayP3 (HEVC, 10 bits)");
     app.add_flag_callback(
         "--no-cursor", [&] { options.showsCursor = false; }, "Leave the mouse pointer out");
-    app.add_option_function<std::string>(
-           "--seconds", [&](const std::string& text) { options.seconds = parseSeconds(text); },
-           "Stop by itself after so long; fractions are fine")
-        ->type_name("N")
-        ->check([](const std::string& text) { return problemOf(parseSeconds, text); });
+    addParsed(app, "--seconds", parseSeconds, options.seconds, "Stop by itself after so long; fractions are fine")
+        ->type_name("N");
     app.add_option("-o,--output", options.output, "Bundle directory to make; it must not exist yet")->type_name("DIR");
-    addChoice<ZVPlatformKind>(app, "--platform",
-                              {{"linux", ZVPlatformKind::linuxDesktop}, {"virtual", ZVPlatformKind::virtualDesktop}},
-                              options.platform, "Desktop to record: linux, or a virtual one for trying things out");
+    addPlatform(app, options.platform);
     app.add_flag("--json", options.json, "Print one JSON object about the recording at the end");
     app.add_flag("-q,--quiet", options.quiet, "Say nothing but errors and the bundle's path");
+    addChoice<ZVLogLevel>(app, "--log-level", logLevels(), options.logLevel,
+                          "Show log lines of at least this level on standard error");
+}
+
+void addSources(CLI::App& app, SourcesOptions& options) {
+    app.footer(sourcesHelp);
+    std::vector<std::string> kinds;
+    for (const SourceKind kind : allSourceKinds) {
+        kinds.emplace_back(rawValue(kind));
+    }
+    app.add_option_function<std::vector<std::string>>(
+           "KIND",
+           [&options](const std::vector<std::string>& names) {
+               options.kinds.clear();
+               std::ranges::copy_if(allSourceKinds, std::back_inserter(options.kinds), [&](SourceKind kind) {
+                   return std::ranges::find(names, rawValue(kind)) != names.end();
+               });
+           },
+           "What to list")
+        ->type_name("")
+        ->check(CLI::IsMember(kinds).description(""));
+    app.add_flag("--watch", options.watch, "Go on, and print each change as it comes");
+    app.add_flag("--json", options.json, "Print one JSON object; with --watch, one a line");
+    addPlatform(app, options.platform);
     addChoice<ZVLogLevel>(app, "--log-level", logLevels(), options.logLevel,
                           "Show log lines of at least this level on standard error");
 }
@@ -132,7 +185,7 @@ std::vector<std::string> joinedArguments(int count, const char* const* arguments
 std::string problem(const CLI::App* app, const CLI::Error& error) {
     const bool hasCommand = !app->get_subcommands().empty();
     const std::string help = hasCommand ? app->get_subcommands().front()->get_name() + " --help" : "--help";
-    const std::string text = hasCommand ? error.what() : R"(Say what to do: "record" or "info BUNDLE".)";
+    const std::string text = hasCommand ? error.what() : R"(Say what to do: "record", "sources" or "info BUNDLE".)";
     return fmt::format("zorvane: {}\nFor more: zorvane {}\n", printable(text), help);
 }
 
@@ -146,42 +199,18 @@ ExitStatus report(const CLI::App& app, const CLI::ParseError& error) {
 
 }  // namespace
 
-double parseSeconds(const std::string& text) {
-    double seconds = 0;
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, seconds);
-    if (error != std::errc() || rest != end || !std::isfinite(seconds) || seconds <= 0 || seconds > longestRecording) {
-        throw std::invalid_argument(fmt::format(
-            "\"{}\" is no length of a recording. Give a number of seconds above 0 and up to {:.0f}, such as 10 "
-            "or 2.5.",
-            text, longestRecording));
-    }
-    return seconds;
-}
-
-std::optional<std::uint32_t> parseDisplay(const std::string& text) {
-    if (text == "main") {
-        return std::nullopt;
-    }
-    std::uint32_t id = 0;
-    const char* end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, id);
-    if (error != std::errc() || rest != end) {
-        throw std::invalid_argument(
-            fmt::format("\"{}\" names no display. Give \"main\" or a display's id, a whole number.", text));
-    }
-    return id;
-}
-
 Command parseCommandLine(int argumentCount, const char* const* arguments) {
     CLI::App app(overview, "zorvane");
     app.set_version_flag("--version", fmt::format("zorvane {}", ZorvaneVersionString));
     app.require_subcommand(1);
     app.failure_message(&problem);
     RecordOptions recordOptions;
+    SourcesOptions sourcesOptions;
     InfoOptions infoOptions;
-    const CLI::App* record = app.add_subcommand("record", "Record a display");
-    addRecord(*app.get_subcommand("record"), recordOptions);
+    CLI::App* record = app.add_subcommand("record", "Record a display, or where a window is");
+    addRecord(*record, recordOptions);
+    CLI::App* sources = app.add_subcommand("sources", "List what there is to record");
+    addSources(*sources, sourcesOptions);
     addInfo(*app.add_subcommand("info", "Tell what is in a bundle"), infoOptions);
     try {
         app.parse(joinedArguments(argumentCount, arguments));
@@ -190,6 +219,9 @@ Command parseCommandLine(int argumentCount, const char* const* arguments) {
     }
     if (record->parsed()) {
         return recordOptions;
+    }
+    if (sources->parsed()) {
+        return sourcesOptions;
     }
     return infoOptions;
 }

@@ -4,19 +4,25 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <string>
+#include <set>
 #include <variant>
+#include <vector>
 
 #include "ExitStatus.hpp"
+#include "SourceKind.hpp"
 #include "Zorvane/ZVColorSpace.hpp"
 #include "Zorvane/ZVLogger.hpp"
 #include "Zorvane/ZVPlatform.hpp"
+#include "Zorvane/ZVSchemaItem.hpp"
 
 namespace zorvane::cli {
 
 struct RecordOptions {
     /// Absent for the main display.
     std::optional<std::uint32_t> displayID;
+    /// Where this window is, in place of a display.
+    std::optional<std::uint32_t> windowID;
+    std::set<ZVScreenRecordingExcludeOptions> excluding;
     ZVColorSpace colorSpace = ZVColorSpace::sRGB;
     bool showsCursor = true;
     /// Absent to record until told to stop.
@@ -30,6 +36,15 @@ struct RecordOptions {
     std::optional<ZVLogLevel> logLevel;
 };
 
+struct SourcesOptions {
+    std::vector<SourceKind> kinds{allSourceKinds.begin(), allSourceKinds.end()};
+    bool watch = false;
+    bool json = false;
+    ZVPlatformKind platform = ZVPlatformKind::linuxDesktop;
+    /// Absent to show no log lines.
+    std::optional<ZVLogLevel> logLevel;
+};
+
 struct InfoOptions {
     std::filesystem::path bundle;
     bool json = false;
@@ -37,15 +52,9 @@ struct InfoOptions {
 
 /// What to do; or, when that is done already, how it went: help was shown, or the arguments were wrong and the user
 /// has been told how.
-using Command = std::variant<RecordOptions, InfoOptions, ExitStatus>;
+using Command = std::variant<RecordOptions, SourcesOptions, InfoOptions, ExitStatus>;
 
 /// Throws a `std::exception` with a text for the user if help can't be printed.
 Command parseCommandLine(int argumentCount, const char* const* arguments);
-
-/// A number of seconds for which one can record. Throws `std::invalid_argument` with a text for the user.
-double parseSeconds(const std::string& text);
-
-/// "main" or a display's id. Throws `std::invalid_argument` with a text for the user.
-std::optional<std::uint32_t> parseDisplay(const std::string& text);
 
 }  // namespace zorvane::cli

@@ -6,6 +6,25 @@
 #include <fmt/format.h>
 
 namespace zorvane::cli {
+namespace {
+
+/// The bytes of a control character at the beginning of UTF-8 text; 0 if there is none. Counted in are those that
+/// terminals obey from beyond ASCII, and those that turn the direction of what is written.
+std::size_t tricksterAt(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text.front());
+    if (first < ' ' || first == 0x7f) {
+        return 1;
+    }
+    if (first == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) < 0xA0) {
+        return 2;  // U+0080 to U+009F
+    }
+    constexpr std::array directions{"\u200E", "\u200F", "\u202A", "\u202B", "\u202C", "\u202D",
+                                    "\u202E", "\u2066", "\u2067", "\u2068", "\u2069"};
+    const bool turns = std::ranges::any_of(directions, [&](const char* one) { return text.starts_with(one); });
+    return turns ? 3 : 0;
+}
+
+}  // namespace
 
 std::string sizeText(std::uintmax_t bytes) {
     if (bytes < 1000) {
@@ -33,9 +52,17 @@ std::string clockText(double seconds) {
 }
 
 std::string printable(std::string_view text) {
-    std::string result(text);
-    std::ranges::replace_if(
-        result, [](unsigned char character) { return character < ' ' || character == 0x7f; }, '?');
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t index = 0; index < text.size();) {
+        const std::size_t length = tricksterAt(text.substr(index));
+        if (length > 0) {
+            result += '?';
+            index += length;
+        } else {
+            result += text[index++];
+        }
+    }
     return result;
 }
 

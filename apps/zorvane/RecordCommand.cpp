@@ -60,6 +60,9 @@ class Progress {
             output_.print("zorvane: " + userText(error));
         }
         if (outcome.status == RecordOutcome::Status::failed) {
+            if (options_.windowID) {
+                output_.print("zorvane: \"zorvane sources windows\" lists the windows and their ids.");
+            }
             output_.print("zorvane: Nothing was recorded.");
         } else if (!outcome.errors.empty()) {
             output_.print("zorvane: What could be saved is in " + printable(outcome.result.bundleURL.string()));
@@ -78,7 +81,14 @@ class Progress {
 };
 
 ZVRecorder::SchemaItem schemaItem(const RecordOptions& options, const RecordingEnd& end) {
+    if (options.windowID) {
+        ZVRecorder::WindowBasedCropOptions crop;
+        crop.colorSpace = options.colorSpace;
+        crop.showsCursor = options.showsCursor;
+        return ZVRecorder::SchemaItem::windowBasedCrop(*options.windowID, crop);
+    }
     ZVRecorder::DisplayOptions display;
+    display.excluding = options.excluding;
     display.colorSpace = options.colorSpace;
     display.showsCursor = options.showsCursor;
     return ZVRecorder::SchemaItem::display(chooseDisplay(options.displayID, end.stopToken()), display);

@@ -9,6 +9,7 @@
 #include "CommandLine.hpp"
 #include "InfoCommand.hpp"
 #include "RecordCommand.hpp"
+#include "SourcesCommand.hpp"
 #include "StandardError.hpp"
 #include "WriteAll.hpp"
 
@@ -17,6 +18,9 @@ namespace {
 
 ExitStatus run(const RecordOptions& options) {
     return record(options);
+}
+ExitStatus run(const SourcesOptions& options) {
+    return sources(options);
 }
 ExitStatus run(const InfoOptions& options) {
     return info(options);

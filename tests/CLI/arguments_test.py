@@ -20,6 +20,13 @@ class Arguments(CommandLineTest):
               for text in ["0", "-1", "-1e3", "ten", "5s", "", "nan", "inf", "1e300", "1e400", "1e-400", "0x10"]),
             *((["record", "--display", text], f'"{text}" names no display')
               for text in ["first", "-1", "1.5", "", "4294967296"]),
+            *((["record", "--window", text], f'"{text}" names no window')
+              for text in ["xterm", "-1", "0x", "0xg", "", "4294967296", "0x100000000"]),
+            *((["record", "--exclude", text], "is nothing that can be left out")
+              for text in ["me", "", "current,", "current indicator"]),
+            (["record", "--window", "1", "--display", "1"], "--display"),
+            (["record", "--window", "1", "--exclude", "current"], "--window"),
+            (["sources", "screens"], "screens"),
             (["record", "--color-space", "srgb"], "sRGB,displayP3"),
             (["record", "--platform", "mac"], "linux,virtual"),
             (["record", "--log-level", "loud"], "trace,debug,info,warning,error,critical"),

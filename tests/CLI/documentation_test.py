@@ -16,7 +16,8 @@ class Documentation(CommandLineTest):
         return set(OPTION.findall(self.run_program(*command, "--help").stdout))
 
     def test_each_option_stands_in_the_man_page_and_the_completions(self):
-        known = self.options_of() | self.options_of("record") | self.options_of("info")
+        known = self.options_of() | self.options_of("record") | self.options_of("sources") | \
+            self.options_of("info")
         completions = ROOT / "apps/zorvane/completions"
         texts = {
             "man page": (ROOT / "docs/man/zorvane.1").read_text().replace(r"\-", "-"),

@@ -4,20 +4,27 @@ _zorvane() {
     local words=
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        words="record info --help --version"
+        words="record sources info --help --version"
     elif [[ $command == record ]]; then
         case $prev in
         --display) words="main" ;;
+        --exclude) words="current indicator current,indicator" ;;
         --color-space) words="sRGB displayP3" ;;
         --platform) words="linux virtual" ;;
         --log-level) words="trace debug info warning error critical" ;;
-        --seconds) return ;;
+        --seconds | --window) return ;;
         -o | --output)
             compopt -o filenames
             mapfile -t COMPREPLY < <(compgen -d -- "$cur")
             return
             ;;
-        *) words="--display --color-space --no-cursor --seconds -o --output --platform --json -q --quiet --log-level --help" ;;
+        *) words="--display --window --exclude --color-space --no-cursor --seconds -o --output --platform --json -q --quiet --log-level --help" ;;
+        esac
+    elif [[ $command == sources ]]; then
+        case $prev in
+        --platform) words="linux virtual" ;;
+        --log-level) words="trace debug info warning error critical" ;;
+        *) words="displays windows cameras microphones applications devices --watch --json --platform --log-level --help" ;;
         esac
     elif [[ $command == info && $cur == -* ]]; then
         words="--json --help"

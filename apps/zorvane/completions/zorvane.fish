@@ -1,12 +1,15 @@
 # Completion of zorvane's arguments for fish.
 complete -c zorvane -f
-complete -c zorvane -n __fish_use_subcommand -a record -d "Record a display"
+complete -c zorvane -n __fish_use_subcommand -a record -d "Record a display or a window"
+complete -c zorvane -n __fish_use_subcommand -a sources -d "List what there is to record"
 complete -c zorvane -n __fish_use_subcommand -a info -d "Tell what is in a bundle"
 complete -c zorvane -n __fish_use_subcommand -l version -d "Show the version"
 complete -c zorvane -s h -l help -d "Show help"
 
 set -l record "__fish_seen_subcommand_from record"
 complete -c zorvane -n $record -l display -x -a main -d "Display to record: main, or its id"
+complete -c zorvane -n $record -l window -x -d "Record where this window is"
+complete -c zorvane -n $record -l exclude -x -a "current indicator current,indicator" -d "Leave out of the picture"
 complete -c zorvane -n $record -l color-space -x -a "sRGB displayP3" -d "Colours"
 complete -c zorvane -n $record -l no-cursor -d "Leave the mouse pointer out"
 complete -c zorvane -n $record -l seconds -x -d "Stop after so many seconds"
@@ -15,6 +18,13 @@ complete -c zorvane -n $record -l platform -x -a "linux virtual" -d "Desktop to 
 complete -c zorvane -n $record -l json -d "Print one JSON object at the end"
 complete -c zorvane -n $record -s q -l quiet -d "Say nothing but errors and the path"
 complete -c zorvane -n $record -l log-level -x -a "trace debug info warning error critical" -d "Show log lines"
+
+set -l sources "__fish_seen_subcommand_from sources"
+complete -c zorvane -n $sources -a "displays windows cameras microphones applications devices" -d "Kind"
+complete -c zorvane -n $sources -l watch -d "Print each change as it comes"
+complete -c zorvane -n $sources -l json -d "Print JSON"
+complete -c zorvane -n $sources -l platform -x -a "linux virtual" -d "Desktop to list"
+complete -c zorvane -n $sources -l log-level -x -a "trace debug info warning error critical" -d "Show log lines"
 
 set -l info "__fish_seen_subcommand_from info"
 complete -c zorvane -n $info -l json -d "Print one JSON object"
