@@ -193,6 +193,13 @@ PipeWireTestClient::PipeWireTestClient() : state_(std::make_unique<State>()) {
 
 PipeWireTestClient::~PipeWireTestClient() {
     pw_thread_loop_stop(state_->loop);
+    for (const auto& [number, proxy] : state_->proxies) {
+        pw_proxy_destroy(proxy);
+    }
+    if (state_->metadata) {
+        pw_proxy_destroy(reinterpret_cast<pw_proxy*>(state_->metadata));
+    }
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(state_->registry));
     pw_core_disconnect(state_->core);
     pw_context_destroy(state_->context);
     pw_thread_loop_destroy(state_->loop);
