@@ -6,6 +6,7 @@
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureAccess.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureDevices.hpp"
+#include "Zorvane/Platform/Linux/Phone/PhoneDevices.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureDevices.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
 #include "Zorvane/Platform/Linux/System/ApplicationCatalog.hpp"
@@ -29,8 +30,8 @@ Platform makeLinuxPlatform() {
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session, desktop);
-    platform.captureDevices =
-        std::make_shared<LinuxCaptureDevices>(std::make_shared<PipeWireCaptureDevices>(pipeWire), nullptr);
+    platform.captureDevices = std::make_shared<LinuxCaptureDevices>(std::make_shared<PipeWireCaptureDevices>(pipeWire),
+                                                                    std::make_shared<PhoneDevices>());
     platform.captureHardware = std::make_shared<CaptureHardware>();
     platform.platformExpert = std::make_shared<MachineModel>();
     platform.userDefaults = std::make_shared<UserDefaults>();

@@ -1,0 +1,54 @@
+#include "Zorvane/Platform/Linux/Phone/PhoneDevices.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+#include "Zorvane/Platform/Linux/Phone/PhoneRoster.hpp"
+#include "Zorvane/Platform/Linux/Phone/PhoneSocket.hpp"
+#include "Zorvane/Platform/Linux/Phone/PhoneWatch.hpp"
+
+namespace zorvane {
+namespace {
+
+/// Holds the roster and not the watch, whose threads may be the ones to let go of a session.
+class PhoneSession final : public AVCaptureDeviceDiscoverySession {
+  public:
+    PhoneSession(std::shared_ptr<PhoneRoster> roster, bool hasPhones)
+        : roster_(std::move(roster)), hasPhones_(hasPhones) {}
+
+    std::vector<std::shared_ptr<AVCaptureDevice>> devices() const override {
+        return hasPhones_ ? roster_->devices() : PhoneRoster::Devices();
+    }
+
+    NSKeyValueObservation observeDevices(std::function<void(ChangeKind kind)> handler) override {
+        auto isInitial = std::make_shared<std::atomic<bool>>(true);
+        return roster_->observe([isInitial = std::move(isInitial), handler = std::move(handler)] {
+            handler(isInitial->exchange(false) ? ChangeKind::initial : ChangeKind::setting);
+        });
+    }
+
+  private:
+    const std::shared_ptr<PhoneRoster> roster_;
+    const bool hasPhones_;
+};
+
+}  // namespace
+
+PhoneDevices::PhoneDevices(std::optional<std::filesystem::path> service)
+    : service_(std::move(service)), roster_(std::make_shared<PhoneRoster>()) {}
+
+PhoneDevices::~PhoneDevices() = default;
+
+std::shared_ptr<AVCaptureDeviceDiscoverySession> PhoneDevices::makeDiscoverySession(
+    std::vector<AVCaptureDeviceType> deviceTypes, AVMediaType mediaType) {
+    const bool hasPhones =
+        mediaType == AVMediaType::muxed && std::ranges::count(deviceTypes, AVCaptureDeviceType::externalUnknown) > 0;
+    MutexLock lock(mutex_);
+    if (!watch_) {
+        watch_ = std::make_unique<PhoneWatch>(service_ ? *service_ : PhoneSocket::servicePath(), roster_);
+    }
+    return std::make_shared<PhoneSession>(roster_, hasPhones);
+}
+
+}  // namespace zorvane
