@@ -12,7 +12,10 @@
 #include <utility>
 #include <vector>
 
+#include "Zorvane/Sources/ZVAppleDevice.hpp"
+#include "Zorvane/Sources/ZVCamera.hpp"
 #include "Zorvane/Sources/ZVDisplay.hpp"
+#include "Zorvane/Sources/ZVMicrophone.hpp"
 #include "Zorvane/Sources/ZVRunningApplication.hpp"
 #include "Zorvane/Sources/ZVWindow.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
@@ -132,6 +135,9 @@ class ZVRecorder {
 
     // What the types of the sources list themselves.
     [[deprecated("Use ZVDisplay::displays().")]] static ZVDisplay::List getDisplays();
+    [[deprecated("Use ZVCamera::cameras().")]] static ZVCamera::List getCameras();
+    [[deprecated("Use ZVMicrophone::microphones().")]] static ZVMicrophone::List getMicrophones();
+    [[deprecated("Use ZVAppleDevice::appleDevices().")]] static ZVTask<ZVAppleDevice::List> getAppleDevices();
     [[deprecated("Use ZVWindow::windows().")]] static ZVWindow::List getWindows(ZVWindow::FilterOptions options);
     [[deprecated("Use ZVRunningApplication::applications().")]] static ZVRunningApplication::List getApplications();
 

@@ -7,6 +7,18 @@ ZVDisplay::List ZVRecorder::getDisplays() {
     return ZVDisplay::displays();
 }
 
+ZVCamera::List ZVRecorder::getCameras() {
+    return ZVCamera::cameras();
+}
+
+ZVMicrophone::List ZVRecorder::getMicrophones() {
+    return ZVMicrophone::microphones();
+}
+
+ZVTask<ZVAppleDevice::List> ZVRecorder::getAppleDevices() {
+    return ZVAppleDevice::appleDevices();
+}
+
 ZVWindow::List ZVRecorder::getWindows(ZVWindow::FilterOptions options) {
     return ZVWindow::windows(options);
 }
