@@ -78,7 +78,8 @@ SCContentFilter filterShowingOnly(const SCWindow& target, const SCDisplay& displ
     return {.kind = SCContentFilterKind::excludingApplications,
             .display = display,
             .applications = std::move(content.applications),
-            .windows = std::move(content.windows)};
+            .windows = std::move(content.windows),
+            .subject = target};
 }
 
 /// The fraction of `rect`'s area that lies inside `frame`, from 0 to 1.

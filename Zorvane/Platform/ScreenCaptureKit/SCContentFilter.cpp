@@ -22,9 +22,17 @@ const char* name(SCContentFilterKind kind) {
     return "unknown";
 }
 
+bool isOfSameApplication(const SCWindow& a, const SCWindow& b) {
+    const bool haveOwners = a.owningApplication && b.owningApplication;
+    return a.windowID == b.windowID || (haveOwners && a.owningApplication->processID == b.owningApplication->processID);
+}
+
 }  // namespace
 
 bool SCContentFilter::showsEverything() const {
+    if (subject) {
+        return false;
+    }
     switch (kind) {
         case SCContentFilterKind::excludingWindows:
             return windows.empty();
@@ -38,6 +46,9 @@ bool SCContentFilter::showsEverything() const {
 }
 
 bool SCContentFilter::shows(const SCWindow& window) const {
+    if (subject && !isOfSameApplication(window, *subject)) {
+        return false;
+    }
     const bool isListed = std::any_of(windows.begin(), windows.end(),
                                       [&window](const SCWindow& listed) { return listed.windowID == window.windowID; });
     const bool isOfListedApplication =

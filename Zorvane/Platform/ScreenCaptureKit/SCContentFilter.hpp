@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,14 +24,18 @@ struct SCContentFilter {
     SCDisplay display;
     std::vector<SCRunningApplication> applications;  ///< empty for the two kinds by window
     std::vector<SCWindow> windows;                   ///< the listed windows, or the exceptions among the applications'
+    /// Of a window crop: nothing is shown but what belongs to this window's application, on black, whatever else is
+    /// started later; the lists narrow that down. An owner that is absent is no application.
+    std::optional<SCWindow> subject;
 
     /// Whether the whole display is shown as it is, so that no composition is needed.
     bool showsEverything() const;
     /// Whether what lies behind all windows is part of the picture; else that is black.
     bool showsDesktop() const {
-        return kind == SCContentFilterKind::excludingWindows || kind == SCContentFilterKind::excludingApplications;
+        return !subject &&
+               (kind == SCContentFilterKind::excludingWindows || kind == SCContentFilterKind::excludingApplications);
     }
-    /// Whether `window` is part of the picture.
+    /// Whether `window`, which may be newer than the filter, is part of the picture.
     bool shows(const SCWindow& window) const;
     std::string debugDescription() const;
 };

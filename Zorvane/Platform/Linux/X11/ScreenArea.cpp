@@ -25,6 +25,15 @@ PixelRect intersection(const PixelRect& a, const PixelRect& b) {
     return common.isEmpty() ? PixelRect{} : common;
 }
 
+PixelRect enclosing(const PixelRect& a, const PixelRect& b) {
+    if (a.isEmpty() || b.isEmpty()) {
+        return a.isEmpty() ? b : a;
+    }
+    const std::int32_t x = std::min(a.x, b.x);
+    const std::int32_t y = std::min(a.y, b.y);
+    return {x, y, std::max(a.maxX(), b.maxX()) - x, std::max(a.maxY(), b.maxY()) - y};
+}
+
 RowSpan RowSpan::joinedWith(const RowSpan& other) const {
     if (isEmpty() || other.isEmpty()) {
         return isEmpty() ? other : *this;

@@ -18,12 +18,17 @@ struct PixelRect {
     std::int32_t maxX() const { return x + width; }
     std::int32_t maxY() const { return y + height; }
     bool isEmpty() const { return width <= 0 || height <= 0; }
+    bool contains(const PixelRect& other) const {
+        return other.x >= x && other.y >= y && other.maxX() <= maxX() && other.maxY() <= maxY();
+    }
     PixelRect movedBy(std::int32_t dx, std::int32_t dy) const { return {x + dx, y + dy, width, height}; }
     bool operator==(const PixelRect&) const = default;
 };
 
 /// The common area; empty when there is none.
 PixelRect intersection(const PixelRect& a, const PixelRect& b);
+/// The smallest rectangle that holds both; an empty one adds nothing.
+PixelRect enclosing(const PixelRect& a, const PixelRect& b);
 
 /// Some rows of a picture, from `top` up to but not including `bottom`. Empty when `top` isn't above `bottom`.
 struct RowSpan {

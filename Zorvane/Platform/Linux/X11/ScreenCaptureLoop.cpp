@@ -7,6 +7,8 @@
 #include <algorithm>
 
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/X11/ComposedScreen.hpp"
+#include "Zorvane/Platform/Linux/X11/WholeScreen.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 #include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
 
@@ -38,11 +40,6 @@ std::optional<CGRect> boundsOf(CGDirectDisplayID displayID, const std::vector<XD
 }
 
 CGRect requireDisplay(const XConnection& connection, const SCContentFilter& filter) {
-    if (!filter.showsEverything()) {
-        throw streamError(SCStreamErrorCode::failedToStart,
-                          "The X11 backend can't leave windows out of a recording. Record the whole display, or close "
-                          "the windows that are to be left out.");
-    }
     if (const auto bounds = boundsOf(filter.display.displayID, readDisplays(connection))) {
         return *bounds;
     }
@@ -56,6 +53,14 @@ ScreenArea requireArea(const CGRect& displayBounds, const SCStreamConfiguration&
     throw streamError(SCStreamErrorCode::failedToStart, "The area to be recorded lies outside of the display.");
 }
 
+std::unique_ptr<ScreenSource> makeSource(XConnection& connection, const SCContentFilter& filter,
+                                         const ScreenArea& area) {
+    if (filter.showsEverything()) {
+        return std::make_unique<WholeScreen>(connection, area);
+    }
+    return std::make_unique<ComposedScreen>(connection, filter, area);
+}
+
 }  // namespace
 
 ScreenCaptureLoop::ScreenCaptureLoop(XConnection& connection, const SCContentFilter& filter,
@@ -64,10 +69,12 @@ ScreenCaptureLoop::ScreenCaptureLoop(XConnection& connection, const SCContentFil
       watch_(connection, configuration.showsCursor),
       displayID_(filter.display.displayID),
       displayBounds_(requireDisplay(connection, filter)),
-      reader_(connection, requireArea(displayBounds_, configuration), configuration.queueDepth),
+      area_(requireArea(displayBounds_, configuration)),
+      source_(makeSource(connection, filter, area_)),
+      reader_(connection, area_, source_->place(), configuration.queueDepth),
       pacer_(intervalOf(configuration), std::max(stillAfter, intervalOf(configuration))) {
     if (configuration.showsCursor) {
-        cursor_.emplace(connection, reader_.area());
+        cursor_.emplace(connection, area_);
     }
 }
 
@@ -96,9 +103,11 @@ void ScreenCaptureLoop::run(Sink& sink) {
 }
 
 // Round trips bring further events in, and an event that lies in XCB's queue doesn't wake a poll: so until none is
-// left.
+// left, or it's time to read in any case.
 void ScreenCaptureLoop::noteChanges() {
-    for (ScreenChanges changes = watch_.take(); changes.any(); changes = watch_.take()) {
+    ScreenChanges changes;
+    do {
+        changes = watch_.take(*source_);
         const auto now = monotonicTime();
         if (changes.layout) {
             requireUnchangedDisplay();
@@ -110,14 +119,14 @@ void ScreenCaptureLoop::noteChanges() {
             isOutdated_ = true;
             pacer_.noteChange(now);
         }
-    }
+    } while (changes.any() && pacer_.decide(monotonicTime()).step != FramePacer::Step::read);
     connection_.requireAlive();
 }
 
 // Damage outside of the area counts as a change too, though no picture comes of it: it must be acknowledged before the
 // server tells of more, and that at the pace of pictures.
 void ScreenCaptureLoop::noteDamage(const PixelRect& damage, Time now) {
-    const PixelRect shown = reader_.area().fromRoot(damage);
+    const PixelRect shown = area_.fromRoot(damage);
     if (!shown.isEmpty()) {
         reader_.noteChanged({shown.y, shown.maxY()});
         isOutdated_ = true;
@@ -142,7 +151,7 @@ void ScreenCaptureLoop::requireUnchangedDisplay() const {
 
 void ScreenCaptureLoop::read(Sink& sink) {
     if (!isOutdated_) {
-        watch_.acknowledgeDamage();
+        source_->refresh();
         xcb_flush(connection_.get());
         pacer_.noteRead(monotonicTime(), false);
         return;
@@ -158,11 +167,11 @@ void ScreenCaptureLoop::read(Sink& sink) {
     sink.screenChanged(picture, time);
 }
 
-// The order matters: damage that comes after the acknowledgement is told of again, so no change can slip between it and
+// The order matters: damage that comes after the refresh is told of again, so no change can slip between it and
 // the reading. The server copies the rows in one go between request and reply, so the middle is never far off.
 ScreenCaptureLoop::Time ScreenCaptureLoop::fill(CVPixelBuffer& picture) {
     const auto before = monotonicTime();
-    watch_.acknowledgeDamage();
+    source_->refresh();
     reader_.request(picture);
     if (cursor_) {
         cursor_->request();

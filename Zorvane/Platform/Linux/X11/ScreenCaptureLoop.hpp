@@ -2,12 +2,14 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <optional>
 
 #include "Zorvane/Platform/CoreMedia/CVPixelBuffer.hpp"
 #include "Zorvane/Platform/Linux/X11/CursorOverlay.hpp"
 #include "Zorvane/Platform/Linux/X11/FramePacer.hpp"
 #include "Zorvane/Platform/Linux/X11/ScreenReader.hpp"
+#include "Zorvane/Platform/Linux/X11/ScreenSource.hpp"
 #include "Zorvane/Platform/Linux/X11/ScreenWatch.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCContentFilter.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
@@ -16,9 +18,9 @@ namespace zorvane {
 
 class XConnection;
 
-/// Waits for changes of one display and reads them into pictures. Made and run on one thread, on a connection of its
-/// own. When nothing changes the thread sleeps without a timer. Once it
-/// runs, nothing is allocated but XCB's replies.
+/// Waits for changes of what a filter shows of one display and reads them into pictures. Made and run on one thread, on
+/// a connection of its own. When nothing changes the thread sleeps without a timer. Once it runs, nothing is allocated
+/// but XCB's replies.
 class ScreenCaptureLoop {
   public:
     /// Hears of pictures on the loop's thread. `time` is `CLOCK_MONOTONIC`.
@@ -51,6 +53,8 @@ class ScreenCaptureLoop {
     ScreenWatch watch_;  // before the display is looked at, so that no change of it is missed
     const CGDirectDisplayID displayID_;
     const CGRect displayBounds_;
+    const ScreenArea area_;
+    const std::unique_ptr<ScreenSource> source_;
     ScreenReader reader_;
     std::optional<CursorOverlay> cursor_;
     FramePacer pacer_;

@@ -106,9 +106,11 @@ std::shared_ptr<CVPixelBufferPool> makePool(const CVPixelLayout& layout, std::si
 
 }  // namespace
 
-ScreenReader::ScreenReader(XConnection& connection, const ScreenArea& area, std::size_t pictures)
+ScreenReader::ScreenReader(XConnection& connection, const ScreenArea& area, ScreenSource::Place place,
+                           std::size_t pictures)
     : connection_(connection),
       area_(area),
+      place_(place),
       layout_(makeLayout(connection, area)),
       shared_(hasWholeRows(area) ? ShmSegment::make(connection, slotSize(layout_) * pictures) : nullptr),
       pool_(makePool(layout_, pictures, shared_)),
@@ -156,8 +158,8 @@ void ScreenReader::requestIntoMemory(const CVPixelBuffer& picture, const RowSpan
     const std::size_t offset =
         picture.slot() * slotSize(layout_) + static_cast<std::size_t>(rows.top) * layout_.bytesPerRow;
     request_ =
-        xcb_shm_get_image(connection_.get(), connection_.root(), static_cast<std::int16_t>(area_.originX),
-                          static_cast<std::int16_t>(area_.originY + rows.top), static_cast<std::uint16_t>(area_.width),
+        xcb_shm_get_image(connection_.get(), place_.drawable, static_cast<std::int16_t>(place_.x),
+                          static_cast<std::int16_t>(place_.y + rows.top), static_cast<std::uint16_t>(area_.width),
                           static_cast<std::uint16_t>(rows.count()), allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP,
                           shared_->name(), static_cast<std::uint32_t>(offset))
             .sequence;
@@ -169,12 +171,12 @@ bool ScreenReader::receiveIntoMemory() const {
 }
 
 void ScreenReader::requestThroughConnection(const RowSpan& rows) {
-    request_ = xcb_get_image(connection_.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, connection_.root(),
-                             static_cast<std::int16_t>(area_.originX + area_.visible.x),
-                             static_cast<std::int16_t>(area_.originY + rows.top),
-                             static_cast<std::uint16_t>(area_.visible.width), static_cast<std::uint16_t>(rows.count()),
-                             allPlanes)
-                   .sequence;
+    request_ =
+        xcb_get_image(connection_.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, place_.drawable,
+                      static_cast<std::int16_t>(place_.x + area_.visible.x),
+                      static_cast<std::int16_t>(place_.y + rows.top), static_cast<std::uint16_t>(area_.visible.width),
+                      static_cast<std::uint16_t>(rows.count()), allPlanes)
+            .sequence;
 }
 
 bool ScreenReader::receiveThroughConnection(CVPixelBuffer& picture, const RowSpan& rows) const {

@@ -8,21 +8,23 @@
 
 #include "Zorvane/Platform/CoreMedia/CVPixelBuffer.hpp"
 #include "Zorvane/Platform/Linux/X11/ScreenArea.hpp"
+#include "Zorvane/Platform/Linux/X11/ScreenSource.hpp"
 
 namespace zorvane {
 
 class ShmSegment;
 class XConnection;
 
-/// A pool of pictures and the way to fill them. The server writes rows straight into a picture's memory; where memory
-/// can't be shared, or the area reaches beyond the display, they come through the connection and are copied.
+/// A pool of pictures and the way to fill them from a source. The server writes rows straight into a picture's memory;
+/// where memory can't be shared, or the area reaches beyond the display, they come through the connection and are
+/// copied.
 ///
 /// A picture still holds what it held when it was last filled, so only the rows that changed since are read. One
 /// thread uses a reader; the pictures go anywhere.
 class ScreenReader {
   public:
     /// Throws `NSError` if the screen's pixels have a form that pictures can't have.
-    ScreenReader(XConnection& connection, const ScreenArea& area, std::size_t pictures);
+    ScreenReader(XConnection& connection, const ScreenArea& area, ScreenSource::Place place, std::size_t pictures);
     ~ScreenReader();
 
     /// A picture to fill, or an empty reference when all are in use.
@@ -38,8 +40,6 @@ class ScreenReader {
     /// Waits for what was last asked for. False if the server could not give it; the picture is then of no use.
     bool receive(CVPixelBuffer& picture);
 
-    const ScreenArea& area() const { return area_; }
-
   private:
     RowSpan rowsToRead(const CVPixelBuffer& picture) const;
     void requestIntoMemory(const CVPixelBuffer& picture, const RowSpan& rows);
@@ -49,6 +49,7 @@ class ScreenReader {
 
     XConnection& connection_;
     const ScreenArea area_;
+    const ScreenSource::Place place_;
     const CVPixelLayout layout_;
     std::shared_ptr<ShmSegment> shared_;  // null: through the connection
     std::shared_ptr<CVPixelBufferPool> pool_;

@@ -24,7 +24,7 @@ class XConnection;
 /// interval, and one `idle` notice is given when nothing has changed for 100 ms. Until the next change the stream
 /// uses no processor time. While all pictures are out nothing is read; the newest state follows when one comes back.
 ///
-/// The filter must show everything, and there is no audio.
+/// There is no audio.
 ///
 ///     made --startCapture--> running --stopCapture--> ended
 ///                               `--------error--------^  (told to the start's completion, later to the delegate)

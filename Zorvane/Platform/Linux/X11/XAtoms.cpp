@@ -44,6 +44,7 @@ WindowAtoms WindowAtoms::intern(const XConnection& connection) {
         std::pair(&WindowAtoms::activeWindow, "_NET_ACTIVE_WINDOW"),
         std::pair(&WindowAtoms::currentDesktop, "_NET_CURRENT_DESKTOP"),
         std::pair(&WindowAtoms::processID, "_NET_WM_PID"),
+        std::pair(&WindowAtoms::managedState, "WM_STATE"),
         std::pair(&WindowAtoms::name, "_NET_WM_NAME"),
         std::pair(&WindowAtoms::desktop, "_NET_WM_DESKTOP"),
         std::pair(&WindowAtoms::opacity, "_NET_WM_WINDOW_OPACITY"),

@@ -25,6 +25,7 @@ struct WindowAtoms {
     std::uint32_t currentDesktop = 0;
     // On a window
     std::uint32_t processID = 0;
+    std::uint32_t managedState = 0;  ///< "WM_STATE", which a window manager gives the windows it takes care of
     std::uint32_t name = 0;
     std::uint32_t desktop = 0;
     std::uint32_t opacity = 0;

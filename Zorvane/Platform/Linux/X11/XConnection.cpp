@@ -13,6 +13,7 @@
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
+#include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
 
 namespace zorvane {
 namespace {
@@ -111,6 +112,16 @@ void XConnection::requireAlive() const {
     }
     if (!isAlive()) {
         throw NSError(X11ErrorDomain, 0, {fmt::format("The X server \"{}\" went away.", name_)});
+    }
+}
+
+void XConnection::requireExtension(bool isPresent, std::string_view extension) const {
+    if (!isPresent) {
+        requireAlive();
+        throw NSError(SCStreamErrorDomain, static_cast<std::int64_t>(SCStreamErrorCode::failedToStart),
+                      {fmt::format("The X server \"{}\" lacks the {} extension, without which its screen can't be "
+                                   "recorded.",
+                                   name_, extension)});
     }
 }
 

@@ -54,6 +54,9 @@ class XConnection {
     /// Throws `NSError` if the connection is gone.
     void requireAlive() const;
 
+    /// Throws `NSError`, as a stream's error, if the server lacks what a capture needs. `extension` names it.
+    void requireExtension(bool isPresent, std::string_view extension) const;
+
     /// Whether client and server are on one machine, so that files and memory can be shared.
     bool isLocal() const;
 

@@ -22,9 +22,12 @@ struct XExtension {
 
 /// The extensions that this backend uses. Their use may begin once the versions are agreed on.
 struct XExtensions {
+    XExtension composite;
     XExtension damage;
     XExtension randr;
+    XExtension render;
     XExtension resources;
+    XExtension shape;
     XExtension shm;
     XExtension xfixes;
     XExtension xinput;

@@ -40,5 +40,22 @@ TEST(SCContentFilterTest, ListedWindowsAreTheExceptionsAmongApplications) {
     }
 }
 
+TEST(SCContentFilterTest, AWindowCropShowsNoApplicationThatWasStartedLater) {
+    const SCContentFilter crop{
+        .applications = {{.processID = 20}}, .windows = {window(2, 10)}, .subject = window(1, 10)};
+    EXPECT_TRUE(crop.shows(window(1, 10)));
+    EXPECT_FALSE(crop.shows(window(2, 10))) << "the application's other windows are exceptions";
+    EXPECT_TRUE(crop.shows(window(5, 10))) << "but not those it opens later, such as menus";
+    EXPECT_FALSE(crop.shows(window(6, 20)));
+    EXPECT_FALSE(crop.shows(window(7, 30)));
+    EXPECT_FALSE(crop.shows(window(8, std::nullopt)));
+    EXPECT_FALSE(crop.showsDesktop());
+    EXPECT_FALSE((SCContentFilter{.subject = window(1, 10)}.showsEverything())) << "also when nobody else is there yet";
+
+    const SCContentFilter ofNobody{.subject = window(1, std::nullopt)};
+    EXPECT_TRUE(ofNobody.shows(window(1, std::nullopt)));
+    EXPECT_FALSE(ofNobody.shows(window(2, std::nullopt))) << "two windows of nobody are not of one application";
+}
+
 }  // namespace
 }  // namespace zorvane
