@@ -77,7 +77,7 @@ std::string programIn(const std::string& command) {
         } else if (letter != ' ' || isQuoted) {
             word += letter;
         } else if (!word.empty()) {
-            const auto name = fs::path(word).filename().string();
+            auto name = fs::path(word).filename().string();
             if (name != "env" && word.find('=') == word.npos) {
                 return name;
             }

@@ -18,7 +18,9 @@ bool isImage(const fs::path& path) {
 /// Some entries name a file with its extension.
 std::optional<fs::path> inFolder(const fs::path& folder, const std::string& name) {
     for (const std::string_view extension : extensions) {
-        if (auto path = folder / name; isImage(path += extension)) {
+        auto path = folder / name;
+        path += extension;
+        if (isImage(path)) {
             return path;
         }
     }

@@ -71,7 +71,10 @@ std::optional<NSImage> X11Workspace::icon(std::int32_t processIdentifier) {
         const auto identity = catalog_->identify(processIdentifier, window->className, window->instanceName);
         const auto file = catalog_->iconFile(identity);
         auto image = file ? readImage_(*file) : std::nullopt;
-        if (image || (image = windowIcon(*window))) {
+        if (!image) {
+            image = windowIcon(*window);
+        }
+        if (image) {
             return image;
         }
     }
