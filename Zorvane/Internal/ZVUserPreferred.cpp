@@ -4,6 +4,10 @@
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/Discovery/CameraDiscovery.hpp"
+#include "Zorvane/Internal/Discovery/DisplayDiscovery.hpp"
+#include "Zorvane/Internal/Discovery/MicrophoneDiscovery.hpp"
+#include "Zorvane/Internal/Discovery/SharedDiscovery.hpp"
 #include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Internal/SchemaItem.hpp"
 #include "Zorvane/Platform/Platform.hpp"
@@ -20,6 +24,14 @@ template <class ID>
 std::vector<ID> listOf(std::optional<NSUserDefaultsArray> value) {
     auto* list = value ? std::get_if<std::vector<ID>>(&*value) : nullptr;
     return list ? std::move(*list) : std::vector<ID>();
+}
+
+/// Has the list of a kind of source put the new one first, if anybody keeps such a list.
+template <class Discovery>
+void triggerUpdate() {
+    if (const auto discovery = startedDiscovery<Discovery>()) {
+        discovery->triggerUpdate();
+    }
 }
 
 /// Updates what an item records.
@@ -67,16 +79,19 @@ std::vector<std::uint32_t> ZVUserPreferred::displayIDs() const {
 void ZVUserPreferred::updateCamera(const std::string& id) const {
     logger_.debug("Update preferred camera", [&] { return LogMetadata{{"cameraID", id}}; });
     updatePreferredID(id, cameras);
+    triggerUpdate<CameraDiscovery>();
 }
 
 void ZVUserPreferred::updateMicrophone(const std::string& id) const {
     logger_.debug("Update preferred microphone", [&] { return LogMetadata{{"microphoneID", id}}; });
     updatePreferredID(id, microphones);
+    triggerUpdate<MicrophoneDiscovery>();
 }
 
 void ZVUserPreferred::updateDisplay(std::uint32_t id) const {
     logger_.debug("Update preferred display", [&] { return LogMetadata{{"displayID", std::to_string(id)}}; });
     updatePreferredID(id, displays);
+    triggerUpdate<DisplayDiscovery>();
 }
 
 void ZVUserPreferred::updateFromSchema(const ZVSchema& schema) const {

@@ -120,7 +120,6 @@ TEST_F(CameraDiscoveryTest, PreferredCamerasComeFirstThenTheOthersByName) {
     EXPECT_THAT(ids(ZVCamera::cameras()), ElementsAre("4", "2", "3", "1"));
     ZVUserPreferred::shared()->updateCamera("1");
     ZVUserPreferred::shared()->updateCamera("3");
-    CameraDiscovery::shared()->triggerUpdate();
     Activity::waitUntilIdle();
     EXPECT_THAT(ids(ZVCamera::cameras()), ElementsAre("3", "1", "4", "2"));
     EXPECT_TRUE(log.has(ZVLogLevel::debug, "Trigger update"));

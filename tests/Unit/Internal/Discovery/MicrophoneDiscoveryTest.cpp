@@ -75,7 +75,6 @@ TEST_F(MicrophoneDiscoveryTest, AMicrophoneThatComesBackIsTheSameObjectAndTheLas
     happen([](Moment now) { now.plugDevice(VirtualDevice::microphone("usb", "Plugged")); });
     EXPECT_EQ(before->availability(), Availability::available);
     ZVUserPreferred::shared()->updateMicrophone("usb");
-    MicrophoneDiscovery::shared()->triggerUpdate();
     Activity::waitUntilIdle();
     EXPECT_EQ(ZVMicrophone::microphones().at(0), before);
     EXPECT_EQ(ZVMicrophone::preferred(), before);
