@@ -29,7 +29,8 @@ class ZVUserPreferred : public std::enable_shared_from_this<ZVUserPreferred> {
     std::vector<std::string> microphoneIDs() const;
     std::vector<std::uint32_t> displayIDs() const;
 
-    // Each puts a source first. What can't be kept leaves a warning in the log, and nothing else.
+    // Each puts a source first, and has the list of such sources brought up to date. What can't be kept leaves a
+    // warning in the log, and nothing else.
     void updateCamera(const std::string& id) const;
     void updateMicrophone(const std::string& id) const;
     void updateDisplay(std::uint32_t id) const;

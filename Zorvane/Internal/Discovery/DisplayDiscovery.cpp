@@ -41,6 +41,12 @@ void DisplayDiscovery::start() {
     zvDisplaysTask_ = spawn(follow(weak_from_this(), std::move(reconfigurations)), reader_);
 }
 
+std::shared_ptr<ZVDisplay> DisplayDiscovery::find(std::uint32_t id) const {
+    const List displays = this->displays();
+    const auto found = std::ranges::find_if(displays, [id](const auto& display) { return display->id() == id; });
+    return found == displays.end() ? nullptr : *found;
+}
+
 std::shared_ptr<ZVDisplay> DisplayDiscovery::getPreferred() const {
     List available = displays();
     std::erase_if(available, [](const auto& display) { return !isAvailable(*display); });

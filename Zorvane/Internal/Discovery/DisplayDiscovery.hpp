@@ -34,6 +34,8 @@ class DisplayDiscovery : public std::enable_shared_from_this<DisplayDiscovery> {
 
     List displays() const { return displays_.value(); }
     AsyncStream<List> updates() const { return displays_.publisher().values(); }
+    /// The display with this id; null if there never was one.
+    std::shared_ptr<ZVDisplay> find(std::uint32_t id) const;
     /// See `ZVDisplay::preferred`.
     std::shared_ptr<ZVDisplay> getPreferred() const;
     /// What the last read failed with, or null.

@@ -8,10 +8,13 @@
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Platform.hpp"
 #include "Zorvane/Platform/Virtual/VirtualUserDefaults.hpp"
+#include "Zorvane/Sources/ZVCamera.hpp"
+#include "Zorvane/Sources/ZVMicrophone.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 #include "tests/Support/LogCapture.hpp"
 #include "tests/Support/TemporaryDirectory.hpp"
 #include "tests/Support/VirtualWorld.hpp"
+#include "tests/Unit/Internal/Discovery/DeviceWorld.hpp"
 
 namespace zorvane {
 namespace {
@@ -122,6 +125,25 @@ TEST_F(UserPreferredTest, UpdatesInTheBackgroundWhileTheCallerGoesOn) {
     slow->released.set_value();
     Activity::waitUntilIdle();
     EXPECT_THAT(preferred->displayIDs(), ElementsAre(1U));
+}
+
+using ListedDevicesTest = testing::DeviceWorldTest;
+
+TEST_F(ListedDevicesTest, FollowAnUpdateIfSomebodyHasAskedForThem) {
+    happen([](const VirtualMoment& now) {
+        now.plugDevice(VirtualDevice::camera("cam1", "A")).plugDevice(VirtualDevice::camera("cam2", "B"));
+        now.plugDevice(VirtualDevice::microphone("mic1", "A")).plugDevice(VirtualDevice::microphone("mic2", "B"));
+    });
+    ZVUserPreferred::shared()->updateCamera("cam1");
+    EXPECT_FALSE(log.has(Level::debug, "Starting with initial devices")) << "nobody needs the list for that";
+    EXPECT_THAT(ids(ZVCamera::cameras()), ElementsAre("cam1", "cam2"));
+    EXPECT_THAT(ids(ZVMicrophone::microphones()), ElementsAre("mic1", "mic2"));
+
+    ZVUserPreferred::shared()->updateCamera("cam2");
+    ZVUserPreferred::shared()->updateMicrophone("mic2");
+    Activity::waitUntilIdle();
+    EXPECT_THAT(ids(ZVCamera::cameras()), ElementsAre("cam2", "cam1"));
+    EXPECT_THAT(ids(ZVMicrophone::microphones()), ElementsAre("mic2", "mic1"));
 }
 
 /// Records the virtual desktop's display.
