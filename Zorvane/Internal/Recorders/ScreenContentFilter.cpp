@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Zorvane/Internal/CGInterop/Display.hpp"
+#include "Zorvane/Internal/RecorderUserMessages.hpp"
 #include "Zorvane/Internal/ShareableContent.hpp"
 #include "Zorvane/ZVError.hpp"
 
@@ -37,6 +38,7 @@ std::optional<CGDirectDisplayID> displayIDFor(std::uint32_t serialNumber) {
 }
 
 [[noreturn]] void throwDisplayNotFound(std::uint32_t serialNumber, const Logger& logger) {
+    throwCantFindDisplay(serialNumber, logger);
     logger.error("Can't find display for given ID.", [&] {
         return LogMetadata{{"displaySerialNumber", std::to_string(serialNumber)}};
     });

@@ -32,8 +32,9 @@ struct ResolvedContentFilter {
     CGRect globalCrop() const;
 };
 
-/// The filter of a display, without a crop. Ids that no window or application has any more fall away. Throws
-/// `ZVError` (invalid configuration) for an unknown display, and what retrieving the shareable content throws.
+/// The filter of a display, without a crop. Ids that no window or application has any more fall away. Throws a
+/// `ZVError` for a display that isn't there: an internal error with a message for the user if the display has ever been
+/// seen, else invalid configuration. Throws what retrieving the shareable content throws.
 Task<ResolvedContentFilter> createDisplayFilter(std::uint32_t displaySerialNumber, DisplayFilterOptions options,
                                                 Logger logger);
 
