@@ -56,6 +56,12 @@ constexpr auto infoHelp = R"(Examples:
 
 Exit status: 0 all is well, 2 wrong usage, 3 a file is missing or broken, 4 no bundle there.)";
 
+constexpr auto permissionsHelp = R"(Examples:
+  zorvane permissions                         what may be recorded, why, and how to get what may not
+  zorvane permissions --json                  the same as one JSON object
+
+Exit status: 0 told, whatever is allowed; 2 wrong usage.)";
+
 /// What CLI11 needs to turn a parser that throws into an error of the option's.
 template <class Parse>
 std::string problemOf(Parse parse, const std::string& text) {
@@ -167,6 +173,12 @@ void addInfo(CLI::App& app, InfoOptions& options) {
     app.add_flag("--json", options.json, "Print one JSON object");
 }
 
+void addPermissions(CLI::App& app, PermissionsOptions& options) {
+    app.footer(permissionsHelp);
+    addPlatform(app, options.platform);
+    app.add_flag("--json", options.json, "Print one JSON object");
+}
+
 /// A negative number behind an option is its value; left alone it would be taken for another option.
 std::vector<std::string> joinedArguments(int count, const char* const* arguments) {
     std::vector<std::string> joined;
@@ -185,7 +197,8 @@ std::vector<std::string> joinedArguments(int count, const char* const* arguments
 std::string problem(const CLI::App* app, const CLI::Error& error) {
     const bool hasCommand = !app->get_subcommands().empty();
     const std::string help = hasCommand ? app->get_subcommands().front()->get_name() + " --help" : "--help";
-    const std::string text = hasCommand ? error.what() : R"(Say what to do: "record", "sources" or "info BUNDLE".)";
+    const std::string text =
+        hasCommand ? error.what() : R"(Say what to do: "record", "sources", "info BUNDLE" or "permissions".)";
     return fmt::format("zorvane: {}\nFor more: zorvane {}\n", printable(text), help);
 }
 
@@ -207,11 +220,14 @@ Command parseCommandLine(int argumentCount, const char* const* arguments) {
     RecordOptions recordOptions;
     SourcesOptions sourcesOptions;
     InfoOptions infoOptions;
+    PermissionsOptions permissionsOptions;
     CLI::App* record = app.add_subcommand("record", "Record a display, or where a window is");
     addRecord(*record, recordOptions);
     CLI::App* sources = app.add_subcommand("sources", "List what there is to record");
     addSources(*sources, sourcesOptions);
     addInfo(*app.add_subcommand("info", "Tell what is in a bundle"), infoOptions);
+    CLI::App* permissions = app.add_subcommand("permissions", "Tell what may be recorded");
+    addPermissions(*permissions, permissionsOptions);
     try {
         app.parse(joinedArguments(argumentCount, arguments));
     } catch (const CLI::ParseError& error) {
@@ -222,6 +238,9 @@ Command parseCommandLine(int argumentCount, const char* const* arguments) {
     }
     if (sources->parsed()) {
         return sourcesOptions;
+    }
+    if (permissions->parsed()) {
+        return permissionsOptions;
     }
     return infoOptions;
 }

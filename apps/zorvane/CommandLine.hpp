@@ -50,9 +50,14 @@ struct InfoOptions {
     bool json = false;
 };
 
+struct PermissionsOptions {
+    ZVPlatformKind platform = ZVPlatformKind::linuxDesktop;
+    bool json = false;
+};
+
 /// What to do; or, when that is done already, how it went: help was shown, or the arguments were wrong and the user
 /// has been told how.
-using Command = std::variant<RecordOptions, SourcesOptions, InfoOptions, ExitStatus>;
+using Command = std::variant<RecordOptions, SourcesOptions, InfoOptions, PermissionsOptions, ExitStatus>;
 
 /// Throws a `std::exception` with a text for the user if help can't be printed.
 Command parseCommandLine(int argumentCount, const char* const* arguments);

@@ -8,6 +8,7 @@
 
 #include "CommandLine.hpp"
 #include "InfoCommand.hpp"
+#include "PermissionsCommand.hpp"
 #include "RecordCommand.hpp"
 #include "SourcesCommand.hpp"
 #include "StandardError.hpp"
@@ -24,6 +25,9 @@ ExitStatus run(const SourcesOptions& options) {
 }
 ExitStatus run(const InfoOptions& options) {
     return info(options);
+}
+ExitStatus run(const PermissionsOptions& options) {
+    return permissions(options);
 }
 ExitStatus run(ExitStatus status) {
     return status;

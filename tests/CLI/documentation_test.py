@@ -17,7 +17,7 @@ class Documentation(CommandLineTest):
 
     def test_each_option_stands_in_the_man_page_and_the_completions(self):
         known = self.options_of() | self.options_of("record") | self.options_of("sources") | \
-            self.options_of("info")
+            self.options_of("info") | self.options_of("permissions")
         completions = ROOT / "apps/zorvane/completions"
         texts = {
             "man page": (ROOT / "docs/man/zorvane.1").read_text().replace(r"\-", "-"),

@@ -4,7 +4,7 @@ _zorvane() {
     local words=
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        words="record sources info --help --version"
+        words="record sources info permissions --help --version"
     elif [[ $command == record ]]; then
         case $prev in
         --display) words="main" ;;
@@ -26,6 +26,10 @@ _zorvane() {
         --log-level) words="trace debug info warning error critical" ;;
         *) words="displays windows cameras microphones applications devices --watch --json --platform --log-level --help" ;;
         esac
+    elif [[ $command == permissions && $prev == --platform ]]; then
+        words="linux virtual"
+    elif [[ $command == permissions ]]; then
+        words="--platform --json --help"
     elif [[ $command == info && $cur == -* ]]; then
         words="--json --help"
     elif [[ $command == info ]]; then

@@ -3,6 +3,7 @@ complete -c zorvane -f
 complete -c zorvane -n __fish_use_subcommand -a record -d "Record a display or a window"
 complete -c zorvane -n __fish_use_subcommand -a sources -d "List what there is to record"
 complete -c zorvane -n __fish_use_subcommand -a info -d "Tell what is in a bundle"
+complete -c zorvane -n __fish_use_subcommand -a permissions -d "Tell what may be recorded"
 complete -c zorvane -n __fish_use_subcommand -l version -d "Show the version"
 complete -c zorvane -s h -l help -d "Show help"
 
@@ -29,3 +30,7 @@ complete -c zorvane -n $sources -l log-level -x -a "trace debug info warning err
 set -l info "__fish_seen_subcommand_from info"
 complete -c zorvane -n $info -l json -d "Print one JSON object"
 complete -c zorvane -n $info -a "(__fish_complete_directories)" -d "Bundle"
+
+set -l permissions "__fish_seen_subcommand_from permissions"
+complete -c zorvane -n $permissions -l platform -x -a "linux virtual" -d "Desktop to ask"
+complete -c zorvane -n $permissions -l json -d "Print one JSON object"
