@@ -6,6 +6,7 @@
 #include "Zorvane/Internal/Discovery/CameraDiscovery.hpp"
 #include "Zorvane/Internal/Discovery/DisplayDiscovery.hpp"
 #include "Zorvane/Internal/Discovery/MicrophoneDiscovery.hpp"
+#include "Zorvane/Internal/Discovery/WindowDiscovery.hpp"
 #include "Zorvane/Internal/SourceTrouble.hpp"
 #include "Zorvane/ZVError.hpp"
 
@@ -64,6 +65,16 @@ void throwCantFindDisplay(std::uint32_t displaySerialNumber, const Logger& logge
         const std::string_view availability = rawValue(display->availability());
         throwTrouble(trouble, id, availability, userMessage(trouble, display->localizedName(), availability),
                      {{"displaySerialNumber", id}}, logger);
+    }
+}
+
+void throwCantFindWindow(std::uint32_t windowID, const Logger& logger) {
+    if (const auto window = WindowDiscovery::shared()->find(windowID)) {
+        const std::string id = std::to_string(windowID);
+        const std::string_view availability = rawValue(window->availability());
+        throwTrouble(windowNotFound, id, availability,
+                     windowMessage(windowID, window->title(), window->applicationName(), availability),
+                     {{"windowID", id}}, logger);
     }
 }
 

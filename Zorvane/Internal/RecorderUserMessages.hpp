@@ -19,5 +19,6 @@ void throwCameraNoSampleBuffers(const std::string& cameraID, const Logger& logge
 void throwAppleDeviceNoAVCaptureDevice(const std::string& deviceID, const Logger& logger);
 void throwAppleDeviceNoSampleBuffers(const std::string& deviceID, const Logger& logger);
 void throwCantFindDisplay(std::uint32_t displaySerialNumber, const Logger& logger);
+void throwCantFindWindow(std::uint32_t windowID, const Logger& logger);
 
 }  // namespace zorvane

@@ -90,8 +90,9 @@ void WindowDiscovery::updateWindows(const std::vector<CGInterop::Window>& wins) 
 
 std::shared_ptr<ZVWindow> WindowDiscovery::put(const CGInterop::Window& seen,
                                                const std::vector<CGRect>& displayFrames) {
-    auto& window = allWindows_[seen.windowID];
-    if (!window) {
+    auto window = find(seen.windowID);
+    const bool isNew = !window;
+    if (isNew) {
         window.reset(new ZVWindow(std::unique_ptr<ZVWindow::State>(new ZVWindow::State{.id = seen.windowID})));
     }
     ZVWindow::State& state = *window->state_;
@@ -103,7 +104,17 @@ std::shared_ptr<ZVWindow> WindowDiscovery::put(const CGInterop::Window& seen,
     state.insideVisibleFrame.update(isInsideAny(displayFrames, seen.frame));
     state.availability.update(seen.isOnScreen ? ZVWindow::Availability::available
                                               : ZVWindow::Availability::notOnScreen);
+    if (isNew) {
+        MutexLock lock(mutex_);
+        allWindows_.emplace(seen.windowID, window);
+    }
     return window;
+}
+
+std::shared_ptr<ZVWindow> WindowDiscovery::find(std::uint32_t id) const {
+    MutexLock lock(mutex_);
+    const auto found = allWindows_.find(id);
+    return found == allWindows_.end() ? nullptr : found->second;
 }
 
 }  // namespace zorvane

@@ -8,6 +8,7 @@
 
 #include "Zorvane/Internal/CGInterop/Window.hpp"
 #include "Zorvane/Internal/Concurrency/AsyncStream.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 #include "Zorvane/Internal/CurrentValueSubject.hpp"
 #include "Zorvane/Internal/Discovery/AnswerPoll.hpp"
 #include "Zorvane/Internal/Logger.hpp"
@@ -35,6 +36,8 @@ class WindowDiscovery : public std::enable_shared_from_this<WindowDiscovery> {
     /// The windows on the screen, front to back.
     List windows() const { return windows_.value(); }
     AsyncStream<List> updates(ZVWindow::FilterOptions options) const;
+    /// The window with this id, also if it has been closed; null if there never was one.
+    std::shared_ptr<ZVWindow> find(std::uint32_t id) const;
 
     /// Brings the objects up to date with a list of windows. Main executor only.
     void updateWindows(const std::vector<CGInterop::Window>& wins);
@@ -52,7 +55,8 @@ class WindowDiscovery : public std::enable_shared_from_this<WindowDiscovery> {
     const Logger logger_;
     std::shared_ptr<DisplayDiscovery> displays_;
     CurrentValueSubject<List> windows_;
-    std::map<std::uint32_t, std::shared_ptr<ZVWindow>> allWindows_;  // belongs to the main executor; never shrinks
+    mutable Mutex mutex_;
+    std::map<std::uint32_t, std::shared_ptr<ZVWindow>> allWindows_ ZV_GUARDED_BY(mutex_);  // never shrinks
     std::shared_ptr<AnswerPoll<Answer>> cgWindows_;
     NSKeyValueObservation frontmostApplicationObservation_;
 };

@@ -46,6 +46,7 @@ std::optional<CGDirectDisplayID> displayIDFor(std::uint32_t serialNumber) {
 }
 
 [[noreturn]] void throwWindowNotFound(std::uint32_t windowID, const Logger& logger) {
+    throwCantFindWindow(windowID, logger);
     logger.error("Can't find window for given ID.", [&] {
         return LogMetadata{{"windowID", std::to_string(windowID)}};
     });

@@ -3,20 +3,12 @@
 #include <memory>
 #include <utility>
 
+#include "Zorvane/Internal/Recorders/ScreenExclusion.hpp"
 #include "Zorvane/Internal/Recorders/ScreenRecorder.hpp"
-#include "Zorvane/Platform/Foundation/NSProcessInfo.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 namespace {
-
-DisplayFilterOptions filterOptions(const std::set<ZVScreenRecordingExcludeOptions>& excluding) {
-    DisplayFilterOptions options{.kind = SCContentFilterKind::excludingApplications};
-    if (excluding.contains(ZVScreenRecordingExcludeOptions::currentProcess)) {
-        options.processIDs.push_back(processIdentifier());
-    }
-    return options;
-}
 
 /// Refuses the side files that no recorder writes yet, rather than leave them out without a word.
 template <class Item>
@@ -53,7 +45,7 @@ Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context)
         throw ZVError::invalidConfiguration(
             "The frontmost window can't be recorded in this version. Turn topWindowInfo off.");
     }
-    DisplayFilterOptions options = filterOptions(item.excludingOptions);
+    DisplayFilterOptions options = displayFilterOptions(item.excludingOptions);
     ResolvedContentFilter content = co_await createDisplayFilter(item.displayID, std::move(options), context.logger);
     co_return makeScreenRecorder(item, std::move(content), std::move(context));
 }

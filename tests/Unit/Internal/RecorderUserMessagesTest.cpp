@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 
+#include "Zorvane/Internal/Discovery/WindowDiscovery.hpp"
 #include "Zorvane/Sources/ZVDisplay.hpp"
 #include "Zorvane/ZVError.hpp"
 #include "tests/Unit/Internal/Discovery/DeviceWorld.hpp"
@@ -46,6 +47,7 @@ TEST_F(RecorderUserMessagesTest, LeaveAnUnknownSourceToTheCaller) {
     throwAppleDeviceNoAVCaptureDevice("nobody", logger);
     throwAppleDeviceNoSampleBuffers("nobody", logger);
     throwCantFindDisplay(12345, logger);
+    throwCantFindWindow(12345, logger);
     EXPECT_EQ(errorLines(), 0U);
 }
 
@@ -103,6 +105,24 @@ TEST_F(RecorderUserMessagesTest, ExplainADisplayThatWentAway) {
     EXPECT_EQ(error->userMessage(), "Can't record 'Virtual Display' because it is not connected anymore.");
     EXPECT_TRUE(log.has(Level::error, "Can't find display for given ID. But there's a ZVDisplay.",
                         {{"displaySerialNumber", "77"}, {"ZVDisplay.availability", "notConnected"}}));
+}
+
+TEST_F(RecorderUserMessagesTest, ExplainAWindowThatWasClosed) {
+    VirtualWindow window;
+    window.window = {.windowID = 9, .frame = CGRect::make(0, 0, 10, 10), .title = "Notes", .isOnScreen = true};
+    happen([&](Moment now) { now.setWindows({window}); });
+    ASSERT_NE(WindowDiscovery::shared()->find(9), nullptr);
+    EXPECT_EQ(errorOf([&] { throwCantFindWindow(9, logger); })->userMessage(),
+              "Can't record 'Notes' because windowID 9 can't be found.");
+
+    happen([](Moment now) { now.setWindows({}); });
+    advance(0.3);
+    const auto error = errorOf([&] { throwCantFindWindow(9, logger); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->errorGroup(), "internalError: ZVWindow 9 has availability: closed");
+    EXPECT_EQ(error->userMessage(), "Can't record 'Notes' because the window has been closed.");
+    EXPECT_TRUE(log.has(Level::error, "Can't find display for given ID. But there's a ZVWindow.",
+                        {{"windowID", "9"}, {"ZVWindow.availability", "closed"}}));
 }
 
 }  // namespace
