@@ -21,8 +21,10 @@ class InteralSchemaItem;
 
 /// What a display's picture leaves out.
 enum class ZVScreenRecordingExcludeOptions {
-    currentProcess,            ///< this process's windows
-    screenRecordingIndicator,  ///< the mark by which the desktop shows that it is being recorded
+    currentProcess,  ///< this process's windows
+    /// The mark by which the desktop shows that it is being recorded. Leaves nothing out on Linux: its desktops show
+    /// their marks, if any, in panels that can't be told from others.
+    screenRecordingIndicator,
 };
 
 /// Whose sound a recording of the system leaves out: one process.
