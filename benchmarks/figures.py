@@ -2,7 +2,7 @@
 """Measures, on recordings of a private desktop, what the README claims; prints a table. Exits 1 if a target is missed.
 
     cmake --preset release && cmake --build --preset release
-    benchmarks/figures.py all            # about fifteen minutes
+    benchmarks/figures.py all            # about twenty minutes
     benchmarks/figures.py still scroll   # some of them
 
 A busy machine spoils most figures: with --when-quiet each measurement waits until the processors are idle.
@@ -13,7 +13,7 @@ import os
 import subprocess
 import sys
 
-from measurements import allocations, cost, crash, finish, length, machine, memory, sources, table, truth
+from measurements import allocations, cost, crash, filters, finish, length, machine, memory, sources, table, truth
 
 FIGURES = {
     "length": length.measure,
@@ -21,6 +21,8 @@ FIGURES = {
     "still": cost.measure_still,
     "scroll": cost.measure_scroll,
     "motion": cost.measure_motion,
+    "filtered": filters.measure_cost,
+    "exclusion": filters.measure_exclusion,
     "crash": crash.measure,
     "finish": finish.measure,
     "memory": memory.measure,

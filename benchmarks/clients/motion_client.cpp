@@ -2,7 +2,7 @@
 // the top left: one white, one black, then 24 binary digits, the highest first. A frame appears in one stroke. Tells
 // the number of each frame and the seconds on CLOCK_MONOTONIC when the server had shown it. Runs until it is ended.
 //
-//     motion_client [--fps N] [--width N] [--height N]     (default: 30, the screen's size)
+//     motion_client [--fps N] [--width N] [--height N] [--grey 1]     (default: 30, the screen's size, in colours)
 #include <xcb/xcb.h>
 
 #include <cmath>
@@ -36,10 +36,16 @@ std::uint32_t pixelAt(int x, int y) {
     return red << 16 | green << 8 | blue;
 }
 
+std::uint32_t greyPixelAt(int x, int y) {
+    constexpr std::uint32_t thrice = 0x010101;
+    return (pixelAt(x, y) & 0xFFU) * thrice;
+}
+
 class Motion {
   public:
-    Motion(std::uint16_t width, std::uint16_t height)
-        : window_(width, height),
+    Motion(std::uint16_t width, std::uint16_t height, std::uint32_t (*color)(int x, int y))
+        : color_(color),
+          window_(width, height),
           context_(window_.makeContext()),
           scene_(makeScene()),
           frame_(window_.makePixmap(window_.width(), window_.height())) {}
@@ -62,7 +68,7 @@ class Motion {
         std::vector<std::uint32_t> row(width);
         for (std::uint16_t y = 0; y < height; ++y) {
             for (std::uint16_t x = 0; x < width; ++x) {
-                row[x] = pixelAt(x, y);
+                row[x] = color_(x, y);
             }
             xcb_put_image(window_.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, scene, context_, width, 1, 0,
                           static_cast<std::int16_t>(y), 0, 24, width * 4U,
@@ -86,6 +92,7 @@ class Motion {
         xcb_poly_fill_rectangle(window_.connection(), frame_, context_, 1, &area);
     }
 
+    std::uint32_t (*const color_)(int x, int y);
     const TestWindow window_;
     const xcb_gcontext_t context_;
     const xcb_pixmap_t scene_;
@@ -97,7 +104,8 @@ class Motion {
 int main(int count, char** arguments) {
     const double framesPerSecond = argument(count, arguments, "--fps", 30);
     Motion motion(static_cast<std::uint16_t>(argument(count, arguments, "--width", 0)),
-                  static_cast<std::uint16_t>(argument(count, arguments, "--height", 0)));
+                  static_cast<std::uint16_t>(argument(count, arguments, "--height", 0)),
+                  argument(count, arguments, "--grey", 0) > 0 ? greyPixelAt : pixelAt);
     const std::chrono::duration<double> pause(1 / framesPerSecond);
     sayReady();
     const auto start = Clock::now();

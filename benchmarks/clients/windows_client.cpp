@@ -82,7 +82,7 @@ class Windows {
         const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
         const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
             xcb_intern_atom_reply(connection_, cookie, nullptr), &std::free);
-        return reply ? reply->atom : XCB_ATOM_NONE;
+        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
     void setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::string& text) const {
         xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, property, type, 8,

@@ -55,6 +55,15 @@ class Movie:
         frames = [samples[index:index + STAMP_SQUARES] for index in range(0, len(samples), STAMP_SQUARES)]
         return [_number(frame) for frame in frames]
 
+    def strongest_color(self):
+        """Of each frame, how far its most colourful pixel is from grey, from 0 to 128."""
+        keys = ("UMIN", "UMAX", "VMIN", "VMAX")
+        prints = ",".join(f"metadata=print:key=lavfi.signalstats.{key}:file=-" for key in keys)
+        printed = _output("ffmpeg", "-v", "error", "-nostdin", "-i", self.path, *EACH_FRAME, "-vf",
+                          f"signalstats,{prints}", "-f", "null", "-").decode("ascii")
+        values = [abs(float(value) - 128) for value in re.findall(r"signalstats\.[UV]M(?:IN|AX)=([\d.]+)", printed)]
+        return [max(values[index:index + len(keys)]) for index in range(0, len(values), len(keys))]
+
     def decoding_errors(self):
         command = ["ffmpeg", "-v", "error", "-nostdin", "-xerror", "-i", self.path, *EACH_FRAME, "-f", "null", "-"]
         result = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=False)

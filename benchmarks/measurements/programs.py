@@ -86,6 +86,15 @@ def record(directory, seconds, environment=None):
     return Run(movie_in(bundle), cpu, server_cpu, json.loads(output))
 
 
+def record_with_window(directory, seconds, **options):
+    """Records it by a host that has a window of its own in front: `exclude` leaves that out, `moving` moves it."""
+    bundle = tempfile.mktemp(suffix=".zorvane", dir=directory)
+    flags = [text for name, value in options.items() if value for text in (f"--{name}", "1")]
+    command = [machine.benchmark_program("record_excluding"), "--seconds", str(seconds), "--output", bundle, *flags]
+    cpu, server_cpu, output = _run_and_account(command, None)
+    return Run(movie_in(bundle), cpu, server_cpu, json.loads(output))
+
+
 def grab_with_ffmpeg(directory, seconds, rate_control):
     """The same by ffmpeg, 30 pictures a second, with the encoder that the recorder uses and the same preset."""
     movie = tempfile.mktemp(suffix=".mp4", dir=directory)
