@@ -57,12 +57,10 @@ class Movie:
 
     def strongest_color(self):
         """Of each frame, how far its most colourful pixel is from grey, from 0 to 128."""
-        keys = ("UMIN", "UMAX", "VMIN", "VMAX")
-        prints = ",".join(f"metadata=print:key=lavfi.signalstats.{key}:file=-" for key in keys)
         printed = _output("ffmpeg", "-v", "error", "-nostdin", "-i", self.path, *EACH_FRAME, "-vf",
-                          f"signalstats,{prints}", "-f", "null", "-").decode("ascii")
-        values = [abs(float(value) - 128) for value in re.findall(r"signalstats\.[UV]M(?:IN|AX)=([\d.]+)", printed)]
-        return [max(values[index:index + len(keys)]) for index in range(0, len(values), len(keys))]
+                          "signalstats,metadata=print:file=-", "-f", "null", "-").decode("ascii")
+        frames = [re.findall(r"signalstats\.[UV]M(?:IN|AX)=([\d.]+)", frame) for frame in printed.split("frame:")[1:]]
+        return [max(abs(float(value) - 128) for value in frame) for frame in frames]
 
     def decoding_errors(self):
         command = ["ffmpeg", "-v", "error", "-nostdin", "-xerror", "-i", self.path, *EACH_FRAME, "-f", "null", "-"]

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Platform/Foundation/NSProcessInfo.hpp"
 #include "Zorvane/Platform/Linux/System/ApplicationCatalog.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Stream.hpp"
 #include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
@@ -20,6 +21,14 @@ bool isIn(SCShareableContentScope scope, const XWindow& window) {
     return scope == SCShareableContentScope::all || (window.isOnScreen && window.level != desktopLevel);
 }
 
+SCRunningApplication application(std::int32_t processID, const std::string& className, const std::string& instanceName,
+                                 ApplicationCatalog& catalog) {
+    auto identity = catalog.identify(processID, className, instanceName);
+    return {.processID = processID,
+            .bundleIdentifier = std::move(identity.identifier),
+            .applicationName = std::move(identity.name)};
+}
+
 SCWindow shareable(const XWindow& window, ApplicationCatalog& catalog) {
     SCWindow result{.windowID = window.windowID,
                     .frame = window.frame,
@@ -27,24 +36,28 @@ SCWindow shareable(const XWindow& window, ApplicationCatalog& catalog) {
                     .windowLayer = window.level,
                     .isOnScreen = window.isOnScreen};
     if (window.processID != 0) {
-        auto identity = catalog.identify(window.processID, window.className, window.instanceName);
-        result.owningApplication = SCRunningApplication{.processID = window.processID,
-                                                        .bundleIdentifier = std::move(identity.identifier),
-                                                        .applicationName = std::move(identity.name)};
+        result.owningApplication = application(window.processID, window.className, window.instanceName, catalog);
     }
     return result;
 }
 
-/// In the order of their frontmost windows.
-std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows) {
+bool isAmong(const std::vector<SCRunningApplication>& applications, std::int32_t processID) {
+    return std::any_of(applications.begin(), applications.end(),
+                       [&](const SCRunningApplication& each) { return each.processID == processID; });
+}
+
+/// In the order of their frontmost windows. This process is one of them also without a window in the list, so that a
+/// filter can keep out what it will open, and what the window manager doesn't take care of.
+std::vector<SCRunningApplication> owners(const std::vector<SCWindow>& windows, ApplicationCatalog& catalog) {
     std::vector<SCRunningApplication> applications;
     for (const SCWindow& window : windows) {
         const auto& owner = window.owningApplication;
-        if (owner && std::none_of(applications.begin(), applications.end(), [&](const SCRunningApplication& each) {
-                return each.processID == owner->processID;
-            })) {
+        if (owner && !isAmong(applications, owner->processID)) {
             applications.push_back(*owner);
         }
+    }
+    if (const std::int32_t self = processIdentifier(); !isAmong(applications, self)) {
+        applications.push_back(application(self, "", "", catalog));
     }
     return applications;
 }
@@ -61,7 +74,7 @@ SCShareableContent readContent(XSession& session, ApplicationCatalog& catalog, S
             content.windows.push_back(shareable(window, catalog));
         }
     }
-    content.applications = owners(content.windows);
+    content.applications = owners(content.windows, catalog);
     return content;
 }
 
