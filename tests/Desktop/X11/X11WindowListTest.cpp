@@ -2,9 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <thread>
 
 #include "Zorvane/Platform/CoreGraphics/CGWindowLevel.hpp"
@@ -266,34 +264,6 @@ TEST_F(X11WindowListTest, WithoutAServerNothingIsListed) {
     EXPECT_TRUE(list().copyWindowInfo(CGWindowListOption::all, kCGNullWindowID).empty());
     EXPECT_FALSE(list().create(CGWindowListOption::all, kCGNullWindowID));
     EXPECT_TRUE(list().createDescriptionFromArray({1, 2}).empty());
-}
-
-double processorSeconds() {
-    timespec used{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
-    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
-}
-
-TEST_F(X11WindowListTest, FiveHundredWindowsCostNextToNothingToLookAtAgain) {
-    std::uint32_t last = 0;
-    for (int index = 0; index < 500; ++index) {
-        last = client_.makeManagedWindow({0, 0, 10, 10},
-                                         "A title as long as many a document has, " + std::to_string(index), "Tester");
-    }
-    waitUntil([&] { return idsOf(list()).size() == 500; });
-    constexpr int rounds = 100;
-    const auto secondsEach = [&](auto ask) {
-        const double start = processorSeconds();
-        for (int round = 0; round < rounds; ++round) {
-            ask();
-        }
-        return (processorSeconds() - start) / rounds;
-    };
-    const double ofAll = secondsEach([&] { list().copyWindowInfo(CGWindowListOption::all, kCGNullWindowID); });
-    const double ofOne = secondsEach([&] { list().createDescriptionFromArray({last}); });
-    std::printf("of 500 windows: %.1f us for all, %.1f us for one\n", 1e6 * ofAll, 1e6 * ofOne);
-    EXPECT_LT(ofAll, 0.001);
-    EXPECT_LT(ofOne, 0.0001);
 }
 
 /// On the desktop that the tests run in, whose window manager decorates windows.
