@@ -107,7 +107,8 @@ class ZVSchemaItem {
     static ZVSchemaItem _display(std::uint32_t displayID, ZVDisplayOptions options, bool topWindowInfo,
                                  ZVScreenRecordingOutputOptions output);
 
-    /// The area of the screen where a window stands at preparation, with whatever covers it.
+    /// The area of the screen where a window stands at preparation. Of what lies there only the window shows, whatever
+    /// covers it, on black. The area stays where it is when the window is moved.
     static ZVSchemaItem windowBasedCrop(std::uint32_t windowID, ZVWindowBasedCropOptions options = {},
                                         Filename filename = std::nullopt);
     static ZVSchemaItem windowBasedCrop(std::uint32_t windowID, ZVWindowBasedCropOptions options,

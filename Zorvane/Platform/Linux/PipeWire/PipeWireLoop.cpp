@@ -111,7 +111,7 @@ class PipeWireLoop::Mailbox {
 PipeWireLoop::PipeWireLoop(MakeConnection makeConnection) : mailbox_(std::make_shared<Mailbox>()) {
     thread_ = std::thread([mailbox = mailbox_, makeConnection = std::move(makeConnection)] {
         blockSignals();
-        setCurrentThreadName("ZVPipeWire");
+        setCurrentThreadName("zv.pipewire");
         mailbox->run(makeConnection);
     });
 }
