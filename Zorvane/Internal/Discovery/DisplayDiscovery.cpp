@@ -71,7 +71,7 @@ void DisplayDiscovery::triggerUpdate() {
 
 Task<> DisplayDiscovery::follow(std::weak_ptr<DisplayDiscovery> weak,
                                 AsyncStream<CGInterop::Display::Reconfiguration> reconfigurations) {
-    while (co_await reconfigurations.next()) {
+    while (const auto change = co_await reconfigurations.next()) {
         if (const auto self = weak.lock()) {
             self->refresh();
         }
