@@ -34,7 +34,8 @@ class ZVDisplay {
     /// The available display that was recorded last, else the main one; null if there is none. Blocks as `displays`
     /// does.
     static std::shared_ptr<ZVDisplay> preferred();
-    /// The list, beginning with the one of now, then each new one. Ends when it is dropped.
+    /// The list, beginning with the one of now, then a new one after each change of a display or of the order. Ends
+    /// when it is dropped.
     static ZVAsyncStream<List> updates();
     /// What kept the displays from being read the last time; null if nothing did. Blocks as `displays` does.
     static std::exception_ptr discoveryFailure();

@@ -81,7 +81,11 @@ Task<> DisplayDiscovery::follow(std::weak_ptr<DisplayDiscovery> weak,
 DisplayDiscovery::Reading DisplayDiscovery::read() {
     const PoolBlockingScope blocking;
     try {
-        return Reading::success(CGInterop::Display::getActiveDisplays());
+        Answer answer{.isLaptop = MacModelSpecs::isLaptop()};
+        for (const CGInterop::Display& display : CGInterop::Display::getActiveDisplays()) {
+            answer.disps.push_back({display, display.displayName()});
+        }
+        return Reading::success(std::move(answer));
     } catch (...) {
         return Reading::failure(std::current_exception());
     }
@@ -101,51 +105,61 @@ void DisplayDiscovery::apply(const Reading& reading) {
         logger_.error(
             [&] { return fmt::format("Failed to get active displays: {}", debugDescription(reading.error())); });
     } else {
-        updateDisplays(reading.value());
+        updateDisplays(reading.value().disps, reading.value().isLaptop);
     }
 }
 
-void DisplayDiscovery::updateDisplays(const std::vector<CGInterop::Display>& disps) {
+void DisplayDiscovery::updateDisplays(const std::vector<NamedDisplay>& disps, bool isLaptop) {
     logger_.trace("Update displays");
     std::set<std::uint32_t> given;
-    for (const CGInterop::Display& display : disps) {
-        if (given.insert(display.serialNumber).second) {
-            put(display);
+    bool anyChanged = false;
+    for (const NamedDisplay& seen : disps) {
+        if (given.insert(seen.display.serialNumber).second) {
+            anyChanged |= put(seen);
         }
     }
-    const auto absence =
-        MacModelSpecs::isLaptop() ? ZVDisplay::Availability::lidClosed : ZVDisplay::Availability::notConnected;
     for (const auto& [id, display] : allDisplays_) {
         if (!given.contains(id)) {
-            display->state_->availability.update(display->isBuiltIn() ? absence
-                                                                      : ZVDisplay::Availability::notConnected);
+            anyChanged |= noteAbsence(*display, isLaptop);
         }
     }
-    publish();
+    publish(anyChanged);
 }
 
-void DisplayDiscovery::put(const CGInterop::Display& seen) {
-    auto& display = allDisplays_[seen.serialNumber];
+bool DisplayDiscovery::put(const NamedDisplay& seen) {
+    const CGInterop::Display& properties = seen.display;
+    auto& display = allDisplays_[properties.serialNumber];
     if (!display) {
         display.reset(new ZVDisplay(std::unique_ptr<ZVDisplay::State>(
-            new ZVDisplay::State{.id = seen.serialNumber, .isBuiltIn = seen.isBuiltIn})));
+            new ZVDisplay::State{.id = properties.serialNumber, .isBuiltIn = properties.isBuiltIn})));
     }
     ZVDisplay::State& state = *display->state_;
-    state.displayID = seen.displayID;
-    state.localizedName.update(seen.displayName());
-    state.isMain.update(seen.isMain);
-    state.frame.update(seen.frame);
-    state.availability.update(ZVDisplay::Availability::available);
+    bool changed = state.displayID.exchange(properties.displayID) != properties.displayID;
+    changed |= state.localizedName.update(seen.name);
+    changed |= state.isMain.update(properties.isMain);
+    changed |= state.frame.update(properties.frame);
+    changed |= state.availability.update(ZVDisplay::Availability::available);
+    return changed;
 }
 
-void DisplayDiscovery::publish() {
+bool DisplayDiscovery::noteAbsence(ZVDisplay& display, bool isLaptop) {
+    const bool isBehindLid = isLaptop && display.isBuiltIn();
+    return display.state_->availability.update(isBehindLid ? ZVDisplay::Availability::lidClosed
+                                                           : ZVDisplay::Availability::notConnected);
+}
+
+void DisplayDiscovery::publish(bool anyChanged) {
     List list;
     for (const auto& [id, display] : allDisplays_) {
         list.push_back(display);
     }
     std::ranges::stable_sort(list, {}, [](const auto& display) { return display->displayID(); });
-    if (displays_.update(list)) {
+    const bool isOtherList = list != displays_.value();
+    if (isOtherList) {
         logger_.info([&] { return fmt::format("Updating {} displays", list.size()); });
+    }
+    if (isOtherList || anyChanged) {
+        displays_.send(std::move(list));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <exception>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "Zorvane/Internal/CGInterop/Display.hpp"
@@ -18,7 +19,7 @@
 namespace zorvane {
 
 /// Reads the displays after each reconfiguration, off the main executor, and keeps one object for every display ever
-/// seen. Updates happen on the main executor. Reading is safe on any thread.
+/// seen. Updates happen on the main executor and ask nobody. Reading is safe on any thread.
 class DisplayDiscovery : public std::enable_shared_from_this<DisplayDiscovery> {
   public:
     using List = ZVDisplay::List;
@@ -44,20 +45,27 @@ class DisplayDiscovery : public std::enable_shared_from_this<DisplayDiscovery> {
     /// Reads the displays again, soon. Any thread.
     void triggerUpdate();
 
-    /// Brings the objects up to date with all active displays. Of several displays with one serial number the first
-    /// one counts. Main executor only.
-    void updateDisplays(const std::vector<CGInterop::Display>& disps);
-
   private:
-    using Reading = ZVOutcome<std::vector<CGInterop::Display>>;
+    struct NamedDisplay {
+        CGInterop::Display display;
+        std::string name;
+    };
+    struct Answer {
+        std::vector<NamedDisplay> disps;  // all active ones
+        bool isLaptop = false;
+    };
+    using Reading = ZVOutcome<Answer>;
 
     static Reading read();
     static Task<> follow(std::weak_ptr<DisplayDiscovery> weak,
                          AsyncStream<CGInterop::Display::Reconfiguration> reconfigurations);
     void refresh();
     void apply(const Reading& reading);
-    void put(const CGInterop::Display& seen);
-    void publish();
+    /// Brings the objects up to date. Of several displays with one serial number the first one counts.
+    void updateDisplays(const std::vector<NamedDisplay>& disps, bool isLaptop);
+    bool put(const NamedDisplay& seen);
+    bool noteAbsence(ZVDisplay& display, bool isLaptop);
+    void publish(bool anyChanged);
 
     const Logger logger_;
     const std::shared_ptr<Executor> reader_;  // a strand: answers arrive on the main executor in the order of asking

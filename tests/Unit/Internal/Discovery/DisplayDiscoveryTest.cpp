@@ -1,5 +1,7 @@
 #include "Zorvane/Internal/Discovery/DisplayDiscovery.hpp"
 
+#include <atomic>
+
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/ZVUserPreferred.hpp"
@@ -171,6 +173,75 @@ TEST_F(DisplayDiscoveryTest, UpdatesBeginWithTheListOfNowAndGoOnWithEachChange) 
     EXPECT_EQ(idsOf(clock->complete(updates.next()).value()), (IDs{77, 88}));
     desktop->now().putDisplay(panel(3, 99));
     EXPECT_EQ(idsOf(clock->complete(updates.next()).value()), (IDs{77, 88, 99}));
+}
+
+ZVTask<> countLists(ZVAsyncStream<ZVDisplay::List> updates, int& count) {
+    while (const auto list = co_await updates.next()) {
+        ++count;
+    }
+}
+
+TEST_F(DisplayDiscoveryTest, EachUpdateThatChangesADisplayPublishesTheListOnce) {
+    desktop->now().putDisplay(panel(2, 88));
+    const auto external = display(88);
+    int lists = 0;
+    TaskHandle<> counter = spawn(countLists(ZVDisplay::updates(), lists));
+    Activity::waitUntilIdle();
+    EXPECT_EQ(lists, 1) << "the one of now";
+    desktop->now().putDisplay(
+        {.displayID = 2, .serialNumber = 88, .name = "Desk", .frame = CGRect::make(0, 200, 9, 9)});
+    Activity::waitUntilIdle();
+    EXPECT_EQ(lists, 2) << "another name and frame, in one update";
+    desktop->now().removeDisplay(2);
+    Activity::waitUntilIdle();
+    EXPECT_EQ(external->availability(), Availability::notConnected);
+    EXPECT_EQ(lists, 3);
+    DisplayDiscovery::shared()->triggerUpdate();
+    Activity::waitUntilIdle();
+    EXPECT_EQ(lists, 3) << "nothing has changed";
+    counter.cancel();
+}
+
+/// Notes whether anybody asks on the main executor.
+class WatchedDisplays final : public CGDisplays {
+  public:
+    explicit WatchedDisplays(std::shared_ptr<CGDisplays> displays) : displays_(std::move(displays)) {}
+
+    std::vector<CGDirectDisplayID> activeDisplayList() override { return noted().activeDisplayList(); }
+    std::optional<CGDisplayProperties> properties(CGDirectDisplayID id) override { return noted().properties(id); }
+    std::optional<CGDisplayMode> displayMode(CGDirectDisplayID id) override { return noted().displayMode(id); }
+    void registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) override {
+        displays_->registerReconfigurationCallback(callback, userInfo);
+    }
+    void removeReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) override {
+        displays_->removeReconfigurationCallback(callback, userInfo);
+    }
+
+    std::atomic<int> questions = 0;
+    std::atomic<bool> askedOnMain = false;
+
+  private:
+    CGDisplays& noted() {
+        ++questions;
+        askedOnMain = askedOnMain || ZVMainExecutor::isCurrent();
+        return *displays_;
+    }
+
+    const std::shared_ptr<CGDisplays> displays_;
+};
+
+TEST_F(DisplayDiscoveryTest, ASlowWindowServerNeverHoldsUpTheMainExecutor) {
+    Platform platform = makeVirtualPlatform(desktop);
+    const auto watched = std::make_shared<WatchedDisplays>(platform.displays);
+    platform.displays = watched;
+    Platform::install(std::move(platform));
+    const auto main = display(77);
+    const int questionsAtFirst = watched->questions;
+    desktop->now().putDisplay({.displayID = 2, .serialNumber = 88, .name = "Copy", .mirrors = 1});
+    Activity::waitUntilIdle();
+    EXPECT_EQ(display(88)->localizedName(), "Copy (mirror of Virtual Display)");
+    EXPECT_GT(watched->questions, questionsAtFirst);
+    EXPECT_FALSE(watched->askedOnMain);
 }
 
 TEST_F(DisplayDiscoveryTest, EndsWithItsWorld) {
