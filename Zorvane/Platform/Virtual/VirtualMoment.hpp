@@ -59,7 +59,7 @@ class VirtualMoment {
     const VirtualMoment& moveWindow(std::uint32_t windowID, const CGRect& frame) const;
     const VirtualMoment& raiseWindow(std::uint32_t windowID) const;
     const VirtualMoment& retitleWindow(std::uint32_t windowID, std::optional<std::string> title) const;
-    /// Takes it off the screen, and back to where it was.
+    /// Takes it off the screen, and back to where it was. It stays listed meanwhile.
     const VirtualMoment& minimizeWindow(std::uint32_t windowID) const;
     const VirtualMoment& restoreWindow(std::uint32_t windowID) const;
     const VirtualMoment& closeWindow(std::uint32_t windowID) const;

@@ -28,13 +28,11 @@ const VirtualScene& sceneToList(const VirtualDesktopState& state) {
 
 }  // namespace
 
-std::vector<CGWindowDescription> VirtualWindowList::copyWindowInfo(CGWindowListOption option, CGWindowID) {
-    return desktop_->withState([option](VirtualDesktopState& state) {
+std::vector<CGWindowDescription> VirtualWindowList::copyWindowInfo(CGWindowListOption, CGWindowID) {
+    return desktop_->withState([](VirtualDesktopState& state) {
         std::vector<CGWindowDescription> descriptions;
         for (const VirtualWindow& entry : sceneToList(state).windows) {
-            if (option == CGWindowListOption::all || entry.window.isOnScreen) {
-                descriptions.push_back(describe(entry));
-            }
+            descriptions.push_back(describe(entry));
         }
         return descriptions;
     });

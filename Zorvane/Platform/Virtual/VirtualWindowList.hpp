@@ -9,7 +9,8 @@
 
 namespace zorvane {
 
-/// A query fails, by throwing, only while the script says so.
+/// Lists all windows for either option, minimised ones as not on screen. A query fails, by throwing, only while the
+/// script says so.
 class VirtualWindowList final : public CGWindowList {
   public:
     explicit VirtualWindowList(std::shared_ptr<VirtualDesktop> desktop) : desktop_(std::move(desktop)) {}

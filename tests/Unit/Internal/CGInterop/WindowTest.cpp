@@ -30,8 +30,10 @@ TEST_F(CGInteropWindowTest, TellsOfAWindowWhatTheWindowServerTells) {
 TEST_F(CGInteropWindowTest, TheListOfIDsIsAbsentWhenThereIsNoWindow) {
     EXPECT_EQ(CGWindowListCreateWrapper(CGWindowListOption::all, kCGNullWindowID), std::nullopt);
     desktop->now().openWindow(testing::window(3)).openWindow(testing::window(4)).minimizeWindow(3);
-    EXPECT_EQ(CGWindowListCreateWrapper(CGWindowListOption::all, kCGNullWindowID), (IDs{4, 3}));
-    EXPECT_EQ(CGWindowListCreateWrapper(CGWindowListOption::onScreenOnly, kCGNullWindowID), IDs{4});
+    for (const auto option : {CGWindowListOption::all, CGWindowListOption::onScreenOnly}) {
+        EXPECT_EQ(CGWindowListCreateWrapper(option, kCGNullWindowID), (IDs{4, 3}));
+        EXPECT_FALSE(Window::getWindows(option, kCGNullWindowID).back().isOnScreen);
+    }
 }
 
 }  // namespace
