@@ -74,9 +74,10 @@ void ApplicationDiscovery::updateApplications(const std::vector<NSRunningApplica
                            {"winAppPIDs", fmt::format("{}", winAppPIDs.size())}};
     });
     std::set<std::int32_t> running;
+    bool anyChanged = false;
     for (const NSRunningApplication& application : apps) {
         if (running.insert(application.processIdentifier).second) {
-            put(application);
+            anyChanged |= put(application);
         }
     }
     List list;
@@ -88,23 +89,30 @@ void ApplicationDiscovery::updateApplications(const std::vector<NSRunningApplica
         }
     }
     std::ranges::sort(list, standsBefore);
-    if (applications_.update(list)) {
-        logger_.info([&] { return fmt::format("Updating {} applications", list.size()); });
-    } else {
-        logger_.trace("No changes");
-    }
+    publish(std::move(list), anyChanged);
 }
 
-void ApplicationDiscovery::put(const NSRunningApplication& seen) {
+void ApplicationDiscovery::publish(List list, bool anyChanged) {
+    // A process id may come back with another application between two updates.
+    if (!anyChanged && list == applications_.value()) {
+        logger_.trace("No changes");
+        return;
+    }
+    logger_.info([&] { return fmt::format("Updating {} applications", list.size()); });
+    applications_.send(std::move(list));
+}
+
+bool ApplicationDiscovery::put(const NSRunningApplication& seen) {
     auto& application = allApplications_[seen.processIdentifier];
     if (!application) {
         application.reset(new ZVRunningApplication(std::unique_ptr<ZVRunningApplication::State>(
             new ZVRunningApplication::State{.id = seen.processIdentifier})));
     }
     ZVRunningApplication::State& state = *application->state_;
-    state.name.update(seen.localizedName);
-    state.bundleIdentifier.update(seen.bundleIdentifier);
-    state.availability.update(Availability::available);
+    bool changed = state.name.update(seen.localizedName);
+    changed |= state.bundleIdentifier.update(seen.bundleIdentifier);
+    changed |= state.availability.update(Availability::available);
+    return changed;
 }
 
 }  // namespace zorvane

@@ -47,7 +47,8 @@ class ApplicationDiscovery : public std::enable_shared_from_this<ApplicationDisc
     };
 
     static Answer ask();
-    void put(const NSRunningApplication& seen);
+    bool put(const NSRunningApplication& seen);
+    void publish(List list, bool anyChanged);
 
     const Logger logger_;
     CurrentValueSubject<List> applications_;

@@ -54,6 +54,15 @@ TEST_F(ApplicationDiscoveryTest, AnApplicationThatQuitLeavesTheListAndComesBackA
     EXPECT_EQ(archive->name(), "Clock");
 }
 
+TEST_F(ApplicationDiscoveryTest, AnotherApplicationUnderTheProcessOfOneThatQuitUnseenIsAnUpdate) {
+    desktop->now().setApplications({{5, "org.archive", "Archive"}});
+    auto updates = ZVRunningApplication::updates();
+    EXPECT_EQ(clock->complete(updates.next()).value().front()->name(), "Archive");
+    desktop->now().setApplications({{5, "org.clock", "Clock"}});
+    EXPECT_EQ(clock->complete(updates.next()).value().front()->name(), "Clock");
+    EXPECT_EQ(log.count(ZVLogLevel::info, "Updating 1 applications"), 2U);
+}
+
 TEST_F(ApplicationDiscoveryTest, FollowsAWorkspaceThatTellsOfNoChange) {
     desktop->now().setApplications({{5, "", "Archive"}});
     EXPECT_EQ(listed(), IDs{5});
