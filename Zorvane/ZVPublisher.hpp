@@ -48,7 +48,6 @@ class PublishedValue : public std::enable_shared_from_this<PublishedValue<T>> {
             std::lock_guard lock(mutex_);
             value_ = value;
         }
-        std::erase_if(handlers_, [](const auto& handler) { return handler.expired(); });
         const auto handlers = handlers_;  // a handler may subscribe
         for (const auto& handler : handlers) {
             if (const auto live = handler.lock()) {
@@ -61,6 +60,7 @@ class PublishedValue : public std::enable_shared_from_this<PublishedValue<T>> {
         auto held = std::make_shared<Handler>(std::move(handler));
         auto begin = [self = this->shared_from_this(), weak = std::weak_ptr(held)] {
             if (const auto live = weak.lock()) {
+                std::erase_if(self->handlers_, [](const auto& earlier) { return earlier.expired(); });
                 self->handlers_.push_back(weak);
                 (*live)(self->value());
             }
