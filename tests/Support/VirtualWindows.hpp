@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "Zorvane/Platform/Virtual/VirtualScene.hpp"
@@ -28,7 +29,7 @@ inline VirtualWindow window(std::uint32_t id, std::optional<SCRunningApplication
 /// The ids of a list of sources, in its order.
 template <class List>
 auto idsOf(const List& list) {
-    std::vector<decltype(list.front()->id())> ids;
+    std::vector<std::remove_cvref_t<decltype(list.front()->id())>> ids;
     for (const auto& source : list) {
         ids.push_back(source->id());
     }
