@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Zorvane/Internal/CGInterop/Display.hpp"
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/RecorderUserMessages.hpp"
 #include "Zorvane/Internal/ShareableContent.hpp"
 #include "Zorvane/ZVError.hpp"
@@ -29,6 +30,7 @@ std::vector<T> keepListed(std::vector<T> all, const IDs& ids, GetID getID) {
 }
 
 std::optional<CGDirectDisplayID> displayIDFor(std::uint32_t serialNumber) {
+    const PoolBlockingScope blocking;
     for (const CGInterop::Display& display : CGInterop::Display::getActiveDisplays()) {
         if (display.serialNumber == serialNumber) {
             return display.displayID;
