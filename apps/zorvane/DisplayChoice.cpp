@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,6 +23,8 @@ namespace {
 
 using Displays = ZVDisplay::List;
 
+constexpr const char* noDisplay = "This desktop has no display to record.";
+
 std::string listed(const Displays& displays) {
     std::vector<std::string> names;
     for (const auto& display : displays) {
@@ -31,19 +34,32 @@ std::string listed(const Displays& displays) {
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
+bool isAvailable(const std::shared_ptr<ZVDisplay>& display) {
+    return display->availability() == ZVDisplay::Availability::available;
+}
+
+/// Also if it is not available now: the recording then says why.
+std::uint32_t knownDisplay(const Displays& displays, std::uint32_t wanted) {
+    if (std::ranges::none_of(displays, [&](const auto& display) { return display->id() == wanted; })) {
+        throw userError(fmt::format("There is no display {}. Known displays: {}.", wanted, listed(displays)));
+    }
+    return wanted;
+}
+
+std::uint32_t mainDisplay(Displays displays) {
+    std::erase_if(displays, std::not_fn(isAvailable));
+    if (displays.empty()) {
+        throw userError(noDisplay);
+    }
+    const auto main = std::ranges::find_if(displays, [](const auto& display) { return display->isMain(); });
+    return (main != displays.end() ? *main : displays.front())->id();
+}
+
 std::uint32_t displayOf(const Displays& displays, std::optional<std::uint32_t> wanted) {
     if (displays.empty()) {
-        throw userError("This desktop has no display to record.");
+        throw userError(noDisplay);
     }
-    const auto found = std::ranges::find_if(
-        displays, [&](const auto& display) { return wanted ? display->id() == *wanted : display->isMain(); });
-    if (found != displays.end()) {
-        return (*found)->id();
-    }
-    if (wanted) {
-        throw userError(fmt::format("There is no display {}. Known displays: {}.", *wanted, listed(displays)));
-    }
-    return displays.front()->id();
+    return wanted ? knownDisplay(displays, *wanted) : mainDisplay(displays);
 }
 
 /// What the desktop answers, shared with the thread that asks, which may be left behind.
@@ -53,14 +69,11 @@ struct Answer {
     std::optional<ZVOutcome<Displays>> displays;  // guarded by mutex
 };
 
-/// The displays that can be recorded now.
 ZVOutcome<Displays> askDesktop() {
     Displays displays = ZVDisplay::displays();
     if (const auto failure = ZVDisplay::discoveryFailure()) {
         return ZVOutcome<Displays>::failure(failure);
     }
-    std::erase_if(displays,
-                  [](const auto& display) { return display->availability() != ZVDisplay::Availability::available; });
     return ZVOutcome<Displays>::success(std::move(displays));
 }
 
