@@ -18,8 +18,8 @@ cmake_path(APPEND zorvane_pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR
 cmake_path(APPEND zorvane_pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 if(NOT BUILD_SHARED_LIBS)
   install(FILES cmake/ZorvaneLinkDependencies.cmake DESTINATION "${zorvane_cmake_dir}")
-  set(zorvane_pc_requires fmt ${zorvane_ffmpeg_modules} ${zorvane_xcb_modules} ${zorvane_systemd_modules} ${zorvane_plist_modules}
-      ${zorvane_pipewire_modules})
+  set(zorvane_pc_requires fmt ${zorvane_ffmpeg_modules} ${zorvane_xcb_modules} ${zorvane_systemd_modules}
+      ${zorvane_phone_modules} ${zorvane_pipewire_modules})
   list(JOIN zorvane_pc_requires " " zorvane_pc_requires)
   set(zorvane_pc_libs "-lyuv -lstdc++ -pthread")
 endif()

@@ -5,13 +5,12 @@
 #include <utility>
 
 #include "Zorvane/Platform/Linux/Phone/PhoneRoster.hpp"
-#include "Zorvane/Platform/Linux/Phone/PhoneSocket.hpp"
 #include "Zorvane/Platform/Linux/Phone/PhoneWatch.hpp"
 
 namespace zorvane {
 namespace {
 
-/// Holds the roster and not the watch, whose threads may be the ones to let go of a session.
+/// Holds the roster and not the watch, which ends with the devices.
 class PhoneSession final : public AVCaptureDeviceDiscoverySession {
   public:
     PhoneSession(std::shared_ptr<PhoneRoster> roster, bool hasPhones)
@@ -35,8 +34,7 @@ class PhoneSession final : public AVCaptureDeviceDiscoverySession {
 
 }  // namespace
 
-PhoneDevices::PhoneDevices(std::optional<std::filesystem::path> service)
-    : service_(std::move(service)), roster_(std::make_shared<PhoneRoster>()) {}
+PhoneDevices::PhoneDevices() : roster_(std::make_shared<PhoneRoster>()) {}
 
 PhoneDevices::~PhoneDevices() = default;
 
@@ -46,7 +44,7 @@ std::shared_ptr<AVCaptureDeviceDiscoverySession> PhoneDevices::makeDiscoverySess
         mediaType == AVMediaType::muxed && std::ranges::count(deviceTypes, AVCaptureDeviceType::externalUnknown) > 0;
     MutexLock lock(mutex_);
     if (!watch_) {
-        watch_ = std::make_unique<PhoneWatch>(service_ ? *service_ : PhoneSocket::servicePath(), roster_);
+        watch_ = std::make_unique<PhoneWatch>(roster_);
     }
     return std::make_shared<PhoneSession>(roster_, hasPhones);
 }

@@ -1,77 +1,94 @@
 #include "Zorvane/Platform/Linux/Phone/PhoneFacts.hpp"
 
-#include <algorithm>
-#include <array>
-#include <optional>
-#include <span>
-#include <string_view>
+#include <libimobiledevice/libimobiledevice.h>
+#include <libimobiledevice/lockdown.h>
 
-#include "Zorvane/Platform/Linux/Phone/PhoneSocket.hpp"
+#include <memory>
+#include <type_traits>
+
+#include "Zorvane/Platform/Linux/Phone/PropertyList.hpp"
 
 namespace zorvane {
 namespace {
 
+using Attachment = AttachedPhone::Attachment;
 using Pairing = AVCaptureDevicePairing;
 
-// A phone's answers to a machine that its user hasn't confirmed, or no longer.
-constexpr std::array<std::string_view, 4> distrust{"InvalidHostID", "MissingHostID", "PairingDialogResponsePending",
-                                                   "UserDeniedPairing"};
-
-PropertyList requestToPhone(std::string_view kind) {
-    PropertyList request;
-    request.set("Label", "zorvane").set("Request", kind);
-    return request;
-}
-
-/// What this machine keeps of a phone that has trusted it; nothing if it never has.
-std::optional<PropertyList> readPairRecord(PhoneSocket service, const std::string& udid) {
-    PropertyList request;
-    request.set("MessageType", "ReadPairRecord").set("PairRecordID", udid);
-    const auto record = service.askService(request).data("PairRecordData");
-    return record ? std::optional(PropertyList::parse(std::as_bytes(std::span(*record)))) : std::nullopt;
-}
-
-void readNames(PhoneSocket& phone, PhoneFacts& facts) {
-    const PropertyList values = phone.askPhone(requestToPhone("GetValue")).dictionary("Value");
-    facts.name = values.text("DeviceName").value_or(facts.name);
-    facts.model = values.text("ProductType").value_or("");
-}
-
-/// Begins a session, which only a phone that trusts this machine allows. It ends with the connection.
-Pairing beginSession(PhoneSocket& phone, const PropertyList& pairRecord) {
-    PropertyList request = requestToPhone("StartSession");
-    request.set("HostID", pairRecord.text("HostID").value_or(""));
-    request.set("SystemBUID", pairRecord.text("SystemBUID").value_or(""));
-    const PropertyList answer = phone.askPhone(request);
-    if (answer.text("SessionID")) {
-        return Pairing::notApplicable;
+template <auto free>
+struct Free {
+    template <class Handle>
+    void operator()(Handle* handle) const {
+        free(handle);
     }
-    const std::string error = answer.text("Error").value_or("");
-    return std::ranges::find(distrust, error) != distrust.end() ? Pairing::notPaired : Pairing::pairedNeedsReconnect;
+};
+using Device = std::unique_ptr<std::remove_pointer_t<idevice_t>, Free<idevice_free>>;
+using Client = std::unique_ptr<std::remove_pointer_t<lockdownd_client_t>, Free<lockdownd_client_free>>;
+
+/// The phone on the attachment that is asked about; it may have both.
+Device open(const AttachedPhone& phone) {
+    idevice_t device = nullptr;
+    const auto lookup = phone.attachment == Attachment::cable ? IDEVICE_LOOKUP_USBMUX : IDEVICE_LOOKUP_NETWORK;
+    idevice_new_with_options(&device, phone.udid.c_str(), lookup);
+    return Device(device);
+}
+
+Client connect(const Device& device) {
+    lockdownd_client_t client = nullptr;
+    if (device) {
+        lockdownd_client_new(device.get(), &client, "zorvane");
+    }
+    return Client(client);
+}
+
+/// False if the phone doesn't answer.
+bool readNames(const Client& client, PhoneFacts& facts) {
+    void* node = nullptr;
+    const auto result = lockdownd_get_value(client.get(), nullptr, nullptr, &node);
+    const PropertyList values(node);
+    facts.name = textOf(values, "DeviceName").value_or(facts.name);
+    facts.model = textOf(values, "ProductType").value_or("");
+    return result == LOCKDOWN_E_SUCCESS;
+}
+
+/// What a phone says when it is asked for a session, which only one that trusts this machine allows.
+Pairing pairingOf(lockdownd_error_t answer) {
+    switch (answer) {
+        case LOCKDOWN_E_SUCCESS:
+            return Pairing::notApplicable;
+        case LOCKDOWN_E_INVALID_HOST_ID:
+        case LOCKDOWN_E_MISSING_HOST_ID:
+        case LOCKDOWN_E_PAIRING_DIALOG_RESPONSE_PENDING:
+        case LOCKDOWN_E_USER_DENIED_PAIRING:
+            return Pairing::notPaired;
+        default:
+            return Pairing::pairedNeedsReconnect;
+    }
+}
+
+/// Begins a session, which ends with the client. The library's handshake would do so too, but it has a phone that has
+/// forgotten this machine ask its user for trust.
+Pairing beginSession(const Client& client, const std::string& hostID) {
+    return pairingOf(lockdownd_start_session(client.get(), hostID.c_str(), nullptr, nullptr));
 }
 
 }  // namespace
 
-PhoneFacts askPhone(const std::filesystem::path& service, const AttachedPhone& phone, const PhoneWakeup& stop,
-                    std::chrono::milliseconds longest) {
-    const auto deadline = std::chrono::steady_clock::now() + longest;
+PhoneFacts presumeFacts(const AttachedPhone& phone, const std::optional<std::string>& hostID) {
     PhoneFacts facts;
-    try {
-        const auto pairRecord = readPairRecord(PhoneSocket(service, stop, deadline), phone.udid);
-        if (pairRecord) {
-            facts.pairing = Pairing::pairedNeedsReconnect;
-        }
-        PhoneSocket connection(service, stop, deadline);
-        connection.connectToPhone(phone.deviceID);
-        readNames(connection, facts);
-        if (pairRecord) {
-            facts.pairing = beginSession(connection, *pairRecord);
-        }
-    } catch (const PhoneConnectionError&) {
-        // What is known so far stands.
+    if (hostID) {
+        facts.pairing =
+            phone.attachment == Attachment::cable ? Pairing::pairedNeedsReconnect : Pairing::pairedNeedsConnect;
     }
-    if (phone.attachment == AttachedPhone::Attachment::network && facts.pairing != Pairing::notPaired) {
-        facts.pairing = Pairing::pairedNeedsConnect;
+    return facts;
+}
+
+PhoneFacts askPhone(const AttachedPhone& phone, const std::optional<std::string>& hostID) {
+    PhoneFacts facts = presumeFacts(phone, hostID);
+    const Device device = open(phone);
+    const Client client = connect(device);
+    const bool answers = client && readNames(client, facts);
+    if (answers && hostID && phone.attachment == Attachment::cable) {
+        facts.pairing = beginSession(client, *hostID);
     }
     return facts;
 }

@@ -1,25 +1,13 @@
 // What can be learnt of a phone by asking it.
 #pragma once
 
-#include <chrono>
-#include <cstdint>
-#include <filesystem>
+#include <optional>
 #include <string>
 
 #include "Zorvane/Platform/AVFoundation/AVCaptureDevice.hpp"
+#include "Zorvane/Platform/Linux/Phone/PhoneService.hpp"
 
 namespace zorvane {
-
-class PhoneWakeup;
-
-/// A phone as the service tells of it.
-struct AttachedPhone {
-    enum class Attachment : std::uint8_t { cable, network };
-
-    std::uint64_t deviceID = 0;  ///< the service's number for this attachment
-    std::string udid;            ///< the phone's own, for good
-    Attachment attachment = Attachment::cable;
-};
 
 struct PhoneFacts {
     std::string name = "iPhone";  ///< as its owner calls it
@@ -29,10 +17,12 @@ struct PhoneFacts {
     bool operator==(const PhoneFacts&) const = default;
 };
 
-/// Asks the phone for its name and model, and whether it lets this machine in. Asks for nothing that its user would
-/// see. Takes `longest` at most, and ends at once when `stop` is set. Never throws: a phone that doesn't answer needs
-/// to be connected again, if it has trusted this machine before.
-PhoneFacts askPhone(const std::filesystem::path& service, const AttachedPhone& phone, const PhoneWakeup& stop,
-                    std::chrono::milliseconds longest);
+/// What is known of a phone that hasn't answered. `hostID` is present if it has trusted this machine before.
+PhoneFacts presumeFacts(const AttachedPhone& phone, const std::optional<std::string>& hostID);
+
+/// Asks the phone for its name and model, and, when it is on a cable and has trusted this machine before, whether it
+/// still lets it in; a phone that is locked has to be connected again. Asks for nothing that its user would see. Blocks
+/// for up to half a minute for each of these questions. Never throws: what a phone doesn't answer is presumed.
+PhoneFacts askPhone(const AttachedPhone& phone, const std::optional<std::string>& hostID);
 
 }  // namespace zorvane

@@ -1,50 +1,85 @@
 #include "Zorvane/Platform/Linux/Phone/PhoneInquiry.hpp"
 
-#include <poll.h>
-
-#include <array>
+#include <chrono>
+#include <thread>
 #include <utility>
 
+#include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
+#include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
 
 namespace zorvane {
 namespace {
 
+using std::chrono::milliseconds;
+
 // The list of phones waits for the first answer of each.
-constexpr std::chrono::milliseconds longestFirstAnswer{800};
-constexpr std::chrono::milliseconds longestAnswer{5000};
-constexpr int pauseBetweenQuestions = 3000;  // milliseconds
+constexpr milliseconds longestFirstAnswer(800);
+constexpr milliseconds pauseBetweenQuestions(3000);
+constexpr milliseconds tolerance(50);
 
 }  // namespace
 
-PhoneInquiry::PhoneInquiry(std::filesystem::path service, AttachedPhone phone,
-                           std::function<void(const PhoneFacts&)> tell)
-    : service_(std::move(service)), phone_(std::move(phone)), tell_(std::move(tell)), thread_([this] { run(); }) {}
+PhoneInquiry::PhoneInquiry(AttachedPhone phone, std::shared_ptr<Executor> strand, Tell tell)
+    : phone_(std::move(phone)),
+      strand_(std::move(strand)),
+      tell_(std::move(tell)),
+      presumed_{.pairing = AVCaptureDevicePairing::pairedNeedsReconnect} {}
 
-PhoneInquiry::~PhoneInquiry() {
-    stop_.set();
-    thread_.join();
+void PhoneInquiry::begin() {
+    ask();
+    callLater(longestFirstAnswer, &PhoneInquiry::tellWhatIsPresumed);
 }
 
-void PhoneInquiry::run() {
-    setCurrentThreadName("zv.phone");
-    bool isReady = false;
-    auto longest = longestFirstAnswer;
-    do {
-        again_.clear();
-        const PhoneFacts facts = askPhone(service_, phone_, stop_, std::exchange(longest, longestAnswer));
-        if (stop_.isSet()) {
-            return;  // the answer may have been cut short
-        }
+void PhoneInquiry::ask() {
+    MonotonicClock::shared()->cancel(nextQuestion_);
+    if (!tell_ || (asksAgain_ = std::exchange(isAsking_, true))) {
+        return;
+    }
+    std::thread([self = shared_from_this()] {
+        setCurrentThreadName("zv.phone");
+        blockBrokenPipeSignal();  // a phone may be unplugged while it is written to
+        const auto hostID = readHostID(self->phone_.udid);
+        self->strand_->post([self, facts = presumeFacts(self->phone_, hostID)] { self->presumed_ = facts; });
+        self->strand_->post([self, facts = askPhone(self->phone_, hostID)] { self->takeAnswer(facts); });
+    }).detach();
+}
+
+void PhoneInquiry::end() {
+    tell_ = nullptr;
+    MonotonicClock::shared()->cancel(nextQuestion_);
+}
+
+void PhoneInquiry::takeAnswer(const PhoneFacts& facts) {
+    isAsking_ = false;
+    tell(facts);
+    if (asksAgain_) {
+        ask();
+    } else if (tell_ && facts.pairing != AVCaptureDevicePairing::notApplicable) {
+        nextQuestion_ = callLater(pauseBetweenQuestions, &PhoneInquiry::ask);
+    }
+}
+
+void PhoneInquiry::tell(const PhoneFacts& facts) {
+    hasTold_ = true;
+    if (tell_) {
         tell_(facts);
-        isReady = facts.pairing == AVCaptureDevicePairing::notApplicable;
-    } while (waitToAskAgain(isReady));
+    }
 }
 
-bool PhoneInquiry::waitToAskAgain(bool isReady) const {
-    std::array<pollfd, 2> polled{{{stop_.descriptor(), POLLIN, 0}, {again_.descriptor(), POLLIN, 0}}};
-    poll(polled.data(), polled.size(), isReady ? -1 : pauseBetweenQuestions);
-    return polled[0].revents == 0;
+void PhoneInquiry::tellWhatIsPresumed() {
+    if (!hasTold_) {
+        tell(presumed_);
+    }
+}
+
+HostClock::TimerID PhoneInquiry::callLater(milliseconds pause, void (PhoneInquiry::*step)()) {
+    const auto clock = MonotonicClock::shared();
+    return clock->schedule(clock->now() + pause, tolerance, [weak = weak_from_this(), step] {
+        if (const auto self = weak.lock()) {
+            self->strand_->post([self, step] { ((*self).*step)(); });
+        }
+    });
 }
 
 }  // namespace zorvane

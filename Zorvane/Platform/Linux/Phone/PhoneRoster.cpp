@@ -60,7 +60,7 @@ void PhoneRoster::put(const AttachedPhone& phone, const PhoneFacts& facts) {
     renewAndTell(lock);
 }
 
-void PhoneRoster::remove(std::uint64_t deviceID) {
+void PhoneRoster::remove(std::uint32_t deviceID) {
     MutexLock lock(mutex_);
     attached_.erase(deviceID);
     renewAndTell(lock);

@@ -24,7 +24,7 @@ class PhoneRoster {
     NSKeyValueObservation observe(std::function<void()> handler);
 
     void put(const AttachedPhone& phone, const PhoneFacts& facts);
-    void remove(std::uint64_t deviceID);
+    void remove(std::uint32_t deviceID);
     /// The phones that were there at the start have been asked.
     void markListed();
 
@@ -40,7 +40,7 @@ class PhoneRoster {
     void renewAndTell(MutexLock& lock) ZV_REQUIRES(mutex_);
 
     mutable Mutex mutex_;
-    std::map<std::uint64_t, Entry> attached_ ZV_GUARDED_BY(mutex_);  // by the service's number
+    std::map<std::uint32_t, Entry> attached_ ZV_GUARDED_BY(mutex_);  // by the service's number
     std::vector<std::shared_ptr<Device>> devices_ ZV_GUARDED_BY(mutex_);
     bool isListed_ ZV_GUARDED_BY(mutex_) = false;
     NSKeyValueObservers<> observers_;

@@ -1,141 +1,133 @@
 #include "Zorvane/Platform/Linux/Phone/PhoneWatch.hpp"
 
-#include <poll.h>
-
-#include <array>
 #include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <thread>
 #include <utility>
+#include <vector>
 
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
-#include "Zorvane/Platform/Linux/Phone/PhoneServiceFolder.hpp"
-#include "Zorvane/Platform/Linux/Phone/PhoneSocket.hpp"
+#include "Zorvane/Platform/Linux/Phone/PhoneInquiry.hpp"
+#include "Zorvane/Platform/Linux/Phone/PhoneRoster.hpp"
 
 namespace zorvane {
 namespace {
 
-using std::chrono::steady_clock;
-
-constexpr std::chrono::seconds longestAnswer{5};
-
-PropertyList serviceRequest(const char* kind) {
-    PropertyList request;
-    request.set("MessageType", kind).set("ProgName", "zorvane").set("ClientVersionString", "zorvane");
-    request.set("kLibUSBMuxVersion", std::uint64_t(3));
-    return request;
-}
+// For a service that hangs, and for a phone that was unplugged between the list and the first event.
+constexpr std::chrono::seconds longestFirstList(3);
+constexpr std::chrono::milliseconds tolerance(50);
 
 }  // namespace
 
-PhoneWatch::PhoneWatch(std::filesystem::path service, std::shared_ptr<PhoneRoster> roster)
-    : service_(std::move(service)), roster_(std::move(roster)), thread_([this] { run(); }) {}
+/// Outlives the watch while a question is out. Its state belongs to the strand.
+class PhoneWatch::Core : public std::enable_shared_from_this<Core> {
+  public:
+    using Event = PhoneSubscription::Event;
 
-PhoneWatch::~PhoneWatch() {
-    stop_.set();
-    thread_.join();
-}
+    explicit Core(std::shared_ptr<PhoneRoster> roster) : roster_(std::move(roster)) {}
 
-void PhoneWatch::run() {
-    setCurrentThreadName("zv.phones");
-    const PhoneServiceFolder folder(service_);
-    std::array<pollfd, 2> polled{{{stop_.descriptor(), POLLIN, 0}, {folder.descriptor(), POLLIN, 0}}};
-    // A service that has just made its socket may not listen on it yet: a few more attempts after each sign of it.
-    int attempts = 1;
-    while (polled[0].revents == 0) {
-        try {
-            listen();
-        } catch (const PhoneConnectionError&) {
-            detachAll();
+    void begin() {
+        std::thread([self = shared_from_this()] {
+            setCurrentThreadName("zv.phones");
+            self->strand_->post([self, phones = listPhones()] { self->await(phones); });
+        }).detach();
+        const auto clock = MonotonicClock::shared();
+        clock->schedule(clock->now() + longestFirstList, tolerance, [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->strand_->post([self] { self->roster_->markListed(); });
+            }
+        });
+    }
+
+    void handOn(Event event, const AttachedPhone& phone) {
+        strand_->post([self = shared_from_this(), event, phone] { self->take(event, phone); });
+    }
+
+    void end() {
+        strand_->post([self = shared_from_this()] {
+            while (!self->inquiries_.empty()) {
+                self->detach(self->inquiries_.begin()->first);
+            }
+        });
+    }
+
+  private:
+    void take(Event event, const AttachedPhone& phone) {
+        const auto inquiry = inquiries_.find(phone.deviceID);
+        if (event == Event::attached && inquiry == inquiries_.end()) {
+            attach(phone);
+        } else if (event == Event::detached) {
+            detach(phone.deviceID);
+        } else if (event == Event::paired && inquiry != inquiries_.end()) {
+            inquiry->second->ask();
+        }
+    }
+
+    void attach(const AttachedPhone& phone) {
+        const auto tell = [weak = weak_from_this(), phone](const PhoneFacts& facts) {
+            if (const auto self = weak.lock()) {
+                self->roster_->put(phone, facts);
+                self->awaitNoLonger(phone.deviceID);
+            }
+        };
+        const auto inquiry = std::make_shared<PhoneInquiry>(phone, strand_, tell);
+        inquiries_.emplace(phone.deviceID, inquiry);
+        inquiry->begin();
+    }
+
+    void detach(std::uint32_t deviceID) {
+        if (const auto inquiry = inquiries_.find(deviceID); inquiry != inquiries_.end()) {
+            inquiry->second->end();
+            inquiries_.erase(inquiry);
+            roster_->remove(deviceID);
+        }
+        awaitNoLonger(deviceID);
+    }
+
+    /// Takes the phones that were there at the start.
+    void await(const std::vector<AttachedPhone>& phones) {
+        awaited_.emplace();
+        for (const AttachedPhone& phone : phones) {
+            const auto inquiry = inquiries_.find(phone.deviceID);
+            if (inquiry == inquiries_.end() || !inquiry->second->hasTold()) {
+                awaited_->insert(phone.deviceID);
+            }
+        }
+        markListedIfDone();
+    }
+
+    void awaitNoLonger(std::uint32_t deviceID) {
+        if (awaited_) {
+            awaited_->erase(deviceID);
+            markListedIfDone();
+        }
+    }
+
+    void markListedIfDone() {
+        if (awaited_->empty()) {
             roster_->markListed();
         }
-        attempts = folder.takeChanges() ? 10 : attempts - 1;
-        poll(polled.data(), polled.size(), attempts > 0 ? 100 : -1);
     }
-    detachAll();
+
+    const std::shared_ptr<Executor> strand_ = Executor::makeStrand("zv.phones");
+    const std::shared_ptr<PhoneRoster> roster_;
+    std::map<std::uint32_t, std::shared_ptr<PhoneInquiry>> inquiries_;  // by the service's number
+    std::optional<std::set<std::uint32_t>> awaited_;                    // absent until the service has listed them
+};
+
+PhoneWatch::PhoneWatch(const std::shared_ptr<PhoneRoster>& roster)
+    : core_(std::make_shared<Core>(roster)),
+      subscription_([core = core_](auto event, const AttachedPhone& phone) { core->handOn(event, phone); }) {
+    core_->begin();
 }
 
-void PhoneWatch::listen() {
-    PhoneSocket socket(service_, stop_, steady_clock::now() + longestAnswer);
-    if (socket.askService(serviceRequest("Listen")).number("Number") != 0) {
-        throw PhoneConnectionError("the service doesn't tell");
-    }
-    listPhones();
-    socket.setDeadline(PhoneSocket::never);
-    while (true) {
-        take(socket.receiveFromService());
-    }
-}
-
-void PhoneWatch::listPhones() {
-    PhoneSocket socket(service_, stop_, steady_clock::now() + longestAnswer);
-    socket.askService(serviceRequest("ListDevices")).forEach("DeviceList", [this](const PropertyList& phone) {
-        attach(phone);
-    });
-    MutexLock lock(mutex_);
-    hasListed_ = true;
-    const bool isDone = awaited_.empty();
-    lock.unlock();
-    if (isDone) {
-        roster_->markListed();
-    }
-}
-
-void PhoneWatch::take(const PropertyList& message) {
-    const std::string kind = message.text("MessageType").value_or("");
-    const std::uint64_t deviceID = message.number("DeviceID").value_or(0);
-    if (kind == "Attached") {
-        attach(message);
-    } else if (kind == "Detached") {
-        detach(deviceID);
-    } else if (kind == "Paired") {
-        if (const auto inquiry = inquiries_.find(deviceID); inquiry != inquiries_.end()) {
-            inquiry->second->askAgain();
-        }
-    }
-}
-
-void PhoneWatch::attach(const PropertyList& message) {
-    const PropertyList properties = message.dictionary("Properties");
-    AttachedPhone phone;
-    phone.deviceID = message.number("DeviceID").value_or(0);
-    phone.udid = properties.text("SerialNumber").value_or("");
-    if (properties.text("ConnectionType") == "Network") {
-        phone.attachment = AttachedPhone::Attachment::network;
-    }
-    if (phone.udid.empty() || inquiries_.contains(phone.deviceID)) {
-        return;  // a list and an event may tell of the same phone
-    }
-    MutexLock lock(mutex_);
-    awaited_.insert(phone.deviceID);
-    lock.unlock();
-    const auto tell = [this, phone](const PhoneFacts& facts) { answered(phone, facts); };
-    inquiries_[phone.deviceID] = std::make_unique<PhoneInquiry>(service_, phone, tell);
-}
-
-void PhoneWatch::detach(std::uint64_t deviceID) {
-    inquiries_.erase(deviceID);  // waits for its thread, so that no answer comes after this
-    roster_->remove(deviceID);
-    markListedIfDone(deviceID);
-}
-
-void PhoneWatch::detachAll() {
-    while (!inquiries_.empty()) {
-        detach(inquiries_.begin()->first);
-    }
-}
-
-void PhoneWatch::answered(const AttachedPhone& phone, const PhoneFacts& facts) {
-    roster_->put(phone, facts);
-    markListedIfDone(phone.deviceID);
-}
-
-void PhoneWatch::markListedIfDone(std::uint64_t deviceID) {
-    MutexLock lock(mutex_);
-    awaited_.erase(deviceID);
-    const bool isDone = hasListed_ && awaited_.empty();
-    lock.unlock();
-    if (isDone) {
-        roster_->markListed();
-    }
+PhoneWatch::~PhoneWatch() {
+    core_->end();
 }
 
 }  // namespace zorvane

@@ -1,50 +1,27 @@
 // Follows the phones that are attached to this machine.
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
-#include <map>
 #include <memory>
-#include <set>
-#include <thread>
 
-#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
-#include "Zorvane/Platform/Linux/Phone/PhoneInquiry.hpp"
-#include "Zorvane/Platform/Linux/Phone/PhoneRoster.hpp"
-#include "Zorvane/Platform/Linux/Phone/PhoneWakeup.hpp"
+#include "Zorvane/Platform/Linux/Phone/PhoneService.hpp"
 
 namespace zorvane {
 
-class PhoneSocket;
-class PropertyList;
+class PhoneRoster;
 
-/// Listens to the service on a thread of its own and has each phone asked. Where the service isn't running, or stops,
-/// there are no phones; the thread then sleeps until its socket appears.
+/// Has each phone asked that the service tells of, and keeps a roster of them. The roster counts as listed once the
+/// phones that were there at the start have answered or taken too long. Any thread.
 class PhoneWatch {
   public:
-    PhoneWatch(std::filesystem::path service, std::shared_ptr<PhoneRoster> roster);
-    /// Waits for all threads, which end at once.
+    explicit PhoneWatch(const std::shared_ptr<PhoneRoster>& roster);
+    /// The phones leave the roster, soon after.
     ~PhoneWatch();
 
   private:
-    void run();
-    void listen();
-    void listPhones();
-    void take(const PropertyList& message);
-    void attach(const PropertyList& message);
-    void detach(std::uint64_t deviceID);
-    void detachAll();
-    void answered(const AttachedPhone& phone, const PhoneFacts& facts);
-    void markListedIfDone(std::uint64_t deviceID);
+    class Core;
 
-    const std::filesystem::path service_;
-    const std::shared_ptr<PhoneRoster> roster_;
-    const PhoneWakeup stop_;
-    std::map<std::uint64_t, std::unique_ptr<PhoneInquiry>> inquiries_;  // belongs to the thread
-    Mutex mutex_;
-    std::set<std::uint64_t> awaited_ ZV_GUARDED_BY(mutex_);  // not answered yet
-    bool hasListed_ ZV_GUARDED_BY(mutex_) = false;           // whether all that were there at first are known
-    std::thread thread_;
+    const std::shared_ptr<Core> core_;
+    const PhoneSubscription subscription_;
 };
 
 }  // namespace zorvane

@@ -10,9 +10,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-
-#include "Zorvane/Platform/Linux/Phone/PropertyList.hpp"
-
 namespace zorvane {
 namespace {
 
@@ -42,6 +39,16 @@ std::string result(int number) {
     return plist(entry("MessageType", "Result") + entry("Number", number));
 }
 
+/// The text or number under a key of a request; empty if there is none.
+std::string value(const std::string& request, const std::string& key) {
+    const auto found = request.find("<key>" + key + "</key>");
+    if (found == std::string::npos) {
+        return {};
+    }
+    const auto begin = request.find('>', request.find('<', found + key.size() + 11)) + 1;
+    return request.substr(begin, request.find('<', begin) - begin);
+}
+
 bool receive(int connection, void* bytes, std::size_t size) {
     return ::recv(connection, bytes, size, MSG_WAITALL) == static_cast<ssize_t>(size);
 }
@@ -50,8 +57,8 @@ void send(int connection, const std::string& bytes) {
     ::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 
-void sendAsService(int connection, const std::string& body) {
-    const std::array<std::uint32_t, 4> header{static_cast<std::uint32_t>(16 + body.size()), 1, 8, 1};
+void sendAsService(int connection, const std::string& body, std::uint32_t tag = 0) {
+    const std::array<std::uint32_t, 4> header{static_cast<std::uint32_t>(16 + body.size()), 1, 8, tag};
     send(connection, std::string(reinterpret_cast<const char*>(header.data()), sizeof header) + body);
 }
 
@@ -127,22 +134,24 @@ void FakePhoneService::serve(int connection) {
         }
         std::lock_guard lock(mutex_);
         if (phoneID == 0) {
-            sendAsService(connection, answer(connection, request, phoneID));
+            sendAsService(connection, answer(connection, request, phoneID), header[3]);
             const bool listens = std::ranges::count(listeners_, connection) > 0;
             for (auto phone = phones_.begin(); listens && phone != phones_.end(); ++phone) {
                 sendAsService(connection, plist(attachedMessage(phone->first, phone->second)));
             }
-        } else if (!phones_[phoneID].hangs) {
+        } else if (phones_[phoneID].manner != FakePhone::Manner::hangs) {
             const std::string body = answerOfPhone(request, phones_[phoneID]);
             const std::uint32_t length = htonl(static_cast<std::uint32_t>(body.size()));
             send(connection, std::string(reinterpret_cast<const char*>(&length), sizeof length) + body);
+            if (body.find("<true/>") != std::string::npos) {
+                ::shutdown(connection, SHUT_RDWR);  // in place of what only a real phone can say
+            }
         }
     }
 }
 
 std::string FakePhoneService::answer(int connection, const std::string& request, int& phoneID) {
-    const PropertyList message = PropertyList::parse(std::as_bytes(std::span(request)));
-    const std::string kind = message.text("MessageType").value_or("");
+    const std::string kind = value(request, "MessageType");
     if (kind == "Listen") {
         listeners_.push_back(connection);
         return result(0);
@@ -155,32 +164,51 @@ std::string FakePhoneService::answer(int connection, const std::string& request,
         return plist("<key>DeviceList</key><array>" + list + "</array>");
     }
     if (kind == "ReadPairRecord") {
-        const auto phone = std::ranges::find(phones_, message.text("PairRecordID").value_or(""),
+        const auto phone = std::ranges::find(phones_, value(request, "PairRecordID"),
                                              [](const auto& known) { return known.second.udid; });
         const bool hasRecord = phone != phones_.end() && phone->second.hasPairRecord;
-        // An empty dictionary, in base 64.
-        return hasRecord ? plist("<key>PairRecordData</key><data>PHBsaXN0PjxkaWN0Lz48L3BsaXN0Pg==</data>") : result(2);
+        // A dictionary with the HostID "H", in base 64.
+        return hasRecord ? plist(
+                               "<key>PairRecordData</key><data>PHBsaXN0PjxkaWN0PjxrZXk+SG9zdElEPC9rZXk+PHN0cmluZz5IPC9z"
+                               "dHJpbmc+PC9kaWN0PjwvcGxpc3Q+</data>")
+                         : result(2);
     }
-    if (kind == "Connect" && phones_.contains(static_cast<int>(message.number("DeviceID").value_or(0))) &&
-        message.number("PortNumber") == htons(62078)) {
-        phoneID = static_cast<int>(*message.number("DeviceID"));
+    const std::string deviceID = value(request, "DeviceID");
+    const auto phone =
+        std::ranges::find(phones_, deviceID, [](const auto& known) { return std::to_string(known.first); });
+    if (kind == "Connect" && phone != phones_.end() && value(request, "PortNumber") == std::to_string(htons(62078))) {
+        phoneID = phone->first;
         return result(0);
     }
     return result(2);
 }
 
-std::string FakePhoneService::answerOfPhone(const std::string& request, const FakePhone& phone) const {
-    const PropertyList message = PropertyList::parse(std::as_bytes(std::span(request)));
-    if (message.text("Request") == "GetValue") {
-        return plist("<key>Value</key><dict>" + entry("DeviceName", phone.name) + entry("ProductType", phone.model) +
-                     "</dict>");
+std::string FakePhoneService::answerOfPhone(const std::string& request, const FakePhone& phone) {
+    const std::string kind = value(request, "Request");
+    questions_.insert(kind);
+    std::string answer = entry("Request", kind);
+    if (kind == "GetValue") {
+        answer +=
+            "<key>Value</key><dict>" + entry("DeviceName", phone.name) + entry("ProductType", phone.model) + "</dict>";
+    } else if (!phone.sessionError.empty() || value(request, "HostID") != "H") {
+        answer += entry("Error", phone.sessionError);
+    } else {
+        const char* encrypts = phone.manner == FakePhone::Manner::encrypts ? "<true/>" : "<false/>";
+        answer += entry("SessionID", "1") + "<key>EnableSessionSSL</key>" + encrypts;
     }
-    return plist(phone.sessionError.empty() ? entry("SessionID", "1") : entry("Error", phone.sessionError));
+    return plist(answer);
+}
+
+std::set<std::string> FakePhoneService::questions() const {
+    std::lock_guard lock(mutex_);
+    return questions_;
 }
 
 std::string FakePhoneService::attachedMessage(int deviceID, const FakePhone& phone) const {
     return entry("MessageType", "Attached") + entry("DeviceID", deviceID) + "<key>Properties</key><dict>" +
-           entry("SerialNumber", phone.udid) + entry("ConnectionType", phone.connection) + "</dict>";
+           entry("DeviceID", deviceID) + entry("SerialNumber", phone.udid) + entry("ConnectionType", phone.connection) +
+           // An address of no family that there is, in base 64: nothing is asked over the network.
+           "<key>NetworkAddress</key><data>AQAAAAAAAAA=</data></dict>";
 }
 
 void FakePhoneService::tellListeners(const std::string& message) {

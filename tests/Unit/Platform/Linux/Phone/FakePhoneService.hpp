@@ -1,11 +1,10 @@
 // A phone service on a socket of its own, with phones that do as they are told.
 #pragma once
 
-#include <atomic>
-#include <condition_variable>
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,7 +19,7 @@ struct FakePhone {
     std::string connection = "USB";
     bool hasPairRecord = true;
     std::string sessionError;  ///< why it refuses a session; empty: it grants one
-    bool hangs = false;        ///< it never answers
+    enum class Manner { answers, hangs, encrypts } manner = Manner::answers;  ///< `encrypts` with a key nobody knows
 };
 
 /// Listens from its making on. Any thread.
@@ -34,19 +33,22 @@ class FakePhoneService {
     /// Replaces what the phone says, and reports that its user has confirmed.
     void pair(int deviceID, const FakePhone& phone);
     void detach(int deviceID);
+    /// All that phones have been asked since the start.
+    std::set<std::string> questions() const;
 
   private:
     void accept();
     void serve(int connection);
     std::string answer(int connection, const std::string& request, int& phoneID);
-    std::string answerOfPhone(const std::string& request, const FakePhone& phone) const;
+    std::string answerOfPhone(const std::string& request, const FakePhone& phone);
     std::string attachedMessage(int deviceID, const FakePhone& phone) const;
     void tellListeners(const std::string& message);
 
     const std::filesystem::path path_;
     const int socket_;
-    std::mutex mutex_;  // guards all below
+    mutable std::mutex mutex_;  // guards all below
     std::map<int, FakePhone> phones_;
+    std::set<std::string> questions_;
     std::vector<int> connections_;
     std::vector<int> listeners_;
     std::vector<std::thread> threads_;

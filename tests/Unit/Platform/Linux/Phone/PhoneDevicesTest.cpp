@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <condition_variable>
+#include <cstdlib>
+#include <mutex>
 
 #include "tests/Support/TemporaryDirectory.hpp"
 #include "tests/Unit/Platform/Linux/Phone/FakePhoneService.hpp"
@@ -14,16 +16,23 @@ namespace {
 using ChangeKind = AVCaptureDeviceDiscoverySession::ChangeKind;
 using Lines = std::vector<std::string>;
 
+/// One path for the whole program, since threads that are left behind may read the environment at any time.
+const std::filesystem::path& servicePath() {
+    static const TemporaryDirectory directory;
+    static const std::filesystem::path path = directory.path() / "usbmuxd";
+    static const int isSet = ::setenv("USBMUXD_SOCKET_ADDRESS", ("UNIX:" + path.string()).c_str(), 1);
+    EXPECT_EQ(isSet, 0);
+    return path;
+}
+
 class PhoneDevicesTest : public ::testing::Test {
   protected:
-    ~PhoneDevicesTest() override { token.invalidate(); }
-
     void observe() {
         session = devices->makeDiscoverySession({AVCaptureDeviceType::externalUnknown}, AVMediaType::muxed);
-        token = session->observeDevices([this](ChangeKind kind) {
-            std::lock_guard lock(mutex);
-            kinds.push_back(kind);
-            changed.notify_all();
+        token = session->observeDevices([heard = heard](ChangeKind kind) {
+            std::lock_guard lock(heard->mutex);
+            heard->kinds.push_back(kind);
+            heard->changed.notify_all();
         });
     }
 
@@ -40,28 +49,32 @@ class PhoneDevicesTest : public ::testing::Test {
     /// Waits until the list is as expected; gives it then, or as it is after ten seconds.
     Lines await(const Lines& expected) {
         std::vector<NSKeyValueObservation> suspensions;
-        const auto wake = [this] {
-            std::lock_guard lock(mutex);
-            changed.notify_all();
-        };
         const auto isAsExpected = [&] {
             suspensions.clear();
             for (const auto& device : session->devices()) {
-                suspensions.push_back(device->observeSuspended(wake));
+                suspensions.push_back(device->observeSuspended([heard = heard] {
+                    std::lock_guard lock(heard->mutex);
+                    heard->changed.notify_all();
+                }));
             }
             return lines() == expected;
         };
-        std::unique_lock lock(mutex);
-        changed.wait_for(lock, std::chrono::seconds(10), [&] { return !kinds.empty() && isAsExpected(); });
+        std::unique_lock lock(heard->mutex);
+        heard->changed.wait_for(lock, std::chrono::seconds(10),
+                                [&] { return !heard->kinds.empty() && isAsExpected(); });
         return lines();
     }
 
-    TemporaryDirectory directory;
-    const std::filesystem::path path = directory.path() / "usbmuxd";
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<ChangeKind> kinds;  // guarded by mutex
-    std::unique_ptr<PhoneDevices> devices = std::make_unique<PhoneDevices>(path);
+    /// What handlers say; they may still be running when a test has ended.
+    struct Heard {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::vector<ChangeKind> kinds;  // guarded by mutex
+    };
+
+    const std::filesystem::path path = servicePath();
+    const std::shared_ptr<Heard> heard = std::make_shared<Heard>();
+    std::unique_ptr<PhoneDevices> devices = std::make_unique<PhoneDevices>();
     std::shared_ptr<AVCaptureDeviceDiscoverySession> session;
     NSKeyValueObservation token;
 };
@@ -73,8 +86,8 @@ TEST_F(PhoneDevicesTest, TheFirstWordComesWithAllPhonesThatAreThere) {
     observe();
     const Lines expected{"a 'Anna's Phone' iPhone14,2 ready", "b 'A Phone' iPad13,1 notPaired"};
     EXPECT_EQ(await(expected), expected);
-    std::lock_guard lock(mutex);
-    EXPECT_EQ(kinds, std::vector{ChangeKind::initial});
+    std::lock_guard lock(heard->mutex);
+    EXPECT_EQ(heard->kinds, std::vector{ChangeKind::initial});
 }
 
 TEST_F(PhoneDevicesTest, PhonesComeAndGo) {
@@ -98,8 +111,7 @@ TEST_F(PhoneDevicesTest, APhoneTellsWhetherItTrustsThisMachine) {
         {{.sessionError = "PairingDialogResponsePending"}, "notPaired"},
         {{.sessionError = "InvalidHostID"}, "notPaired"},
         {{.sessionError = "PasswordProtected"}, "needsReconnect"},
-        {{.connection = "Network"}, "needsConnect"},
-        {{.connection = "Network", .hasPairRecord = false}, "notPaired"},
+        {{.manner = FakePhone::Manner::encrypts}, "needsReconnect"},
         {{}, "ready"},
     };
     FakePhoneService service(path);
@@ -113,6 +125,8 @@ TEST_F(PhoneDevicesTest, APhoneTellsWhetherItTrustsThisMachine) {
         service.detach(deviceID);
         EXPECT_EQ(await({}), Lines{});
     }
+    EXPECT_EQ(service.questions(), (std::set<std::string>{"GetValue", "StartSession", "StopSession"}))
+        << "asks no user for trust";
 }
 
 TEST_F(PhoneDevicesTest, APhoneWhoseUserConfirmsIsReadyAndStaysTheSameDevice) {
@@ -132,11 +146,12 @@ TEST_F(PhoneDevicesTest, APhoneOnCableAndNetworkIsOneDevice) {
     FakePhoneService service(path);
     service.attach(1, {.udid = "a", .connection = "Network"});
     service.attach(2, {.udid = "a"});
+    service.attach(3, {.udid = "b", .connection = "Network", .hasPairRecord = false});
     observe();
-    const Lines both{"a 'A Phone' iPhone14,2 ready"};
+    const Lines both{"a 'A Phone' iPhone14,2 ready", "b 'iPhone'  notPaired"};
     EXPECT_EQ(await(both), both);
     service.detach(2);
-    const Lines network{"a 'A Phone' iPhone14,2 needsConnect"};
+    const Lines network{"a 'iPhone'  needsConnect", "b 'iPhone'  notPaired"};
     EXPECT_EQ(await(network), network);
 }
 
@@ -154,14 +169,26 @@ TEST_F(PhoneDevicesTest, WithoutAServiceThereAreNoPhonesUntilItComesAndAgainWhen
 
 TEST_F(PhoneDevicesTest, APhoneThatHangsHoldsUpNothing) {
     FakePhoneService service(path);
-    service.attach(1, {.udid = "hanging", .hangs = true});
+    service.attach(1, {.udid = "hanging", .manner = FakePhone::Manner::hangs});
     service.attach(2, {.udid = "a"});
     const auto before = std::chrono::steady_clock::now();
     observe();
     const Lines expected{"a 'A Phone' iPhone14,2 ready", "hanging 'iPhone'  needsReconnect"};
     EXPECT_EQ(await(expected), expected);
     devices.reset();
+    EXPECT_EQ(await({}), Lines{});
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(4)) << "below a phone's time-out";
+}
+
+TEST_F(PhoneDevicesTest, TheNextOnesFindThePhonesAgain) {
+    FakePhoneService service(path);
+    service.attach(1, {.udid = "a"});
+    const Lines there{"a 'A Phone' iPhone14,2 ready"};
+    for (int round = 0; round < 3; ++round) {
+        devices = std::make_unique<PhoneDevices>();
+        observe();
+        EXPECT_EQ(await(there), there);
+    }
 }
 
 }  // namespace
