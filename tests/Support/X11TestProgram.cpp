@@ -73,6 +73,11 @@ std::uint32_t X11TestProgram::makeWindow(const TestRect& rect, std::uint32_t col
                 XCB_COPY_FROM_PARENT, XCB_COPY_FROM_PARENT);
 }
 
+std::uint32_t X11TestProgram::makeManagedWindow(const TestRect& rect, std::uint32_t color) {
+    return make(rect, 0, XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL, {color, color}, XCB_COPY_FROM_PARENT,
+                XCB_COPY_FROM_PARENT);
+}
+
 std::uint32_t X11TestProgram::makeUnpaintedWindow(const TestRect& rect) {
     return make(rect, 0, XCB_CW_BACK_PIXMAP | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
                 {XCB_BACK_PIXMAP_NONE, 1, XCB_EVENT_MASK_EXPOSURE}, XCB_COPY_FROM_PARENT, XCB_COPY_FROM_PARENT);

@@ -21,6 +21,8 @@ class X11TestProgram {
 
     /// A window filled with one colour, on top of all others.
     std::uint32_t makeWindow(const TestRect& rect, std::uint32_t color, std::uint16_t border = 0);
+    /// One that a window manager may place and frame.
+    std::uint32_t makeManagedWindow(const TestRect& rect, std::uint32_t color);
     /// One without a background: until it is painted it looks like what was on the screen before.
     std::uint32_t makeUnpaintedWindow(const TestRect& rect);
     /// One with an alpha channel, filled with a premultiplied colour.

@@ -16,7 +16,7 @@ namespace {
 
 using TreeReply = XReply<xcb_query_tree_reply_t>;
 
-/// Window managers put an application's window into one or two of their own, which override redirection.
+/// Window managers put an application's window into one or two of their own.
 constexpr int deepestClient = 3;
 constexpr int mostPartsOfFrame = 64;
 
@@ -38,24 +38,29 @@ bool holdsMark(const XPropertyQuery& state) {
     return state.answer().type() != 0;
 }
 
+/// The bits of a window's number that tell which program made it.
+std::uint32_t makerOf(const XConnection& connection, xcb_window_t window) {
+    return window & ~xcb_get_setup(connection.get())->resource_id_mask;
+}
+
+/// What the window that is searched may be: one that a window manager has put around another, or any.
+enum class Container : std::uint8_t { frame, unknown };
+
 /// Finds the application's window in a frame. Until the window manager has marked it, it is told by having been made by
-/// another program than the frame.
+/// another program than the frame. What isn't known to be a frame may hold windows of other programs for other reasons.
 class ClientSearch {
   public:
-    ClientSearch(const XConnection& connection, const WindowAtoms& atoms, xcb_window_t frame)
-        : connection_(connection),
-          atoms_(atoms),
-          ofProgram_(~xcb_get_setup(connection.get())->resource_id_mask),
-          frame_(frame) {}
+    ClientSearch(const XConnection& connection, const WindowAtoms& atoms, xcb_window_t topLevel, Container container)
+        : connection_(connection), atoms_(atoms), topLevel_(topLevel), container_(container) {}
 
-    /// 0 if there is none. `level` is what lies right in the frame.
+    /// 0 if there is none. `level` is what lies right in the container.
     xcb_window_t clientWithin(std::vector<xcb_window_t> level) {
         for (int depth = 0; depth < deepestClient && !level.empty(); ++depth) {
             for (const xcb_window_t window : level) {
                 if (isManaged(window)) {
                     return window;
                 }
-                if (foreign_ == XCB_NONE && (window & ofProgram_) != (frame_ & ofProgram_)) {
+                if (foreign_ == XCB_NONE && isForeign(window)) {
                     foreign_ = window;
                 }
             }
@@ -67,6 +72,10 @@ class ClientSearch {
   private:
     bool isManaged(xcb_window_t window) const {
         return holdsMark(XPropertyQuery(connection_, window, atoms_.managedState));
+    }
+
+    bool isForeign(xcb_window_t window) const {
+        return container_ == Container::frame && makerOf(connection_, window) != makerOf(connection_, topLevel_);
     }
 
     std::vector<xcb_window_t> childrenOf(const std::vector<xcb_window_t>& windows) const {
@@ -81,8 +90,8 @@ class ClientSearch {
 
     const XConnection& connection_;
     const WindowAtoms& atoms_;
-    const std::uint32_t ofProgram_;  // the bits of a number that tell who made it
-    const xcb_window_t frame_;
+    const xcb_window_t topLevel_;
+    const Container container_;
     xcb_window_t foreign_ = XCB_NONE;
 };
 
@@ -104,18 +113,22 @@ std::optional<SCWindow> identifyWindow(const XConnection& connection, const Wind
     const auto attributesQuery = xcb_get_window_attributes(c, topLevel);
     const auto treeQuery = xcb_query_tree(c, topLevel);
     const WindowOwnerQuery owner(connection, atoms, topLevel);
+    const XPropertyQuery windowManager(connection, connection.root(), atoms.windowManagerCheck);
     const bool isManaged = holdsMark(state);
     const XReply<xcb_get_window_attributes_reply_t> attributes(
         xcb_get_window_attributes_reply(c, attributesQuery, nullptr));
     const TreeReply within(xcb_query_tree_reply(c, treeQuery, nullptr));
     const SCWindow itself = owned(topLevel, owner);
+    const auto check = windowManager.answer().numberOr(XCB_NONE);
     if (!attributes || !within) {
         return std::nullopt;
     }
-    if (isManaged || !attributes->override_redirect) {
+    if (isManaged) {
         return itself;
     }
-    const xcb_window_t client = ClientSearch(connection, atoms, topLevel).clientWithin(childrenIn(within));
+    const bool isOfWindowManager = check != XCB_NONE && makerOf(connection, check) == makerOf(connection, topLevel);
+    const auto container = attributes->override_redirect || isOfWindowManager ? Container::frame : Container::unknown;
+    const xcb_window_t client = ClientSearch(connection, atoms, topLevel, container).clientWithin(childrenIn(within));
     if (client == XCB_NONE) {
         return itself;
     }
