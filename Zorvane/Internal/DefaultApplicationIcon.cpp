@@ -40,7 +40,9 @@ void putPixel(std::uint8_t* pixel, double x, double y) {
 NSImage defaultApplicationIcon() {
     NSImage image{side, side, std::vector<std::uint8_t>(std::size_t{4} * side * side)};
     for (std::uint32_t index = 0; index < side * side; ++index) {
-        putPixel(&image.pixels[std::size_t{4} * index], index % side + 0.5, index / side + 0.5);
+        const std::uint32_t column = index % side;
+        const std::uint32_t row = index / side;
+        putPixel(&image.pixels[std::size_t{4} * index], column + 0.5, row + 0.5);
     }
     return image;
 }

@@ -85,8 +85,8 @@ std::optional<Display> Display::forID(CGDirectDisplayID displayID) {
 std::vector<CGDirectDisplayID> Display::getActiveDisplays(const CGPoint& containing) {
     const auto platform = Platform::current();
     std::vector<CGDirectDisplayID> displays = platform->displays->activeDisplayList();
-    std::erase_if(displays, [&](CGDirectDisplayID displayID) {
-        const auto properties = platform->displays->properties(displayID);
+    std::erase_if(displays, [&](CGDirectDisplayID active) {
+        const auto properties = platform->displays->properties(active);
         return !properties || !holds(properties->bounds, containing);
     });
     return displays;
