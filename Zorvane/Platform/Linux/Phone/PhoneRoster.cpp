@@ -55,15 +55,23 @@ NSKeyValueObservation PhoneRoster::observe(std::function<void()> handler) {
 }
 
 void PhoneRoster::put(const AttachedPhone& phone, const PhoneFacts& facts) {
-    MutexLock lock(mutex_);
-    attached_[phone.deviceID] = {phone, facts};
-    renewAndTell(lock);
+    News news;
+    {
+        MutexLock lock(mutex_);
+        attached_[phone.deviceID] = {phone, facts};
+        news = renew();
+    }
+    tell(news);
 }
 
 void PhoneRoster::remove(std::uint32_t deviceID) {
-    MutexLock lock(mutex_);
-    attached_.erase(deviceID);
-    renewAndTell(lock);
+    News news;
+    {
+        MutexLock lock(mutex_);
+        attached_.erase(deviceID);
+        news = renew();
+    }
+    tell(news);
 }
 
 void PhoneRoster::markListed() {
@@ -75,7 +83,8 @@ void PhoneRoster::markListed() {
     }
 }
 
-bool PhoneRoster::renew(std::vector<std::shared_ptr<Device>>& changed) {
+PhoneRoster::News PhoneRoster::renew() {
+    News news;
     std::map<std::string, const Entry*> byUDID;
     for (const auto& [deviceID, entry] : attached_) {
         const Entry*& best = byUDID[entry.phone.udid];
@@ -93,20 +102,18 @@ bool PhoneRoster::renew(std::vector<std::shared_ptr<Device>>& changed) {
         }
         devices.push_back(*known);
         if ((*known)->setPairing(entry->facts.pairing)) {
-            changed.push_back(*known);
+            news.changed.push_back(*known);
         }
     }
-    return std::exchange(devices_, devices) != devices;
+    news.hasNewList = std::exchange(devices_, devices) != devices && isListed_;
+    return news;
 }
 
-void PhoneRoster::renewAndTell(MutexLock& lock) {
-    std::vector<std::shared_ptr<Device>> changed;
-    const bool tellsOfList = renew(changed) && isListed_;
-    lock.unlock();
-    if (tellsOfList) {
+void PhoneRoster::tell(const News& news) const {
+    if (news.hasNewList) {
         observers_.notify();
     }
-    for (const auto& device : changed) {
+    for (const auto& device : news.changed) {
         device->tellObservers();
     }
 }

@@ -35,9 +35,15 @@ class PhoneRoster {
         PhoneFacts facts;
     };
 
-    /// Makes the devices of now; true if the list has changed. Devices whose pairing alone has changed go to `changed`.
-    bool renew(std::vector<std::shared_ptr<Device>>& changed) ZV_REQUIRES(mutex_);
-    void renewAndTell(MutexLock& lock) ZV_REQUIRES(mutex_);
+    /// What observers are to hear of.
+    struct News {
+        bool hasNewList = false;
+        std::vector<std::shared_ptr<Device>> changed;  ///< by their pairing alone
+    };
+
+    /// Makes the devices of now.
+    News renew() ZV_REQUIRES(mutex_);
+    void tell(const News& news) const;
 
     mutable Mutex mutex_;
     std::map<std::uint32_t, Entry> attached_ ZV_GUARDED_BY(mutex_);  // by the service's number
