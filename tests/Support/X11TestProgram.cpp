@@ -58,14 +58,19 @@ std::uint32_t X11TestProgram::make(const TestRect& rect, std::uint16_t border, s
     xcb_create_window(connection_, depth, window, screen_->root, rect.x, rect.y, rect.width, rect.height, border,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, visual, mask, values.data());
     if (processID_) {
-        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1,
-                            &*processID_);
-        const std::string machine = hostName();
-        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, 8,
-                            static_cast<std::uint32_t>(machine.size()), machine.data());
+        nameOwner(window, *processID_);
     }
     show(window);
     return window;
+}
+
+void X11TestProgram::nameOwner(std::uint32_t window, std::int32_t processID) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1,
+                        &processID);
+    const std::string machine = hostName();
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, 8,
+                        static_cast<std::uint32_t>(machine.size()), machine.data());
+    synchronize();
 }
 
 std::uint32_t X11TestProgram::makeWindow(const TestRect& rect, std::uint32_t color, std::uint16_t border) {
@@ -143,19 +148,28 @@ void X11TestProgram::cut(std::uint32_t window, const TestRect& rect) {
 }
 
 std::uint32_t X11TestProgram::frame(std::uint32_t window, const TestRect& rect, std::int16_t thickness,
-                                    std::uint32_t color) {
+                                    std::uint32_t color, FrameKind kind) {
     const std::uint32_t frame = xcb_generate_id(connection_);
-    const std::uint32_t values[]{color, 1};
+    const std::uint32_t values[]{color, kind == FrameKind::overriding};
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, frame, screen_->root, rect.x, rect.y, rect.width, rect.height,
                       0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
-    xcb_reparent_window(connection_, window, frame, thickness, thickness);
+    takeCareOf(window, frame, thickness);
+    show(frame);
+    return frame;
+}
+
+void X11TestProgram::addToFrame(std::uint32_t window, std::uint32_t frame) {
+    takeCareOf(window, frame, 0);
+    synchronize();
+}
+
+void X11TestProgram::takeCareOf(std::uint32_t window, std::uint32_t frame, std::int16_t place) {
+    xcb_reparent_window(connection_, window, frame, place, place);
     const std::uint32_t normalState[]{1, XCB_NONE};
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("WM_STATE"), atom("WM_STATE"), 32, 2,
                         normalState);
     xcb_map_window(connection_, window);
-    show(frame);
-    return frame;
 }
 
 void X11TestProgram::setBackground(std::uint32_t color) {
@@ -178,6 +192,11 @@ void X11TestProgram::setBackgroundPicture(std::uint32_t color) {
 void X11TestProgram::takeAllWindows() {
     xcb_composite_redirect_subwindows(connection_, screen_->root, XCB_COMPOSITE_REDIRECT_MANUAL);
     synchronize();
+}
+
+void X11TestProgram::makeOverlay() {
+    owned(xcb_composite_get_overlay_window_reply(
+        connection_, xcb_composite_get_overlay_window(connection_, screen_->root), nullptr));
 }
 
 bool X11TestProgram::hasOwnPixmap(std::uint32_t window) {

@@ -39,8 +39,16 @@ class X11TestProgram {
     /// Cuts the window to this part of itself.
     void cut(std::uint32_t window, const TestRect& rect);
 
+    /// Says of a window, of whatever program, that it belongs to a process.
+    void nameOwner(std::uint32_t window, std::int32_t processID);
+
+    /// Window managers' frames override redirection, or are windows like any other.
+    enum class FrameKind : std::uint8_t { overriding, ordinary };
     /// Puts a window, of whatever program, into a frame, as a window manager does. Returns the frame.
-    std::uint32_t frame(std::uint32_t window, const TestRect& rect, std::int16_t thickness, std::uint32_t color);
+    std::uint32_t frame(std::uint32_t window, const TestRect& rect, std::int16_t thickness, std::uint32_t color,
+                        FrameKind kind = FrameKind::overriding);
+    /// Puts a further window into a frame that is on the screen, as window managers with tabs do.
+    void addToFrame(std::uint32_t window, std::uint32_t frame);
 
     /// Gives the root window a background of one colour.
     void setBackground(std::uint32_t color);
@@ -49,6 +57,8 @@ class X11TestProgram {
 
     /// Takes the showing of all windows upon itself, as a compositor does, and never shows any.
     void takeAllWindows();
+    /// Has the server make a window above all others that shows the whole screen, as compositors draw to.
+    void makeOverlay();
     /// Whether the server keeps what the window, which is on the screen, holds in a pixmap of its own.
     bool hasOwnPixmap(std::uint32_t window);
 
@@ -58,6 +68,7 @@ class X11TestProgram {
   private:
     std::uint32_t make(const TestRect& rect, std::uint16_t border, std::uint32_t mask,
                        const std::vector<std::uint32_t>& values, std::uint8_t depth, std::uint32_t visual);
+    void takeCareOf(std::uint32_t window, std::uint32_t frame, std::int16_t place);
     std::uint32_t atom(const char* name);
     void configure(std::uint32_t window, std::uint16_t mask, const std::vector<std::uint32_t>& values);
     void synchronize();

@@ -81,6 +81,7 @@ TEST(X11Displays, TheMainDisplayComesFirstAndMirrorsAreTold) {
 }
 
 TEST(X11Displays, WithoutAServerTheErrorSaysWhatToDo) {
+    const PrivateXServer environment;  // which is as it was at the end
     std::string unreachable;
     {
         const PrivateXServer server;

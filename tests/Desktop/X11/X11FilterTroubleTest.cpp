@@ -56,6 +56,52 @@ TEST_F(X11FilterTest, UnderACompositorTheSameIsShown) {
     EXPECT_EQ(samples->waitForPixel(blue, 1).pixels, (std::vector<std::uint32_t>{green, blue}));
 }
 
+TEST_F(X11FilterTest, ACompositorThatStartsLaterShowsNothingOfAnExcludedWindow) {
+    plain_.makeWindow({0, 0, 200, 200}, green);
+    secret_.makeWindow({0, 0, 640, 480}, red);
+    auto samples = std::make_shared<ScreenSamples>(Points{{50, 50}, {300, 300}});
+    auto stream = startStream(samples, withoutSecret());
+    samples->waitForPixel(green);
+    X11TestProgram compositor;
+    compositor.makeOverlay();
+    plain_.makeWindow({250, 250, 100, 100}, blue);
+    EXPECT_EQ(samples->waitForPixel(blue, 1).pixels, (std::vector<std::uint32_t>{green, blue}));
+    EXPECT_EQ(countPixels(*samples, red), 0U);
+}
+
+TEST_F(X11FilterTest, AFrameGoesByAllWindowsInItWheneverTheyCome) {
+    X11TestProgram manager(40004);
+    using Kind = X11TestProgram::FrameKind;
+    const auto framed = secret_.makeWindow({0, 0, 100, 100}, red);
+    manager.frame(framed, {0, 0, 100, 100}, 0, white, Kind::ordinary);
+    const auto first = plain_.makeWindow({200, 0, 100, 100}, green);
+    const auto tabs = manager.frame(first, {200, 0, 100, 100}, 0, white, Kind::ordinary);
+    auto samples = std::make_shared<ScreenSamples>(Points{{50, 50}, {250, 50}});
+    auto stream = startStream(samples, withoutSecret());
+    EXPECT_EQ(samples->waitForStatus(SCFrameStatus::complete).pixels, (std::vector<std::uint32_t>{grey, green}));
+
+    const auto second = secret_.makeWindow({400, 0, 100, 100}, red);
+    manager.addToFrame(second, tabs);
+    samples->waitForPixel(grey, 1);
+    const auto elsewhere = manager.makeWindow({0, 200, 100, 100}, white);
+    manager.addToFrame(second, elsewhere);
+    EXPECT_EQ(samples->waitForPixel(green, 1).pixels, (std::vector<std::uint32_t>{grey, green}));
+    EXPECT_EQ(countPixels(*samples, red), 0U);
+}
+
+TEST_F(X11FilterTest, AWindowThatNamesItsOwnerLateIsLeftOutFromThenOn) {
+    X11TestProgram program(40005);
+    const auto window = program.makeWindow({0, 0, 100, 100}, green);
+    auto samples = std::make_shared<ScreenSamples>(Points{{50, 50}});
+    auto stream = startStream(samples, withoutSecret());
+    samples->waitForPixel(green);
+    program.nameOwner(window, secretProcess);
+    program.fill(window, {0, 0, 100, 100}, red);
+    samples->waitForPixel(grey);
+    program.nameOwner(window, plainProcess);
+    samples->waitForPixel(red);
+}
+
 TEST_F(X11FilterTest, TwoFilteredStreamsAtOnceShowWhatEachIsToShow) {
     const auto plainWindow = plain_.makeWindow({0, 0, 200, 200}, green);
     const auto secretWindow = secret_.makeWindow({0, 0, 200, 200}, red);

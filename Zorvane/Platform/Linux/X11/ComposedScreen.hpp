@@ -24,6 +24,7 @@ class ComposedScreen final : public ScreenSource, private FilteredWindows::Obser
     void note(const xcb_generic_event_t& event, ScreenChanges& changes) override;
     bool settle() override { return windows_.settle(); }
     void refresh() override;
+    bool showedTooMuch() const override { return windows_.hasShownTooMuch(); }
 
   private:
     void lookChanged(const PixelRect& rect) override;

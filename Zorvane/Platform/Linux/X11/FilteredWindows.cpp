@@ -5,21 +5,17 @@
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
+#include "Zorvane/Platform/Linux/X11/ServerGrab.hpp"
 #include "Zorvane/Platform/Linux/X11/WindowIdentity.hpp"
 #include "Zorvane/Platform/Linux/X11/WindowRepainting.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 #include "Zorvane/Platform/Linux/X11/XReply.hpp"
 
 namespace zorvane {
-namespace {
-
-/// More than a window manager or a program has to tell of at a time.
-constexpr int mostEventsBehind = 200;
-
-}  // namespace
 
 FilteredWindows::FilteredWindows(XConnection& connection, const SCContentFilter& filter, const PictureFormats& formats,
                                  Observer& observer)
@@ -27,38 +23,43 @@ FilteredWindows::FilteredWindows(XConnection& connection, const SCContentFilter&
       filter_(filter),
       atoms_(WindowAtoms::intern(connection)),
       formats_(formats),
-      observer_(observer) {
+      observer_(observer),
+      backlog_(connection) {
     takeStock();
     connection.requireAlive();
 }
 
+/// The server makes a pixmap from what the screen shows, so nothing may move between taking stock and then.
 void FilteredWindows::takeStock() {
-    const std::vector<StackedWindow*> fresh = addAll();
-    for (const auto& window : stack_.windows()) {
-        identify(*window);
+    std::vector<StackedWindow*> fresh;
+    {
+        const ServerGrab grab(connection_);
+        fresh = addAll();
+        for (const auto& window : stack_.windows()) {
+            identify(*window);
+        }
     }
     for (StackedWindow* const window : fresh) {
-        veil(*window, Others::inFront);
+        stack_.veil(*window, WindowStack::Others::inFront);
         distrustPainting(window->bounds);
     }
 }
 
-/// Returns the windows that get a pixmap by this. The server makes that from what the screen shows, so nothing may move
-/// between taking stock and then. A window that has one already, for a compositor or another recording, is as it is.
+/// Returns the windows that get a pixmap by this. A window that has one already, for a compositor or another recording,
+/// is as it is.
 std::vector<StackedWindow*> FilteredWindows::addAll() {
     std::vector<StackedWindow*> fresh;
-    const ServerGrab grab(connection_);
     selectWindowEvents(connection_);
     const auto query = xcb_query_tree(connection_.get(), connection_.root());
     const XReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection_.get(), query, nullptr));
     for (int index = 0; tree && index < xcb_query_tree_children_length(tree.get()); ++index) {
-        StackedWindow* const window = addExisting(xcb_query_tree_children(tree.get())[index]);
-        if (window && window->isMapped) {
-            window->hasNewShape = true;
-            window->content->takePixmap(window->format);
-            window->hasNewPixmap = !window->content->hasPicture();
-            if (window->hasNewPixmap) {
-                fresh.push_back(window);
+        StackedWindow& window = addExisting(xcb_query_tree_children(tree.get())[index]);
+        if (window.isMapped) {
+            window.hasNewShape = true;
+            window.content->takePixmap(window.format, window.bounds);
+            window.hasNewPixmap = !window.content->hasPicture();
+            if (window.hasNewPixmap) {
+                fresh.push_back(&window);
             }
         }
     }
@@ -66,52 +67,50 @@ std::vector<StackedWindow*> FilteredWindows::addAll() {
     return fresh;
 }
 
-StackedWindow* FilteredWindows::addExisting(std::uint32_t id) {
+/// One that has gone is added too, since events may still name it as another's neighbour. It takes nothing at all.
+StackedWindow& FilteredWindows::addExisting(std::uint32_t id) {
     const auto geometry = xcb_get_geometry(connection_.get(), id);
     const auto attributes = xcb_get_window_attributes(connection_.get(), id);
     const XReply<xcb_get_geometry_reply_t> shape(xcb_get_geometry_reply(connection_.get(), geometry, nullptr));
     const XReply<xcb_get_window_attributes_reply_t> state(
         xcb_get_window_attributes_reply(connection_.get(), attributes, nullptr));
-    if (!shape || !state) {
-        return nullptr;
-    }
     StackedWindow& window = stack_.add(id);
+    window.content = std::make_unique<WindowContent>(connection_, id);
+    if (!shape || !state) {
+        return window;
+    }
     window.bounds = {shape->x, shape->y, shape->width + 2 * shape->border_width,
                      shape->height + 2 * shape->border_width};
     window.border = shape->border_width;
-    window.content = std::make_unique<WindowContent>(connection_, id);
     window.takesInputOnly = state->_class == XCB_WINDOW_CLASS_INPUT_ONLY;
     if (!window.takesInputOnly) {
         window.isMapped = state->map_state == XCB_MAP_STATE_VIEWABLE;
         window.format = formats_.ofVisual(state->visual);
         window.content->watchPainting();
     }
-    return &window;
+    return window;
 }
 
 // Programs that do things to windows faster than one can look at each have to wait meanwhile.
 void FilteredWindows::note(const xcb_generic_event_t& event) {
-    if (++eventsBehind_ == mostEventsBehind) {
-        grab_.emplace(connection_);
-    }
     const XExtensions& offered = connection_.extensions();
-    if (event.response_type == offered.damage.firstEvent + XCB_DAMAGE_NOTIFY) {
+    const bool isPainting = event.response_type == offered.damage.firstEvent + XCB_DAMAGE_NOTIFY;
+    backlog_.add(isPainting ? EventBacklog::painting : EventBacklog::window);
+    if (isPainting) {
         painted(event);
     } else if (offered.shape.isPresent && event.response_type == offered.shape.firstEvent + XCB_SHAPE_NOTIFY) {
         shaped(event);
     } else {
-        dispatchWindowEvent(event, *this);
+        dispatchWindowEvent(event, connection_, *this);
     }
 }
 
 /// A window may have been resized or mapped by the time it is asked after; the events say so in turn.
 void FilteredWindows::created(std::uint32_t id, const WindowPlace& place) {
-    StackedWindow* const window = addExisting(id);
-    if (window) {
-        window->bounds = place.bounds;
-        window->border = place.border;
-        window->isMapped = false;
-    }
+    StackedWindow& window = addExisting(id);
+    window.bounds = place.bounds;
+    window.border = place.border;
+    window.isMapped = false;
 }
 
 void FilteredWindows::destroyed(std::uint32_t id) {
@@ -160,19 +159,25 @@ void FilteredWindows::lowered(std::uint32_t id) {
     }
 }
 
-/// A window that a window manager frames or lets go of. The frame now goes by it, and may not have before.
+/// A window that a window manager frames or lets go of.
 void FilteredWindows::reparented(std::uint32_t id, std::uint32_t parent) {
     destroyed(id);
     if (parent == connection_.root()) {
-        if (StackedWindow* const window = addExisting(id)) {
-            window->isMapped = false;  // until an event says so
-        }
-        return;
+        addExisting(id).isMapped = false;  // until an event says so
+    } else {
+        familyChanged(parent);
     }
-    StackedWindow* const frame = stack_.find(topLevelOf(connection_, parent));
-    if (frame && frame->isMapped) {
-        unmap(*frame);
-        map(*frame);
+}
+
+void FilteredWindows::familyChanged(std::uint32_t id) {
+    if (StackedWindow* const window = stack_.find(topLevelOf(connection_, id))) {
+        identifyAgain(*window);
+    }
+}
+
+void FilteredWindows::propertyChanged(std::uint32_t id, std::uint32_t property) {
+    if (tellsIdentity(atoms_, property)) {
+        familyChanged(id);
     }
 }
 
@@ -197,7 +202,7 @@ void FilteredWindows::painted(const xcb_generic_event_t& event) {
         window->veil.lift(rect);
     }
     const PixelRect onScreen = rect.movedBy(window->inside().x, window->inside().y);
-    isOutOfSight(*window, onScreen) ? observer_.paintedOutOfSight() : observer_.lookChanged(onScreen);
+    stack_.isOutOfSight(*window, onScreen) ? observer_.paintedOutOfSight() : observer_.lookChanged(onScreen);
 }
 
 void FilteredWindows::map(StackedWindow& window) {
@@ -208,7 +213,7 @@ void FilteredWindows::map(StackedWindow& window) {
     identify(window);
     window.hasNewPixmap = true;
     window.hasNewShape = true;
-    veil(window, Others::anywhere);
+    stack_.veil(window, WindowStack::Others::anywhere);
     tellLook(window);
 }
 
@@ -233,14 +238,13 @@ void FilteredWindows::place(StackedWindow& window, const WindowPlace& place) {
         if (!window.veil.isEmpty()) {  // some of what was under it may be elsewhere now
             window.veil.lay({0, 0, window.inside().width, window.inside().height});
         }
-        veil(window, Others::anywhere);
+        stack_.veil(window, WindowStack::Others::anywhere);
     }
     tellLook(window);
 }
 
 void FilteredWindows::identify(StackedWindow& window) {
-    const auto identity = identifyWindow(connection_, atoms_, window.id);
-    window.verdict = identity && filter_.shows(*identity) ? WindowVerdict::shown : WindowVerdict::leftOut;
+    window.verdict = verdictOn(window);
     if (window.verdict == WindowVerdict::shown) {
         window.content->watchPainting();
     } else {
@@ -249,19 +253,20 @@ void FilteredWindows::identify(StackedWindow& window) {
     }
 }
 
-void FilteredWindows::veil(StackedWindow& window, Others others) const {
-    if (!window.isVisible()) {
-        return;
-    }
-    const auto& windows = stack_.windows();
-    for (auto other = windows.rbegin(); other != windows.rend(); ++other) {
-        if (other->get() == &window && others == Others::inFront) {
-            return;
-        }
-        if ((*other)->isMapped && !(*other)->isVisible()) {
-            const PixelRect inside = window.inside();
-            window.veil.lay(intersection((*other)->bounds, inside).movedBy(-inside.x, -inside.y));
-        }
+/// A frame is shown if all that lies in it is.
+WindowVerdict FilteredWindows::verdictOn(const StackedWindow& window) const {
+    const auto identities = identifyWindow(connection_, atoms_, window.id);
+    const auto isShown = [this](const SCWindow& identity) { return filter_.shows(identity); };
+    return !identities.empty() && std::ranges::all_of(identities, isShown) ? WindowVerdict::shown
+                                                                           : WindowVerdict::leftOut;
+}
+
+/// One that is not on the screen is identified when it comes there.
+void FilteredWindows::identifyAgain(StackedWindow& window) {
+    if (window.isMapped && verdictOn(window) != window.verdict) {
+        hasShownTooMuch_ |= window.isVisible();
+        unmap(window);
+        map(window);
     }
 }
 
@@ -284,16 +289,6 @@ void FilteredWindows::distrustPainting(const PixelRect& rect) const {
     }
 }
 
-bool FilteredWindows::isOutOfSight(const StackedWindow& window, const PixelRect& rect) const {
-    const auto& windows = stack_.windows();
-    for (auto above = windows.rbegin(); above->get() != &window; ++above) {
-        if ((*above)->isOpaque() && (*above)->bounds.contains(rect)) {
-            return true;
-        }
-    }
-    return false;
-}
-
 bool FilteredWindows::settle() {
     bool waited = false;
     for (const auto& window : stack_.windows()) {
@@ -301,7 +296,7 @@ bool FilteredWindows::settle() {
             continue;
         }
         if (std::exchange(window->hasNewPixmap, false)) {
-            window->content->takePixmap(window->format);
+            window->content->takePixmap(window->format, window->bounds);
         }
         if (std::exchange(window->hasNewShape, false)) {
             window->content->takeShape();
@@ -309,13 +304,13 @@ bool FilteredWindows::settle() {
         waited = true;
     }
     if (!waited) {
-        eventsBehind_ = 0;
-        grab_.reset();
+        backlog_.clear();
     }
     return waited;
 }
 
 void FilteredWindows::acknowledgePainting() {
+    hasShownTooMuch_ = false;
     for (const auto& window : stack_.windows()) {
         if (std::exchange(window->wasPainted, false)) {
             window->content->acknowledgePainting();

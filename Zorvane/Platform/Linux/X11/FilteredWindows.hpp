@@ -4,11 +4,10 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
-#include <optional>
 #include <vector>
 
+#include "Zorvane/Platform/Linux/X11/EventBacklog.hpp"
 #include "Zorvane/Platform/Linux/X11/PictureFormats.hpp"
-#include "Zorvane/Platform/Linux/X11/ServerGrab.hpp"
 #include "Zorvane/Platform/Linux/X11/WindowEvents.hpp"
 #include "Zorvane/Platform/Linux/X11/WindowStack.hpp"
 #include "Zorvane/Platform/Linux/X11/XAtoms.hpp"
@@ -48,6 +47,9 @@ class FilteredWindows final : private WindowEventHandler {
     bool settle();
     /// To be called before what windows hold is drawn. Doesn't wait.
     void acknowledgePainting();
+    /// Whether a window that was shown then has turned out to be one that isn't to be: it may have become that before
+    /// it was drawn.
+    bool hasShownTooMuch() const { return hasShownTooMuch_; }
 
     const WindowStack& stack() const { return stack_; }
 
@@ -61,24 +63,23 @@ class FilteredWindows final : private WindowEventHandler {
     void raised(std::uint32_t window) override;
     void lowered(std::uint32_t window) override;
     void reparented(std::uint32_t window, std::uint32_t parent) override;
+    void familyChanged(std::uint32_t window) override;
+    void propertyChanged(std::uint32_t window, std::uint32_t property) override;
     void shaped(const xcb_generic_event_t& event);
     void painted(const xcb_generic_event_t& event);
 
     void takeStock();
     std::vector<StackedWindow*> addAll();
-    StackedWindow* addExisting(std::uint32_t window);
+    StackedWindow& addExisting(std::uint32_t window);
     void map(StackedWindow& window);
     void unmap(StackedWindow& window);
     void place(StackedWindow& window, const WindowPlace& place);
 
     void identify(StackedWindow& window);
-    /// Veils what other windows, which aren't shown, may have left in a new pixmap: those in front, if the window was
-    /// on the screen before; else all.
-    enum class Others : std::uint8_t { inFront, anywhere };
-    void veil(StackedWindow& window, Others others) const;
+    WindowVerdict verdictOn(const StackedWindow& window) const;
+    void identifyAgain(StackedWindow& window);
     void tellLook(const StackedWindow& window) const;
     void distrustPainting(const PixelRect& rect) const;
-    bool isOutOfSight(const StackedWindow& window, const PixelRect& rect) const;
 
     XConnection& connection_;
     const SCContentFilter filter_;
@@ -86,8 +87,8 @@ class FilteredWindows final : private WindowEventHandler {
     const PictureFormats& formats_;
     Observer& observer_;
     WindowStack stack_;
-    int eventsBehind_ = 0;  // since the last time that there were none
-    std::optional<ServerGrab> grab_;
+    bool hasShownTooMuch_ = false;
+    EventBacklog backlog_;
 };
 
 }  // namespace zorvane

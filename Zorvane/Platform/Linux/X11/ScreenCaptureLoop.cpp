@@ -164,6 +164,12 @@ void ScreenCaptureLoop::read(Sink& sink) {
     isOutdated_ = false;
     const Time time = fill(*picture);
     pacer_.noteRead(time, true);
+    noteChanges();  // the answer came behind all that happened before the reading
+    if (source_->showedTooMuch()) {
+        isOutdated_ = true;
+        pacer_.noteChange(monotonicTime());
+        return;
+    }
     sink.screenChanged(picture, time);
 }
 

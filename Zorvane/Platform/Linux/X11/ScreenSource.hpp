@@ -47,6 +47,10 @@ class ScreenSource {
     /// Brings the drawable up to date. Changes up to the moment at which the server comes to this are dealt with; it
     /// tells of later ones anew. Doesn't wait.
     virtual void refresh() = 0;
+
+    /// Whether the drawable may have shown more than it should since it was last brought up to date. Known for sure of
+    /// what was read meanwhile once all events up to the reading are noted.
+    virtual bool showedTooMuch() const { return false; }
 };
 
 }  // namespace zorvane

@@ -10,7 +10,10 @@ namespace zorvane {
 /// No other program's requests are dealt with while one exists. For moments only: the desktop stands still.
 class ServerGrab {
   public:
-    explicit ServerGrab(XConnection& connection) : connection_(connection) { xcb_grab_server(connection.get()); }
+    explicit ServerGrab(XConnection& connection) : connection_(connection) {
+        xcb_grab_server(connection.get());
+        xcb_flush(connection.get());
+    }
     ServerGrab(const ServerGrab&) = delete;
     ServerGrab& operator=(const ServerGrab&) = delete;
     ~ServerGrab() {

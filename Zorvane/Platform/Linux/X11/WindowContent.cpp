@@ -46,16 +46,22 @@ void WindowContent::acknowledgePainting() {
     }
 }
 
-void WindowContent::takePixmap(PictureFormat format) {
+void WindowContent::takePixmap(PictureFormat format, const PixelRect& bounds) {
     dropPixmap();
     if (format.number == XCB_NONE) {
         return;
     }
     const xcb_pixmap_t pixmap = xcb_generate_id(connection_.get());
-    if (!succeeded(connection_, xcb_composite_name_window_pixmap_checked(connection_.get(), window_, pixmap))) {
+    const auto naming = xcb_composite_name_window_pixmap_checked(connection_.get(), window_, pixmap);
+    const auto query = xcb_get_geometry(connection_.get(), pixmap);
+    const XReply<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(connection_.get(), query, nullptr));
+    if (!succeeded(connection_, naming)) {
         return;
     }
     pixmap_ = pixmap;
+    if (!size || size->width != bounds.width || size->height != bounds.height) {
+        return;
+    }
     const xcb_render_picture_t picture = xcb_generate_id(connection_.get());
     if (succeeded(connection_,
                   xcb_render_create_picture_checked(connection_.get(), picture, pixmap, format.number, 0, nullptr))) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "Zorvane/Platform/Linux/X11/PictureFormats.hpp"
+#include "Zorvane/Platform/Linux/X11/ScreenArea.hpp"
 
 namespace zorvane {
 
@@ -27,8 +28,9 @@ class WindowContent {
     /// Keeps the server's own account of the painting short. To be called once in a while.
     void acknowledgePainting();
 
-    /// Takes the pixmap that the window has now. Waits. It stays as it is when the window gets another.
-    void takePixmap(PictureFormat format);
+    /// Takes the pixmap that the window has now, if it is as large as the window, border and all: one that isn't
+    /// redirected after all has the whole screen's. Waits. It stays as it is when the window gets another.
+    void takePixmap(PictureFormat format, const PixelRect& bounds);
     void dropPixmap();
     bool hasPicture() const { return picture_ != 0; }
     std::uint32_t picture() const { return picture_; }

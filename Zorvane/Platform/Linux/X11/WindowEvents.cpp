@@ -20,18 +20,12 @@ WindowPlace placeIn(const Event& event) {
             event.border_width};
 }
 
-}  // namespace
-
-void selectWindowEvents(XConnection& connection) {
-    const auto query = xcb_get_window_attributes(connection.get(), connection.root());
-    const XReply<xcb_get_window_attributes_reply_t> reply(
-        xcb_get_window_attributes_reply(connection.get(), query, nullptr));
-    const std::uint32_t events =
-        (reply ? reply->your_event_mask : 0U) | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_change_window_attributes(connection.get(), connection.root(), XCB_CW_EVENT_MASK, &events);
+bool isOfServer(const XConnection& connection, xcb_window_t window) {
+    const std::uint32_t ofProgram = ~xcb_get_setup(connection.get())->resource_id_mask;
+    return (window & ofProgram) == (connection.root() & ofProgram);
 }
 
-void dispatchWindowEvent(const xcb_generic_event_t& event, WindowEventHandler& handler) {
+void dispatchChildEvent(const xcb_generic_event_t& event, WindowEventHandler& handler) {
     switch (event.response_type) {  // what a program sent has one bit more
         case XCB_CREATE_NOTIFY: {
             const auto& created = as<xcb_create_notify_event_t>(event);
@@ -56,12 +50,47 @@ void dispatchWindowEvent(const xcb_generic_event_t& event, WindowEventHandler& h
             return circulated.place == XCB_PLACE_ON_TOP ? handler.raised(circulated.window)
                                                         : handler.lowered(circulated.window);
         }
-        case XCB_REPARENT_NOTIFY: {
-            const auto& reparented = as<xcb_reparent_notify_event_t>(event);
-            return handler.reparented(reparented.window, reparented.parent);
-        }
         default:
             return;
+    }
+}
+
+/// The old parent's watchers are told, and the new one's.
+void dispatchReparenting(const xcb_reparent_notify_event_t& event, std::uint32_t root, WindowEventHandler& handler) {
+    if (event.event == root) {
+        return handler.reparented(event.window, event.parent);
+    }
+    handler.familyChanged(event.event);
+    if (event.parent != event.event) {
+        handler.familyChanged(event.parent);
+    }
+}
+
+}  // namespace
+
+void selectWindowEvents(XConnection& connection) {
+    const auto query = xcb_get_window_attributes(connection.get(), connection.root());
+    const XReply<xcb_get_window_attributes_reply_t> reply(
+        xcb_get_window_attributes_reply(connection.get(), query, nullptr));
+    const std::uint32_t events =
+        (reply ? reply->your_event_mask : 0U) | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(connection.get(), connection.root(), XCB_CW_EVENT_MASK, &events);
+}
+
+void dispatchWindowEvent(const xcb_generic_event_t& event, const XConnection& connection, WindowEventHandler& handler) {
+    if (event.response_type == XCB_PROPERTY_NOTIFY) {
+        const auto& change = as<xcb_property_notify_event_t>(event);
+        if (change.window != connection.root()) {
+            handler.propertyChanged(change.window, change.atom);
+        }
+        return;
+    }
+    // These all begin with the window whose watchers are told, the parent, and then the window itself.
+    const auto& any = as<xcb_map_notify_event_t>(event);
+    if (event.response_type == XCB_REPARENT_NOTIFY) {
+        dispatchReparenting(as<xcb_reparent_notify_event_t>(event), connection.root(), handler);
+    } else if (any.event == connection.root() && !isOfServer(connection, any.window)) {
+        dispatchChildEvent(event, handler);
     }
 }
 

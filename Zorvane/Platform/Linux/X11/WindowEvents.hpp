@@ -31,6 +31,10 @@ class WindowEventHandler {
     virtual void raised(std::uint32_t window) = 0;
     virtual void lowered(std::uint32_t window) = 0;
     virtual void reparented(std::uint32_t window, std::uint32_t parent) = 0;
+    /// A window that may lie deeper was given another child or has lost one.
+    virtual void familyChanged(std::uint32_t window) = 0;
+    /// Of any window but the root window.
+    virtual void propertyChanged(std::uint32_t window, std::uint32_t property) = 0;
 
   protected:
     ~WindowEventHandler() = default;
@@ -39,7 +43,9 @@ class WindowEventHandler {
 /// Selects the events, in addition to what the connection has selected of the root window already. One round trip.
 void selectWindowEvents(XConnection& connection);
 
-/// Hands an event on if it tells of a window. What other programs made up doesn't count.
-void dispatchWindowEvent(const xcb_generic_event_t& event, WindowEventHandler& handler);
+/// Hands an event on if it tells of a child of the root window, or of a deeper window that is listened to. What other
+/// programs made up doesn't count, nor does a window of the server's own: compositors draw to that, so it holds the
+/// whole screen.
+void dispatchWindowEvent(const xcb_generic_event_t& event, const XConnection& connection, WindowEventHandler& handler);
 
 }  // namespace zorvane

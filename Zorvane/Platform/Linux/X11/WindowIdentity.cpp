@@ -3,7 +3,8 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
-#include <vector>
+#include <cstddef>
+#include <iterator>
 
 #include "Zorvane/Platform/Linux/X11/WindowOwner.hpp"
 #include "Zorvane/Platform/Linux/X11/XAtoms.hpp"
@@ -18,19 +19,21 @@ using TreeReply = XReply<xcb_query_tree_reply_t>;
 
 /// Window managers put an application's window into one or two of their own.
 constexpr int deepestClient = 3;
-constexpr int mostPartsOfFrame = 64;
-
-TreeReply tree(const XConnection& connection, xcb_window_t window) {
-    return TreeReply(xcb_query_tree_reply(connection.get(), xcb_query_tree(connection.get(), window), nullptr));
-}
+constexpr std::size_t mostPartsOfFrame = 256;
 
 std::vector<xcb_window_t> childrenIn(const TreeReply& reply) {
     if (!reply) {
         return {};
     }
     const xcb_window_t* const children = xcb_query_tree_children(reply.get());
-    const int count = std::min(xcb_query_tree_children_length(reply.get()), mostPartsOfFrame);
-    return {children, children + count};
+    return {children, children + xcb_query_tree_children_length(reply.get())};
+}
+
+constexpr std::uint32_t propertyEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
+constexpr std::uint32_t allEvents = propertyEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+
+void listen(const XConnection& connection, xcb_window_t window, std::uint32_t events) {
+    xcb_change_window_attributes(connection.get(), window, XCB_CW_EVENT_MASK, &events);
 }
 
 /// The window manager marks the windows that it takes care of.
@@ -38,61 +41,60 @@ bool holdsMark(const XPropertyQuery& state) {
     return state.answer().type() != 0;
 }
 
-/// The bits of a window's number that tell which program made it.
-std::uint32_t makerOf(const XConnection& connection, xcb_window_t window) {
-    return window & ~xcb_get_setup(connection.get())->resource_id_mask;
-}
-
-/// What the window that is searched may be: one that a window manager has put around another, or any.
-enum class Container : std::uint8_t { frame, unknown };
-
-/// Finds the application's window in a frame. Until the window manager has marked it, it is told by having been made by
-/// another program than the frame. What isn't known to be a frame may hold windows of other programs for other reasons.
+/// Finds the applications' windows in a frame. Until the window manager has marked them, they are told by having been
+/// made by another program than the frame.
 class ClientSearch {
   public:
-    ClientSearch(const XConnection& connection, const WindowAtoms& atoms, xcb_window_t topLevel, Container container)
-        : connection_(connection), atoms_(atoms), topLevel_(topLevel), container_(container) {}
+    ClientSearch(const XConnection& connection, const WindowAtoms& atoms, xcb_window_t frame)
+        : connection_(connection),
+          atoms_(atoms),
+          ofProgram_(~xcb_get_setup(connection.get())->resource_id_mask),
+          frame_(frame) {}
 
-    /// 0 if there is none. `level` is what lies right in the container.
-    xcb_window_t clientWithin(std::vector<xcb_window_t> level) {
-        for (int depth = 0; depth < deepestClient && !level.empty(); ++depth) {
-            for (const xcb_window_t window : level) {
-                if (isManaged(window)) {
-                    return window;
-                }
-                if (foreign_ == XCB_NONE && isForeign(window)) {
-                    foreign_ = window;
-                }
-            }
-            level = childrenOf(level);
+    /// `level` is what lies right in the frame.
+    void run(std::vector<xcb_window_t> level) {
+        for (int depth = 0; depth < deepestClient && !level.empty() && marked_.empty(); ++depth) {
+            level.resize(std::min(level.size(), mostPartsOfFrame));
+            level = lookInto(level);
         }
-        return foreign_;
     }
+
+    /// With the window manager's mark.
+    const std::vector<xcb_window_t>& marked() const { return marked_; }
+    /// Of other programs than the frame.
+    const std::vector<xcb_window_t>& foreign() const { return foreign_; }
 
   private:
-    bool isManaged(xcb_window_t window) const {
-        return holdsMark(XPropertyQuery(connection_, window, atoms_.managedState));
-    }
-
-    bool isForeign(xcb_window_t window) const {
-        return container_ == Container::frame && makerOf(connection_, window) != makerOf(connection_, topLevel_);
-    }
-
-    std::vector<xcb_window_t> childrenOf(const std::vector<xcb_window_t>& windows) const {
-        std::vector<xcb_window_t> all;
+    /// Returns what lies in these windows. All questions are asked at once.
+    std::vector<xcb_window_t> lookInto(const std::vector<xcb_window_t>& windows) {
+        std::vector<XPropertyQuery> states;
+        std::vector<xcb_query_tree_cookie_t> trees;
         for (const xcb_window_t window : windows) {
-            const auto children = childrenIn(tree(connection_, window));
-            all.insert(all.end(), children.begin(), children.end());
+            listen(connection_, window, allEvents);
+            states.emplace_back(connection_, window, atoms_.managedState);
+            trees.push_back(xcb_query_tree(connection_.get(), window));
         }
-        all.resize(std::min(all.size(), static_cast<std::size_t>(mostPartsOfFrame)));
-        return all;
+        std::vector<xcb_window_t> within;
+        for (std::size_t index = 0; index < windows.size(); ++index) {
+            if (holdsMark(states[index])) {
+                marked_.push_back(windows[index]);
+                listen(connection_, windows[index], propertyEvents);  // what it does inside is its own affair
+            }
+            if ((windows[index] & ofProgram_) != (frame_ & ofProgram_)) {
+                foreign_.push_back(windows[index]);
+            }
+            std::ranges::copy(childrenIn(TreeReply(xcb_query_tree_reply(connection_.get(), trees[index], nullptr))),
+                              std::back_inserter(within));
+        }
+        return within;
     }
 
     const XConnection& connection_;
     const WindowAtoms& atoms_;
-    const xcb_window_t topLevel_;
-    const Container container_;
-    xcb_window_t foreign_ = XCB_NONE;
+    const std::uint32_t ofProgram_;  // the bits of a number that tell who made it
+    const xcb_window_t frame_;
+    std::vector<xcb_window_t> marked_;
+    std::vector<xcb_window_t> foreign_;
 };
 
 SCWindow owned(xcb_window_t window, const WindowOwnerQuery& owner) {
@@ -105,39 +107,48 @@ SCWindow owned(xcb_window_t window, const WindowOwnerQuery& owner) {
 
 }  // namespace
 
-// All questions about the window itself are asked at once; most windows have no frame.
-std::optional<SCWindow> identifyWindow(const XConnection& connection, const WindowAtoms& atoms,
-                                       std::uint32_t topLevel) {
+// All questions about the window itself are asked at once; under a window manager that frames nothing, there are no
+// others. Redirection tells no frame for sure: some window managers leave it to the server to except their own windows.
+std::vector<SCWindow> identifyWindow(const XConnection& connection, const WindowAtoms& atoms, std::uint32_t topLevel) {
     xcb_connection_t* const c = connection.get();
+    listen(connection, topLevel, allEvents);
     const XPropertyQuery state(connection, topLevel, atoms.managedState);
     const auto attributesQuery = xcb_get_window_attributes(c, topLevel);
     const auto treeQuery = xcb_query_tree(c, topLevel);
     const WindowOwnerQuery owner(connection, atoms, topLevel);
-    const XPropertyQuery windowManager(connection, connection.root(), atoms.windowManagerCheck);
     const bool isManaged = holdsMark(state);
     const XReply<xcb_get_window_attributes_reply_t> attributes(
         xcb_get_window_attributes_reply(c, attributesQuery, nullptr));
     const TreeReply within(xcb_query_tree_reply(c, treeQuery, nullptr));
     const SCWindow itself = owned(topLevel, owner);
-    const auto check = windowManager.answer().numberOr(XCB_NONE);
     if (!attributes || !within) {
-        return std::nullopt;
+        return {};
     }
     if (isManaged) {
-        return itself;
+        listen(connection, topLevel, propertyEvents);
+        return {itself};
     }
-    const bool isOfWindowManager = check != XCB_NONE && makerOf(connection, check) == makerOf(connection, topLevel);
-    const auto container = attributes->override_redirect || isOfWindowManager ? Container::frame : Container::unknown;
-    const xcb_window_t client = ClientSearch(connection, atoms, topLevel, container).clientWithin(childrenIn(within));
-    if (client == XCB_NONE) {
-        return itself;
+    ClientSearch search(connection, atoms, topLevel);
+    search.run(childrenIn(within));
+    const bool isFrame = !search.marked().empty() || (attributes->override_redirect && !search.foreign().empty());
+    std::vector<SCWindow> identities;
+    if (!isFrame) {
+        identities.push_back(itself);
     }
-    return owned(client, WindowOwnerQuery(connection, atoms, client));
+    for (const xcb_window_t client : search.marked().empty() ? search.foreign() : search.marked()) {
+        identities.push_back(owned(client, WindowOwnerQuery(connection, atoms, client)));
+    }
+    return identities;
+}
+
+bool tellsIdentity(const WindowAtoms& atoms, std::uint32_t property) {
+    return property == atoms.processID || property == XCB_ATOM_WM_CLIENT_MACHINE || property == atoms.managedState;
 }
 
 std::uint32_t topLevelOf(const XConnection& connection, std::uint32_t window) {
     for (;;) {
-        const TreeReply reply = tree(connection, window);
+        const auto query = xcb_query_tree(connection.get(), window);
+        const TreeReply reply(xcb_query_tree_reply(connection.get(), query, nullptr));
         if (!reply || reply->parent == XCB_NONE) {
             return XCB_NONE;
         }

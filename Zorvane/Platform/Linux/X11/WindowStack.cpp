@@ -45,4 +45,28 @@ bool WindowStack::raise(std::uint32_t id) {
     return !windows_.empty() && placeAbove(id, windows_.back()->id);
 }
 
+void WindowStack::veil(StackedWindow& window, Others others) const {
+    if (!window.isVisible()) {
+        return;
+    }
+    for (auto other = windows_.rbegin(); other != windows_.rend(); ++other) {
+        if (other->get() == &window && others == Others::inFront) {
+            return;
+        }
+        if ((*other)->isMapped && !(*other)->isVisible()) {
+            const PixelRect inside = window.inside();
+            window.veil.lay(intersection((*other)->bounds, inside).movedBy(-inside.x, -inside.y));
+        }
+    }
+}
+
+bool WindowStack::isOutOfSight(const StackedWindow& window, const PixelRect& rect) const {
+    for (auto above = windows_.rbegin(); above->get() != &window; ++above) {
+        if ((*above)->isOpaque() && (*above)->bounds.contains(rect)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace zorvane

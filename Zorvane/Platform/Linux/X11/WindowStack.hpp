@@ -57,6 +57,13 @@ class WindowStack {
     /// False if it was on top before.
     bool raise(std::uint32_t id);
 
+    enum class Others : std::uint8_t { inFront, anywhere };
+    /// Veils what other windows, which aren't shown, may have left in a window's new pixmap: those in front, if the
+    /// window was on the screen before; else all.
+    void veil(StackedWindow& window, Others others) const;
+    /// Whether other windows hide this part of the root window, in which `window` lies.
+    bool isOutOfSight(const StackedWindow& window, const PixelRect& rect) const;
+
   private:
     Windows::const_iterator position(std::uint32_t id) const;
 
