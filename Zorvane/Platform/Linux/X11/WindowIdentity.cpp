@@ -53,19 +53,18 @@ class ClientSearch {
 
     /// `level` is what lies right in the frame.
     void run(std::vector<xcb_window_t> level) {
-        for (int depth = 0; depth < deepestClient && !level.empty() && marked_.empty(); ++depth) {
+        for (int depth = 0; depth < deepestClient && !level.empty() && !hasMarked_; ++depth) {
             level.resize(std::min(level.size(), mostPartsOfFrame));
             level = lookInto(level);
         }
     }
 
-    /// With the window manager's mark.
-    const std::vector<xcb_window_t>& marked() const { return marked_; }
-    /// Of other programs than the frame.
-    const std::vector<xcb_window_t>& foreign() const { return foreign_; }
+    /// Marked ones, and those of other programs: a window that has just come into a frame isn't marked yet.
+    const std::vector<xcb_window_t>& clients() const { return clients_; }
+    bool hasMarked() const { return hasMarked_; }
 
   private:
-    /// Returns what lies in these windows. All questions are asked at once.
+    /// Returns what lies in those of these windows that belong to the frame. All questions are asked at once.
     std::vector<xcb_window_t> lookInto(const std::vector<xcb_window_t>& windows) {
         std::vector<XPropertyQuery> states;
         std::vector<xcb_query_tree_cookie_t> trees;
@@ -76,15 +75,15 @@ class ClientSearch {
         }
         std::vector<xcb_window_t> within;
         for (std::size_t index = 0; index < windows.size(); ++index) {
-            if (holdsMark(states[index])) {
-                marked_.push_back(windows[index]);
+            const TreeReply tree(xcb_query_tree_reply(connection_.get(), trees[index], nullptr));
+            const bool isMarked = holdsMark(states[index]);
+            hasMarked_ |= isMarked;
+            if (isMarked || (windows[index] & ofProgram_) != (frame_ & ofProgram_)) {
+                clients_.push_back(windows[index]);
                 listen(connection_, windows[index], propertyEvents);  // what it does inside is its own affair
+            } else {
+                std::ranges::copy(childrenIn(tree), std::back_inserter(within));
             }
-            if ((windows[index] & ofProgram_) != (frame_ & ofProgram_)) {
-                foreign_.push_back(windows[index]);
-            }
-            std::ranges::copy(childrenIn(TreeReply(xcb_query_tree_reply(connection_.get(), trees[index], nullptr))),
-                              std::back_inserter(within));
         }
         return within;
     }
@@ -93,8 +92,8 @@ class ClientSearch {
     const WindowAtoms& atoms_;
     const std::uint32_t ofProgram_;  // the bits of a number that tell who made it
     const xcb_window_t frame_;
-    std::vector<xcb_window_t> marked_;
-    std::vector<xcb_window_t> foreign_;
+    std::vector<xcb_window_t> clients_;
+    bool hasMarked_ = false;
 };
 
 SCWindow owned(xcb_window_t window, const WindowOwnerQuery& owner) {
@@ -130,12 +129,12 @@ std::vector<SCWindow> identifyWindow(const XConnection& connection, const Window
     }
     ClientSearch search(connection, atoms, topLevel);
     search.run(childrenIn(within));
-    const bool isFrame = !search.marked().empty() || (attributes->override_redirect && !search.foreign().empty());
+    const bool isFrame = search.hasMarked() || (attributes->override_redirect && !search.clients().empty());
     std::vector<SCWindow> identities;
     if (!isFrame) {
         identities.push_back(itself);
     }
-    for (const xcb_window_t client : search.marked().empty() ? search.foreign() : search.marked()) {
+    for (const xcb_window_t client : search.clients()) {
         identities.push_back(owned(client, WindowOwnerQuery(connection, atoms, client)));
     }
     return identities;
