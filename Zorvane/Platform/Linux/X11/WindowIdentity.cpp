@@ -41,15 +41,17 @@ bool holdsMark(const XPropertyQuery& state) {
     return state.answer().type() != 0;
 }
 
+/// The bits of a window's number that tell which program made it.
+std::uint32_t makerOf(const XConnection& connection, xcb_window_t window) {
+    return window & ~xcb_get_setup(connection.get())->resource_id_mask;
+}
+
 /// Finds the applications' windows in a frame. Until the window manager has marked them, they are told by having been
 /// made by another program than the frame.
 class ClientSearch {
   public:
     ClientSearch(const XConnection& connection, const WindowAtoms& atoms, xcb_window_t frame)
-        : connection_(connection),
-          atoms_(atoms),
-          ofProgram_(~xcb_get_setup(connection.get())->resource_id_mask),
-          frame_(frame) {}
+        : connection_(connection), atoms_(atoms), frame_(frame) {}
 
     /// `level` is what lies right in the frame.
     void run(std::vector<xcb_window_t> level) {
@@ -78,7 +80,7 @@ class ClientSearch {
             const TreeReply tree(xcb_query_tree_reply(connection_.get(), trees[index], nullptr));
             const bool isMarked = holdsMark(states[index]);
             hasMarked_ |= isMarked;
-            if (isMarked || (windows[index] & ofProgram_) != (frame_ & ofProgram_)) {
+            if (isMarked || makerOf(connection_, windows[index]) != makerOf(connection_, frame_)) {
                 clients_.push_back(windows[index]);
                 listen(connection_, windows[index], propertyEvents);  // what it does inside is its own affair
             } else {
@@ -90,7 +92,6 @@ class ClientSearch {
 
     const XConnection& connection_;
     const WindowAtoms& atoms_;
-    const std::uint32_t ofProgram_;  // the bits of a number that tell who made it
     const xcb_window_t frame_;
     std::vector<xcb_window_t> clients_;
     bool hasMarked_ = false;
@@ -115,11 +116,13 @@ std::vector<SCWindow> identifyWindow(const XConnection& connection, const Window
     const auto attributesQuery = xcb_get_window_attributes(c, topLevel);
     const auto treeQuery = xcb_query_tree(c, topLevel);
     const WindowOwnerQuery owner(connection, atoms, topLevel);
+    const XPropertyQuery windowManager(connection, connection.root(), atoms.windowManagerCheck);
     const bool isManaged = holdsMark(state);
     const XReply<xcb_get_window_attributes_reply_t> attributes(
         xcb_get_window_attributes_reply(c, attributesQuery, nullptr));
     const TreeReply within(xcb_query_tree_reply(c, treeQuery, nullptr));
     const SCWindow itself = owned(topLevel, owner);
+    const std::uint32_t check = windowManager.answer().numberOr(XCB_NONE);
     if (!attributes || !within) {
         return {};
     }
@@ -129,7 +132,9 @@ std::vector<SCWindow> identifyWindow(const XConnection& connection, const Window
     }
     ClientSearch search(connection, atoms, topLevel);
     search.run(childrenIn(within));
-    const bool isFrame = search.hasMarked() || (attributes->override_redirect && !search.clients().empty());
+    const bool isOfWindowManager = check != XCB_NONE && makerOf(connection, check) == makerOf(connection, topLevel);
+    const bool mayBeFrame = isOfWindowManager || attributes->override_redirect;
+    const bool isFrame = search.hasMarked() || (mayBeFrame && !search.clients().empty());
     std::vector<SCWindow> identities;
     if (!isFrame) {
         identities.push_back(itself);
