@@ -122,7 +122,8 @@ def tells_device(change, name, availability):
 @contextlib.contextmanager
 def microphone(name):
     """A microphone in the private sound server for as long as its maker is connected; gives the moment of asking."""
-    maker = subprocess.Popen(["pw-cli"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
+    maker = subprocess.Popen(["pw-cli"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                             text=True)
     try:
         time.sleep(0.3)  # pw-cli connects
         moment = time.monotonic()
