@@ -33,7 +33,11 @@ void PhoneInquiry::begin() {
 
 void PhoneInquiry::ask() {
     MonotonicClock::shared()->cancel(nextQuestion_);
-    if (!tell_ || (asksAgain_ = std::exchange(isAsking_, true))) {
+    if (!tell_) {
+        return;
+    }
+    asksAgain_ = std::exchange(isAsking_, true);
+    if (asksAgain_) {
         return;
     }
     std::thread([self = shared_from_this()] {
