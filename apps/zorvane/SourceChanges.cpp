@@ -49,10 +49,18 @@ JSON formerValues(const SourceChange& change) {
     return former;
 }
 
+/// What is only another way to tell a source's availability.
+bool isWording(const std::string& property) {
+    return property == "status" || property == "recoverySuggestion";
+}
+
 std::string differencesText(const SourceChange& change) {
     const JSON former = formerValues(change);
     std::vector<std::string> differences;
     for (const auto& [name, value] : former.items()) {
+        if (isWording(name)) {
+            continue;
+        }
         differences.push_back(
             fmt::format("{} {} -> {}", name, cellText(value), cellText(change.after.properties.at(name))));
     }

@@ -76,7 +76,8 @@ void SourceWatch::print(SourceKind kind, SourceRows rows) {
 std::string SourceWatch::linesFor(SourceKind kind, const SourceRows& rows) {
     const auto last = last_.find(kind);
     if (last == last_.end()) {
-        return options_.json ? listJSON(kind, rows) : sourceTable(kind, rows);
+        const char* gap = last_.empty() ? "" : "\n";
+        return options_.json ? listJSON(kind, rows) : gap + sourceTable(kind, rows);
     }
     std::string lines;
     for (const SourceChange& change : changesBetween(last->second, rows)) {

@@ -1,7 +1,9 @@
 #include "SourcesCommand.hpp"
 
+#include <algorithm>
 #include <utility>
 
+#include "Figures.hpp"
 #include "LogOutput.hpp"
 #include "SourceLists.hpp"
 #include "SourceTable.hpp"
@@ -9,6 +11,7 @@
 #include "StandardError.hpp"
 #include "StopSignal.hpp"
 #include "WriteAll.hpp"
+#include "Zorvane/Zorvane.hpp"
 
 namespace zorvane::cli {
 namespace {
@@ -32,6 +35,15 @@ std::string listJSON(const std::vector<SourceKind>& kinds) {
     return lists.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+/// A desktop that can't be asked has nothing; the user may want to know why.
+void tellWhyEmpty(const std::vector<SourceKind>& kinds, StandardError& output) {
+    const bool concernsDesktop = std::ranges::any_of(
+        kinds, [](SourceKind kind) { return kind == SourceKind::displays || kind == SourceKind::windows; });
+    if (const auto failure = concernsDesktop ? ZVDisplay::discoveryFailure() : nullptr) {
+        output.print("zorvane: " + printable(localizedDescription(failure)));
+    }
+}
+
 }  // namespace
 
 ExitStatus sources(const SourcesOptions& options) {
@@ -42,6 +54,7 @@ ExitStatus sources(const SourcesOptions& options) {
     static auto& output = *new StandardError;
     const auto log = showLog(options.logLevel, output);
     ZVPlatform::use(options.platform);
+    tellWhyEmpty(options.kinds, output);
     if (options.watch) {
         SourceWatch(options).run();
     } else {

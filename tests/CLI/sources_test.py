@@ -70,10 +70,11 @@ class Sources(CommandLineTest):
         self.assertEqual(result.returncode, 3)
         self.assertIn("standard output", result.stderr)
 
-    def test_without_a_desktop_there_is_nothing_and_no_error(self):
+    def test_without_a_desktop_there_is_nothing_and_a_word_why(self):
         result = self.run_program("sources", "--json", env={"PATH": "/usr/bin", "XDG_RUNTIME_DIR": str(self.place)})
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(json.loads(result.stdout), {kind: [] for kind in KINDS})
+        self.assertIn("DISPLAY", result.stderr)
 
 
 if __name__ == "__main__":
