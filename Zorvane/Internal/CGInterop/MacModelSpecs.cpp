@@ -1,8 +1,8 @@
 #include "Zorvane/Internal/CGInterop/MacModelSpecs.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
-#include <map>
 #include <string_view>
 #include <utility>
 
@@ -25,24 +25,21 @@ constexpr std::array<std::pair<std::string_view, DeviceFamily>, 6> familyNames{{
 }};
 
 /// Models whose identifier doesn't name a family.
-const std::map<std::string_view, DeviceFamily>& macModels() {
-    static const std::map<std::string_view, DeviceFamily> models{
-        {"Mac13,1", DeviceFamily::macStudio},   {"Mac13,2", DeviceFamily::macStudio},
-        {"Mac14,2", DeviceFamily::macBookAir},  {"Mac14,3", DeviceFamily::macmini},
-        {"Mac14,5", DeviceFamily::macBookPro},  {"Mac14,6", DeviceFamily::macBookPro},
-        {"Mac14,7", DeviceFamily::macBookPro},  {"Mac14,8", DeviceFamily::macPro},
-        {"Mac14,9", DeviceFamily::macBookPro},  {"Mac14,10", DeviceFamily::macBookPro},
-        {"Mac14,12", DeviceFamily::macmini},    {"Mac14,13", DeviceFamily::macStudio},
-        {"Mac14,14", DeviceFamily::macStudio},  {"Mac14,15", DeviceFamily::macBookAir},
-        {"Mac15,3", DeviceFamily::macBookPro},  {"Mac15,4", DeviceFamily::iMac},
-        {"Mac15,5", DeviceFamily::iMac},        {"Mac15,6", DeviceFamily::macBookPro},
-        {"Mac15,7", DeviceFamily::macBookPro},  {"Mac15,8", DeviceFamily::macBookPro},
-        {"Mac15,9", DeviceFamily::macBookPro},  {"Mac15,10", DeviceFamily::macBookPro},
-        {"Mac15,11", DeviceFamily::macBookPro}, {"Mac15,12", DeviceFamily::macBookAir},
-        {"Mac15,13", DeviceFamily::macBookAir},
-    };
-    return models;
-}
+constexpr std::array<std::pair<std::string_view, DeviceFamily>, 25> macModels{{
+    {"Mac13,1", DeviceFamily::macStudio},   {"Mac13,2", DeviceFamily::macStudio},
+    {"Mac14,2", DeviceFamily::macBookAir},  {"Mac14,3", DeviceFamily::macmini},
+    {"Mac14,5", DeviceFamily::macBookPro},  {"Mac14,6", DeviceFamily::macBookPro},
+    {"Mac14,7", DeviceFamily::macBookPro},  {"Mac14,8", DeviceFamily::macPro},
+    {"Mac14,9", DeviceFamily::macBookPro},  {"Mac14,10", DeviceFamily::macBookPro},
+    {"Mac14,12", DeviceFamily::macmini},    {"Mac14,13", DeviceFamily::macStudio},
+    {"Mac14,14", DeviceFamily::macStudio},  {"Mac14,15", DeviceFamily::macBookAir},
+    {"Mac15,3", DeviceFamily::macBookPro},  {"Mac15,4", DeviceFamily::iMac},
+    {"Mac15,5", DeviceFamily::iMac},        {"Mac15,6", DeviceFamily::macBookPro},
+    {"Mac15,7", DeviceFamily::macBookPro},  {"Mac15,8", DeviceFamily::macBookPro},
+    {"Mac15,9", DeviceFamily::macBookPro},  {"Mac15,10", DeviceFamily::macBookPro},
+    {"Mac15,11", DeviceFamily::macBookPro}, {"Mac15,12", DeviceFamily::macBookAir},
+    {"Mac15,13", DeviceFamily::macBookAir},
+}};
 
 std::string_view nameOf(DeviceFamily family) {
     for (const auto& [name, named] : familyNames) {
@@ -59,8 +56,8 @@ std::optional<DeviceFamily> deviceFamily(std::string_view modelID) {
             return family;
         }
     }
-    const auto found = macModels().find(modelID);
-    return found == macModels().end() ? std::nullopt : std::optional(found->second);
+    const auto* const found = std::ranges::find(macModels, modelID, &std::pair<std::string_view, DeviceFamily>::first);
+    return found == macModels.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::optional<int> wholeNumber(std::string_view digits) {

@@ -29,7 +29,7 @@ PipeWireProperties pipeWireProperties(const spa_dict* dictionary) {
 }
 
 const std::string& rawValue(const PipeWireProperties& properties, std::string_view key) {
-    static const std::string none;
+    static const auto& none = *new std::string;  // never destroyed: threads may ask while the process exits
     const auto found = properties.find(key);
     return found == properties.end() ? none : found->second;
 }

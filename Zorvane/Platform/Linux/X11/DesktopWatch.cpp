@@ -182,7 +182,8 @@ void DesktopWatch::Core::sleep(int descriptor, milliseconds limit) {
 }
 
 std::shared_ptr<const DesktopState> DesktopWatch::Core::state() {
-    static const auto nothing = std::make_shared<const DesktopState>();
+    // Never destroyed: threads may ask while the process exits.
+    static const auto& nothing = *new std::shared_ptr<const DesktopState>(std::make_shared<const DesktopState>());
     MutexLock lock(mutex_);
     while (!hasAttempted_) {
         const PoolBlockingScope blocking;

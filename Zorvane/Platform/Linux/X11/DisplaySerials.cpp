@@ -59,7 +59,7 @@ std::vector<std::uint32_t> displaySerialNumbers(const std::vector<DisplayIdentit
 }
 
 DisplayNumbering& DisplayNumbering::shared() {
-    static DisplayNumbering numbering;
+    static auto& numbering = *new DisplayNumbering;  // never destroyed: threads may ask while the process exits
     return numbering;
 }
 

@@ -14,11 +14,12 @@ namespace zorvane {
 namespace {
 
 const std::string& hostName() {
-    static const std::string name = [] {
+    // Never destroyed: threads may ask while the process exits.
+    static const auto& name = *new std::string([] {
         char buffer[256]{};
         gethostname(buffer, sizeof buffer - 1);
         return std::string(buffer);
-    }();
+    }());
     return name;
 }
 
