@@ -20,7 +20,7 @@ struct VirtualSceneHandlers {
     std::shared_ptr<VirtualHandlers<>> frontmostApplicationChanged = std::make_shared<VirtualHandlers<>>();
 };
 
-/// The part of a scene whose changes are told of.
+/// What of a scene is told of when it changes.
 struct VirtualSceneOutline {
     explicit VirtualSceneOutline(const VirtualScene& scene);
 

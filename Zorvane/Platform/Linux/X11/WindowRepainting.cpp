@@ -25,7 +25,7 @@ std::uint32_t clear(const XConnection& connection, const WindowPart& part) {
         .sequence;
 }
 
-/// Adds the child if it has a share in the part.
+/// Adds the child if it lies where the parent is to be painted.
 void addChild(const XConnection& connection, const WindowPart& parent, xcb_window_t child,
               std::vector<WindowPart>& parts) {
     const XReply<xcb_get_geometry_reply_t> geometry(
