@@ -36,6 +36,7 @@ std::shared_ptr<const Platform> completed(Platform platform) {
     fillIn(platform.captureHardware, standard.captureHardware);
     fillIn(platform.platformExpert, standard.platformExpert);
     fillIn(platform.screenCapture, standard.screenCapture);
+    fillIn(platform.audioConverting, standard.audioConverting);
     fillIn(platform.mediaWriting, standard.mediaWriting);
     fillIn(platform.mediaReading, standard.mediaReading);
     return std::make_shared<const Platform>(std::move(platform));

@@ -12,6 +12,7 @@
 
 namespace zorvane {
 
+class AVAudioConverting;
 class AVCaptureDevices;
 class AVMediaReading;
 class AVMediaWriting;
@@ -64,6 +65,7 @@ struct Platform {
     std::shared_ptr<CMIOHardware> captureHardware;
     std::shared_ptr<IOPlatformExpert> platformExpert;
     std::shared_ptr<SCScreenCapture> screenCapture;
+    std::shared_ptr<AVAudioConverting> audioConverting;
     std::shared_ptr<AVMediaWriting> mediaWriting;
     std::shared_ptr<AVMediaReading> mediaReading;
 

@@ -5,12 +5,16 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
+#include "Zorvane/Platform/CoreMedia/CMFormatDescription.hpp"
 #include "Zorvane/Platform/Foundation/NSKeyValueObservation.hpp"
 
 namespace zorvane {
+
+class AVCaptureSession;
 
 enum class AVCaptureDeviceType : std::uint8_t {
     builtInMicrophone,
@@ -53,9 +57,18 @@ class AVCaptureDevice {
     /// Present, but gives nothing for now: its lid is closed, its jack is empty, its switch is off.
     virtual bool isSuspended() const = 0;
     virtual AVCaptureDevicePairing pairing() const = 0;
+    /// Whether another program captures from it. False where the system doesn't tell.
+    virtual bool isInUseByAnotherApplication() const { return false; }
+    /// The format that the device delivers in now, as far as it is known; of a microphone its rate and channels.
+    virtual CMFormatDescription activeFormat() const { return {}; }
 
     /// Calls `handler` after each change of `isSuspended` or `pairing`, on any thread; it only signals.
     virtual NSKeyValueObservation observeSuspended(std::function<void()> handler) = 0;
+};
+
+/// A device that was opened for capture.
+struct AVCaptureDeviceInput {
+    std::shared_ptr<AVCaptureDevice> device;
 };
 
 /// The devices of some types and one media type, live. Any thread.
@@ -86,6 +99,16 @@ class AVCaptureDevices {
     /// The system's main device for a media type, as its user has chosen it; empty when there is none or it can't be
     /// told.
     virtual std::string defaultDeviceID(AVMediaType mediaType) = 0;
+
+    /// The connected device with this id, or null.
+    virtual std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string&) { return nullptr; }
+
+    /// Opens a device. Throws `NSError` when it is gone or refuses.
+    virtual AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
+        return {std::move(device)};
+    }
+
+    virtual std::shared_ptr<AVCaptureSession> makeCaptureSession() { return nullptr; }
 };
 
 }  // namespace zorvane

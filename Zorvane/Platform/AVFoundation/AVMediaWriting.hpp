@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "Zorvane/Platform/AVFoundation/AVAssetSegment.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
 #include "Zorvane/Platform/AVFoundation/AVOutputSettings.hpp"
 
@@ -19,6 +20,10 @@ class AVMediaWriting {
 
     /// A writer of a new file at `url`. Throws `NSError` when such a file can't be written.
     virtual std::shared_ptr<AVAssetWriter> makeAssetWriter(const std::filesystem::path& url, AVFileType fileType) = 0;
+
+    /// A writer of fragmented MPEG-4 segments of one track, which it hands to the delegate; it has no file and its
+    /// `outputURL` is empty.
+    virtual std::shared_ptr<AVAssetWriter> makeSegmentWriter(AVAssetSegmenting) { return nullptr; }
 };
 
 }  // namespace zorvane

@@ -50,7 +50,7 @@ struct AVAudioSettings {
     std::int32_t bitRate = 160000;  ///< bits per second, all channels
 };
 
-enum class AVOutputSettingsPreset : std::uint8_t { h264_3840x2160, hevc_7680x4320 };
+enum class AVOutputSettingsPreset : std::uint8_t { h264_1920x1080, h264_3840x2160, hevc_7680x4320 };
 
 /// Gives encoder settings for a preset. Used by one thread at a time.
 class AVOutputSettingsAssistant {
@@ -59,6 +59,9 @@ class AVOutputSettingsAssistant {
 
     /// What the source video is like, for settings that depend on it.
     virtual void setSourceVideoFormat(const CMFormatDescription& format) = 0;
+
+    /// What the source sound is like. The settings keep its rate where the codec has it, and its channels.
+    virtual void setSourceAudioFormat(const CMFormatDescription&) {}
 
     /// Nothing when the preset has no such media.
     virtual std::optional<AVAudioSettings> audioSettings() const = 0;

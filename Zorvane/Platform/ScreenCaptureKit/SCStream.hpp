@@ -43,6 +43,10 @@ enum class SCStreamErrorCode : std::int32_t {
 struct SCStreamConfiguration {
     bool showsCursor = true;
     bool capturesAudio = false;
+    /// Leaves this process's sound out, beside what the filter leaves out.
+    bool excludesCurrentProcessAudio = false;
+    double sampleRate = 48000;         ///< of the delivered sound, frames per second
+    std::uint32_t channelCount = 2;    ///< of the delivered sound
     std::size_t queueDepth = 3;        ///< pictures in the pool: the stream never has more of them out
     std::optional<CGRect> sourceRect;  ///< points, relative to the display's origin; the whole display if absent
     std::int32_t width = 0;            ///< pixels of the delivered pictures
@@ -65,11 +69,17 @@ class SCStreamOutput {
     virtual void stream(SCStream& stream, const CMSampleBuffer& sampleBuffer, SCStreamOutputType type) = 0;
 };
 
-/// Hears of a stream's end that nobody asked for; on any thread, at most once per stream. `error` may be null.
+/// Hears of what nobody asked for.
 class SCStreamDelegate {
   public:
     virtual ~SCStreamDelegate() = default;
+    /// The stream's end; on any thread, at most once per stream. `error` may be null.
     virtual void streamDidStopWithError(SCStream& stream, std::exception_ptr error) = 0;
+
+    /// The stream goes on, but gives no sound until further notice, for this reason; then it gives sound again. On any
+    /// thread but a sample handler's.
+    virtual void streamDidBecomeInactive(SCStream&, std::exception_ptr) {}
+    virtual void streamDidBecomeActive(SCStream&) {}
 };
 
 /// A stream's life: made, outputs added, started, samples flow, stopped (by `stopCapture` or with an error told to
@@ -77,7 +87,13 @@ class SCStreamDelegate {
 /// destruction no callback runs.
 ///
 /// Screen samples: a picture with status `complete` stamped with the time at which it was read, on the clock that
-/// `synchronizationClock` tells; and notices without a picture, such as one `idle` when the screen falls still.
+/// `synchronizationClock` tells; and notices without a picture, such as one `idle` when the screen falls still. Without
+/// a screen output no picture is taken, which costs nothing.
+///
+/// Audio samples: interleaved float sound in the configuration's rate and channels, of the applications that the filter
+/// lets through: of all, with the filter kinds by window; of those that stay, with the kinds by application; of the
+/// subject's, with a subject. Each begins where the last one ended, unless sound got lost. They come also while nothing
+/// plays. Their times have the sample rate as timescale.
 class SCStream {
   public:
     /// Null error: it worked. Called exactly once, on any thread, possibly before the operation returns.
