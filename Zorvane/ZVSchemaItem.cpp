@@ -37,8 +37,11 @@ ZVSchemaItem ZVSchemaItem::webcam(std::string microphoneID, std::string cameraID
 }
 
 ZVSchemaItem ZVSchemaItem::microphone(std::string microphoneID, Filename filename) {
-    return makeItem(MicrophoneFileSchemaItem{ShortID::make(), std::move(microphoneID),
-                                             ZVAudioOutputOptions::singleFile(std::move(filename))});
+    return microphone(std::move(microphoneID), ZVAudioOutputOptions::singleFile(std::move(filename)));
+}
+
+ZVSchemaItem ZVSchemaItem::microphone(std::string microphoneID, ZVAudioOutputOptions output) {
+    return makeItem(MicrophoneFileSchemaItem{ShortID::make(), std::move(microphoneID), std::move(output)});
 }
 
 ZVSchemaItem ZVSchemaItem::_microphone(std::string microphoneID, SampleCallback callback) {
@@ -65,11 +68,19 @@ ZVSchemaItem ZVSchemaItem::systemAudio(std::set<ZVSystemAudioExcludeOptions> exc
 }
 
 ZVSchemaItem ZVSchemaItem::systemAudio(std::vector<std::int32_t> includedApplicationIDs, Filename filename) {
-    return includedAudio(std::move(includedApplicationIDs), ZVAudioOutputOptions::singleFile(std::move(filename)));
+    return systemAudio(std::move(includedApplicationIDs), ZVAudioOutputOptions::singleFile(std::move(filename)));
+}
+
+ZVSchemaItem ZVSchemaItem::systemAudio(std::vector<std::int32_t> includedApplicationIDs, ZVAudioOutputOptions output) {
+    return includedAudio(std::move(includedApplicationIDs), std::move(output));
 }
 
 ZVSchemaItem ZVSchemaItem::applicationAudio(std::int32_t applicationID, Filename filename) {
-    return includedAudio({applicationID}, ZVAudioOutputOptions::singleFile(std::move(filename)));
+    return applicationAudio(applicationID, ZVAudioOutputOptions::singleFile(std::move(filename)));
+}
+
+ZVSchemaItem ZVSchemaItem::applicationAudio(std::int32_t applicationID, ZVAudioOutputOptions output) {
+    return includedAudio({applicationID}, std::move(output));
 }
 
 ZVSchemaItem ZVSchemaItem::display(std::uint32_t displayID, ZVDisplayOptions options, Filename filename) {

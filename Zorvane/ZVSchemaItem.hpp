@@ -82,6 +82,7 @@ class ZVSchemaItem {
     static ZVSchemaItem webcam(std::string microphoneID, std::string cameraID, ZVWebcamOutputOptions output);
 
     static ZVSchemaItem microphone(std::string microphoneID, Filename filename = std::nullopt);
+    static ZVSchemaItem microphone(std::string microphoneID, ZVAudioOutputOptions output);
 
     /// Hears a microphone's sound as it comes and tells by its result whether it wants more. Called on the capture's
     /// own queue; it must be fast.
@@ -95,8 +96,10 @@ class ZVSchemaItem {
     static ZVSchemaItem systemAudio(std::set<ZVSystemAudioExcludeOptions> excluding, ZVAudioOutputOptions output);
     /// The sound of these applications, mixed.
     static ZVSchemaItem systemAudio(std::vector<std::int32_t> includedApplicationIDs, Filename filename = std::nullopt);
+    static ZVSchemaItem systemAudio(std::vector<std::int32_t> includedApplicationIDs, ZVAudioOutputOptions output);
     /// The sound of one application.
     static ZVSchemaItem applicationAudio(std::int32_t applicationID, Filename filename = std::nullopt);
+    static ZVSchemaItem applicationAudio(std::int32_t applicationID, ZVAudioOutputOptions output);
 
     /// A whole display. `displayID` is a `ZVDisplay`'s `id`: the number by which it is known after it was unplugged.
     static ZVSchemaItem display(std::uint32_t displayID, ZVDisplayOptions options = {},

@@ -27,8 +27,15 @@ constexpr auto recordHelp = R"(Examples:
   zorvane record                              the main display, until Ctrl-C
   zorvane record --seconds 10 -o talk.zorvane ten seconds into a directory of that name
   zorvane record --json | jq -r .bundle       for scripts: one JSON object at the end
+  zorvane record --display main --microphone default --system-audio
+                                              picture, voice and sound, a file each
+  zorvane record --audio                      the system's sound inside the movie
+  zorvane record --microphone default         a microphone alone
   zorvane record --window 41943046            where a window is, with its application alone
+  zorvane record --segmented                  six-second segments and playlists, to play while it goes on
   zorvane record --platform virtual           a made-up desktop, on a machine without one
+
+What you name is recorded; the main display if you name nothing.
 
 Without -o the bundle is a new directory in the current one, named after date and time, such as
 2024-03-01T140509+0100-Ab3dE.zorvane. Its path is printed at the end.
@@ -112,8 +119,37 @@ void addPlatform(CLI::App& app, ZVPlatformKind& platform) {
                               platform, "Desktop to use: linux, or a virtual one for trying things out");
 }
 
+/// An option that may be given several times; `parse` turns each text into a value, and throws what is wrong with it.
+template <class Parse, class Value>
+CLI::Option* addList(CLI::App& app, const std::string& name, Parse parse, std::vector<Value>& target,
+                     const std::string& help) {
+    const auto take = [&target, parse](const std::vector<std::string>& texts) {
+        target.clear();
+        std::ranges::transform(texts, std::back_inserter(target), parse);
+    };
+    return app.add_option_function<std::vector<std::string>>(name, take, help)
+        ->check([parse](const std::string& text) { return problemOf(parse, text); })
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void addSound(CLI::App& app, RecordOptions& options) {
+    const auto asItIs = [](const std::string& text) { return text; };
+    addList(app, "--microphone", asItIs, options.microphones,
+            "Microphone to record: default, or its id; may be repeated")
+        ->type_name("default|ID");
+    auto* system = app.add_flag("--system-audio", options.systemAudio, "Record the sound of all applications");
+    addList(app, "--exclude-process", parseProcess, options.excludedProcesses,
+            "Leave this process out of the system's sound; may be repeated")
+        ->type_name("PID")
+        ->needs(system);
+    addList(app, "--application-audio", parseProcess, options.applications,
+            "Record the sound of this process, in a file of its own; may be repeated")
+        ->type_name("PID");
+}
+
 void addWhat(CLI::App& app, RecordOptions& options) {
-    auto* display = addParsed(app, "--display", parseDisplay, options.displayID, "Display to record: main, or its id");
+    auto* display = addParsed(app, "--display", parseDisplay, options.display, "Display to record: main, or its id");
     display->type_name("main|ID");
     auto* window = addParsed(app, "--window", parseWindow, options.windowID,
                              "Record where this window is instead, with nothing but its application");
@@ -123,6 +159,18 @@ void addWhat(CLI::App& app, RecordOptions& options) {
               "that it is being recorded)")
         ->type_name("WHAT[,WHAT]")
         ->excludes(window);
+    app.add_flag("--audio", options.displayAudio, "Put the system's sound into the display's movie")->excludes(window);
+    addSound(app, options);
+}
+
+/// What options mean together.
+void requireSense(const RecordOptions& options) {
+    if (options.displayAudio && namesSound(options) && !options.display) {
+        throw CLI::ValidationError("--audio", "The sound goes into a display's movie. Add --display main.");
+    }
+    if (options.events && !options.json) {
+        throw CLI::ValidationError("--events", "Events are JSON. Add --json.");
+    }
 }
 
 void addRecord(CLI::App& app, RecordOptions& options) {
@@ -137,10 +185,14 @@ void addRecord(CLI::App& app, RecordOptions& options) {
         ->type_name("N");
     app.add_option("-o,--output", options.output, "Bundle directory to make; it must not exist yet")->type_name("DIR");
     addPlatform(app, options.platform);
+    app.add_flag("--segmented", options.segmented, "Write segments of six seconds and HLS playlists, not single files");
     app.add_flag("--json", options.json, "Print one JSON object about the recording at the end");
+    app.add_flag("--events", options.events,
+                 "With --json: one object a line, for the start, each segment, what befalls a source, and the end");
     app.add_flag("-q,--quiet", options.quiet, "Say nothing but errors and the bundle's path");
     addChoice<ZVLogLevel>(app, "--log-level", logLevels(), options.logLevel,
                           "Show log lines of at least this level on standard error");
+    app.final_callback([&options] { requireSense(options); });
 }
 
 void addSources(CLI::App& app, SourcesOptions& options) {
@@ -221,7 +273,7 @@ Command parseCommandLine(int argumentCount, const char* const* arguments) {
     SourcesOptions sourcesOptions;
     InfoOptions infoOptions;
     PermissionsOptions permissionsOptions;
-    CLI::App* record = app.add_subcommand("record", "Record a display, or where a window is");
+    CLI::App* record = app.add_subcommand("record", "Record displays, windows and sound");
     addRecord(*record, recordOptions);
     CLI::App* sources = app.add_subcommand("sources", "List what there is to record");
     addSources(*sources, sourcesOptions);

@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <optional>
 #include <set>
+#include <string>
 #include <variant>
 #include <vector>
 
 #include "ExitStatus.hpp"
+#include "OptionValues.hpp"
 #include "SourceKind.hpp"
 #include "Zorvane/ZVColorSpace.hpp"
 #include "Zorvane/ZVLogger.hpp"
@@ -17,11 +19,22 @@
 
 namespace zorvane::cli {
 
+/// What is recorded is what is named here, and the main display if nothing is.
 struct RecordOptions {
-    /// Absent for the main display.
-    std::optional<std::uint32_t> displayID;
+    std::optional<DisplayName> display;
     /// Where this window is, in place of a display.
     std::optional<std::uint32_t> windowID;
+    /// Ids, or "default".
+    std::vector<std::string> microphones;
+    /// The sound of all applications but the excluded ones, which are process ids.
+    bool systemAudio = false;
+    std::vector<std::int32_t> excludedProcesses;
+    /// Process ids of applications whose sound gets a file of its own each.
+    std::vector<std::int32_t> applications;
+    /// Puts the system's sound into the display's movie.
+    bool displayAudio = false;
+    /// Writes segments and playlists instead of single files.
+    bool segmented = false;
     std::set<ZVScreenRecordingExcludeOptions> excluding;
     ZVColorSpace colorSpace = ZVColorSpace::sRGB;
     bool showsCursor = true;
@@ -31,10 +44,17 @@ struct RecordOptions {
     std::optional<std::filesystem::path> output;
     ZVPlatformKind platform = ZVPlatformKind::linuxDesktop;
     bool json = false;
+    /// One JSON object a line while the recording goes on; only with `json`.
+    bool events = false;
     bool quiet = false;
     /// Absent to show no log lines.
     std::optional<ZVLogLevel> logLevel;
 };
+
+/// Whether a source of sound is among what is recorded.
+inline bool namesSound(const RecordOptions& options) {
+    return !options.microphones.empty() || options.systemAudio || !options.applications.empty();
+}
 
 struct SourcesOptions {
     std::vector<SourceKind> kinds{allSourceKinds.begin(), allSourceKinds.end()};

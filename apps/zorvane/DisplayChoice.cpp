@@ -1,22 +1,18 @@
 #include "DisplayChoice.hpp"
 
 #include <algorithm>
-#include <condition_variable>
 #include <exception>
 #include <functional>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "DesktopAnswer.hpp"
 #include "UserError.hpp"
 #include "Zorvane/Sources/ZVDisplay.hpp"
-#include "Zorvane/ZVOutcome.hpp"
 
 namespace zorvane::cli {
 namespace {
@@ -62,42 +58,18 @@ std::uint32_t displayOf(const Displays& displays, std::optional<std::uint32_t> w
     return wanted ? knownDisplay(displays, *wanted) : mainDisplay(displays);
 }
 
-/// What the desktop answers, shared with the thread that asks, which may be left behind.
-struct Answer {
-    std::mutex mutex;
-    std::condition_variable_any given;
-    std::optional<ZVOutcome<Displays>> displays;  // guarded by mutex
-};
-
-ZVOutcome<Displays> askDesktop() {
+Displays askForDisplays() {
     Displays displays = ZVDisplay::displays();
     if (const auto failure = ZVDisplay::discoveryFailure()) {
-        return ZVOutcome<Displays>::failure(failure);
+        std::rethrow_exception(failure);
     }
-    return ZVOutcome<Displays>::success(std::move(displays));
-}
-
-Displays awaitDisplays(std::stop_token stopToken) {
-    const auto answer = std::make_shared<Answer>();
-    std::thread([answer] {
-        auto displays = askDesktop();
-        std::lock_guard lock(answer->mutex);
-        answer->displays = std::move(displays);
-        answer->given.notify_all();
-    }).detach();
-    std::unique_lock lock(answer->mutex);
-    if (!answer->given.wait(lock, std::move(stopToken), [&] { return answer->displays.has_value(); })) {
-        throw stoppedBeforeStart();
-    }
-    // Taken out, so that the thread lets go of nothing that is read here.
-    ZVOutcome<Displays> displays = *std::exchange(answer->displays, std::nullopt);
-    return std::move(displays).value();
+    return displays;
 }
 
 }  // namespace
 
-std::uint32_t chooseDisplay(std::optional<std::uint32_t> wanted, std::stop_token stopToken) {
-    return displayOf(awaitDisplays(std::move(stopToken)), wanted);
+std::uint32_t chooseDisplay(const DisplayName& wanted, std::stop_token stopToken) {
+    return displayOf(awaitDesktop(askForDisplays, std::move(stopToken)), wanted.id);
 }
 
 }  // namespace zorvane::cli

@@ -7,8 +7,15 @@
 namespace zorvane::cli {
 
 std::string liveLine(const ZVRecorder::Statistics& statistics, double now, std::uintmax_t size) {
-    return fmt::format("REC {}  {}, {}  Ctrl-C stops", clockText(now - statistics.recordFrom), frameCounts(statistics),
-                       sizeText(size));
+    std::string line = fmt::format("REC {}  ", clockText(now - statistics.recordFrom));
+    if (hasPictures(statistics)) {
+        line += frameCounts(statistics) + ", ";
+    }
+    return line + sizeText(size) + "  Ctrl-C stops";
+}
+
+bool hasPictures(const ZVRecorder::Statistics& statistics) {
+    return statistics.framesWritten + statistics.framesDropped > 0;
 }
 
 std::string frameCounts(const ZVRecorder::Statistics& statistics) {

@@ -11,6 +11,9 @@ namespace zorvane::cli {
 /// The line at `now`, seconds on the host clock; `size` is the bundle's so far.
 std::string liveLine(const ZVRecorder::Statistics& statistics, double now, std::uintmax_t size);
 
+/// Whether any picture has come: there is none where only sound is recorded.
+bool hasPictures(const ZVRecorder::Statistics& statistics);
+
 /// "181 frames written, 2 dropped, 60 repeated".
 std::string frameCounts(const ZVRecorder::Statistics& statistics);
 

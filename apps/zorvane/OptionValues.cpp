@@ -36,16 +36,16 @@ double parseSeconds(const std::string& text) {
     return *seconds;
 }
 
-std::optional<std::uint32_t> parseDisplay(const std::string& text) {
+DisplayName parseDisplay(const std::string& text) {
     if (text == "main") {
-        return std::nullopt;
+        return {};
     }
     const auto id = wholeNumber<std::uint32_t>(text);
     if (!id) {
         throw std::invalid_argument(
             fmt::format("\"{}\" names no display. Give \"main\" or a display's id, a whole number.", text));
     }
-    return id;
+    return {id};
 }
 
 std::uint32_t parseWindow(const std::string& text) {
@@ -55,6 +55,16 @@ std::uint32_t parseWindow(const std::string& text) {
     if (!id) {
         throw std::invalid_argument(fmt::format(
             "\"{}\" names no window. Give a window's id, a whole number; \"zorvane sources windows\" lists them.",
+            text));
+    }
+    return *id;
+}
+
+std::int32_t parseProcess(const std::string& text) {
+    const auto id = wholeNumber<std::int32_t>(text);
+    if (!id || *id <= 0) {
+        throw std::invalid_argument(fmt::format(
+            "\"{}\" names no process. Give a process id, a whole number; \"zorvane sources applications\" lists them.",
             text));
     }
     return *id;

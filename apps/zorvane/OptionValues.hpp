@@ -15,11 +15,19 @@ namespace zorvane::cli {
 /// A number of seconds for which one can record.
 double parseSeconds(const std::string& text);
 
-/// "main" or a display's id; absent for the main one.
-std::optional<std::uint32_t> parseDisplay(const std::string& text);
+/// How the user names a display.
+struct DisplayName {
+    std::optional<std::uint32_t> id;  ///< absent for the main one
+};
+
+/// "main" or a display's id.
+DisplayName parseDisplay(const std::string& text);
 
 /// A window's id, in decimal or, as X tools print it, with 0x in front.
 std::uint32_t parseWindow(const std::string& text);
+
+/// A process's id.
+std::int32_t parseProcess(const std::string& text);
 
 /// Names of what to leave out, with commas between them: "current,indicator".
 std::set<ZVScreenRecordingExcludeOptions> parseExclusions(const std::string& text);

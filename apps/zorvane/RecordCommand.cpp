@@ -11,7 +11,9 @@
 #include "Figures.hpp"
 #include "LiveLine.hpp"
 #include "LogOutput.hpp"
+#include "RecordEvents.hpp"
 #include "RecordReport.hpp"
+#include "RecordSchema.hpp"
 #include "Recording.hpp"
 #include "StandardError.hpp"
 #include "StopSignal.hpp"
@@ -37,7 +39,7 @@ class Progress {
     }
 
     /// What shows the live line; empty where there is none, so that nothing has to wake for it.
-    Recording::Observer liveObserver(const std::filesystem::path& bundle) {
+    RecordingObserver::Live liveObserver(const std::filesystem::path& bundle) {
         if (options_.quiet || !output_.isTerminal()) {
             return nullptr;
         }
@@ -49,7 +51,7 @@ class Progress {
     void ended(const RecordOutcome& outcome) {
         output_.clearLive();
         tellErrors(outcome);
-        if (!options_.quiet && !outcome.result.bundleInfo.files.empty()) {
+        if (!options_.quiet && outcome.status != RecordOutcome::Status::failed) {
             output_.print(recordSummary(outcome));
         }
     }
@@ -80,34 +82,29 @@ class Progress {
     StandardError& output_;
 };
 
-ZVRecorder::SchemaItem schemaItem(const RecordOptions& options, const RecordingEnd& end) {
-    if (options.windowID) {
-        ZVRecorder::WindowBasedCropOptions crop;
-        crop.colorSpace = options.colorSpace;
-        crop.showsCursor = options.showsCursor;
-        return ZVRecorder::SchemaItem::windowBasedCrop(*options.windowID, crop);
-    }
-    ZVRecorder::DisplayOptions display;
-    display.excluding = options.excluding;
-    display.colorSpace = options.colorSpace;
-    display.showsCursor = options.showsCursor;
-    return ZVRecorder::SchemaItem::display(chooseDisplay(options.displayID, end.stopToken()), display);
-}
+using Events = std::shared_ptr<RecordEvents>;  // null unless they are wanted; segments may come on other threads
 
-RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOptions& options, Progress& progress) {
+RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOptions& options, const Events& events,
+                         Progress& progress) {
     const auto end = std::make_shared<RecordingEnd>();
     const StopSignal signal([end] { end->requestStop(); });
-    Recording recording(schemaItem(options, *end), bundle, end);
+    RecordingObserver observer{.live = progress.liveObserver(bundle)};
+    SegmentHandler onSegment;
+    if (events) {
+        observer.started = [events, bundle](double recordFrom) { events->started(bundle, recordFrom); };
+        onSegment = [events](const std::filesystem::path& segment) { events->segment(segment); };
+    }
+    Recording recording(schemaItems(options, onSegment, end->stopToken()), bundle, end);
     progress.began(bundle);
-    return recording.run(options.seconds, progress.liveObserver(bundle));
+    return recording.run(options.seconds, observer);
 }
 
-RecordOutcome outcomeOf(const RecordOptions& options, Progress& progress) {
+RecordOutcome outcomeOf(const RecordOptions& options, const Events& events, Progress& progress) {
     RecordOutcome outcome;
     try {
         ZVPlatform::use(options.platform);
         outcome.result.bundleURL = bundleLocation(options.output);
-        outcome = recordInto(outcome.result.bundleURL, options, progress);
+        outcome = recordInto(outcome.result.bundleURL, options, events, progress);
         if (outcome.status == RecordOutcome::Status::failed) {
             discard(outcome);
         }
@@ -125,10 +122,13 @@ ExitStatus record(const RecordOptions& options) {
     static auto& output = *new StandardError;
     const auto log = showLog(options.logLevel, output);
     Progress progress(options, output);
-    const RecordOutcome outcome = outcomeOf(options, progress);
+    Events events = options.events ? std::make_shared<RecordEvents>() : nullptr;
+    const RecordOutcome outcome = outcomeOf(options, events, progress);
     progress.ended(outcome);
-    if (options.json) {
-        printResult(recordJSON(outcome));
+    if (events) {
+        events->ended(outcome);
+    } else if (options.json) {
+        printResult(recordJSON(outcome, JSONForm::indented));
     } else if (outcome.status != RecordOutcome::Status::failed) {
         printResult(outcome.result.bundleURL.string() + "\n");
     }

@@ -44,7 +44,7 @@ std::vector<std::string> unclosedMedia(const RecordOutcome& outcome) {
     return unlistedMedia(outcome.result.bundleURL, outcome.result.bundleInfo);
 }
 
-std::string recordJSON(const RecordOutcome& outcome) {
+std::string recordJSON(const RecordOutcome& outcome, JSONForm form) {
     JSON files = JSON::array();
     for (const auto& file : outcome.result.bundleInfo.files) {
         files.push_back(fileJSON(file));
@@ -53,22 +53,30 @@ std::string recordJSON(const RecordOutcome& outcome) {
     for (const auto& error : outcome.errors) {
         errors.push_back(errorJSON(error));
     }
-    const JSON json{{"bundle", outcome.result.bundleURL.string()},
-                    {"status", rawValue(outcome.status)},
-                    {"recordFrom", finite(outcome.statistics.recordFrom)},
-                    {"recordUntil", finite(outcome.statistics.recordUntil)},
-                    {"files", std::move(files)},
-                    {"unlisted", unclosedMedia(outcome)},
-                    {"errors", std::move(errors)},
-                    {"dropped", outcome.statistics.framesDropped},
-                    {"repeated", outcome.statistics.framesRepeated}};
+    JSON json = JSON::object();
+    if (form == JSONForm::eventLine) {
+        json["event"] = "ended";
+    }
+    json.update({{"bundle", outcome.result.bundleURL.string()},
+                 {"status", rawValue(outcome.status)},
+                 {"recordFrom", finite(outcome.statistics.recordFrom)},
+                 {"recordUntil", finite(outcome.statistics.recordUntil)},
+                 {"files", std::move(files)},
+                 {"unlisted", unclosedMedia(outcome)},
+                 {"errors", std::move(errors)},
+                 {"dropped", outcome.statistics.framesDropped},
+                 {"repeated", outcome.statistics.framesRepeated}});
     // Names in the file system need not be UTF-8; JSON must.
-    return json.dump(2, ' ', false, JSON::error_handler_t::replace) + "\n";
+    const int indent = form == JSONForm::eventLine ? -1 : 2;
+    return json.dump(indent, ' ', false, JSON::error_handler_t::replace) + "\n";
 }
 
 std::string recordSummary(const RecordOutcome& outcome) {
-    return fmt::format("Recorded {:.3f} s: {}, {}.", outcome.duration(), frameCounts(outcome.statistics),
-                       sizeText(bundleSize(outcome.result.bundleURL)));
+    const std::string size = sizeText(bundleSize(outcome.result.bundleURL));
+    if (!hasPictures(outcome.statistics)) {
+        return fmt::format("Recorded {:.3f} s, {}.", outcome.duration(), size);
+    }
+    return fmt::format("Recorded {:.3f} s: {}, {}.", outcome.duration(), frameCounts(outcome.statistics), size);
 }
 
 bool isUnexplained(const std::exception_ptr& error) {

@@ -28,14 +28,14 @@ bool wasTaken(const std::exception_ptr& error) {
 
 }  // namespace
 
-Recording::Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle,
+Recording::Recording(std::vector<ZVRecorder::SchemaItem> items, const std::filesystem::path& bundle,
                      std::shared_ptr<RecordingEnd> end)
     : bundle_(bundle),
       end_(std::move(end)),
-      recorder_({std::move(item)}, bundle, std::nullopt,
+      recorder_(std::move(items), bundle, std::nullopt,
                 [end = end_](const ZVRecorder::AbortReason& reason) { end->abort(reason); }) {}
 
-RecordOutcome Recording::run(std::optional<double> seconds, const Observer& observer) {
+RecordOutcome Recording::run(std::optional<double> seconds, const RecordingObserver& observer) {
     try {
         start();
     } catch (const ZVCancelled&) {
@@ -43,7 +43,10 @@ RecordOutcome Recording::run(std::optional<double> seconds, const Observer& obse
     } catch (...) {
         return failed(std::current_exception());
     }
-    waitForEnd(seconds, observer);
+    if (observer.started) {
+        observer.started(recorder_.statistics().recordFrom);
+    }
+    waitForEnd(seconds, observer.live);
     return stop();
 }
 
@@ -56,13 +59,13 @@ void Recording::start() {
     recorder_.start().get();
 }
 
-void Recording::waitForEnd(std::optional<double> seconds, const Observer& observer) {
+void Recording::waitForEnd(std::optional<double> seconds, const RecordingObserver::Live& live) {
     const double from = recorder_.statistics().recordFrom;
     const auto deadline = seconds ? hostTime(from + *seconds) : Clock::time_point::max();
-    auto next = observer ? std::min(Clock::now(), deadline) : deadline;
+    auto next = live ? std::min(Clock::now(), deadline) : deadline;
     while (!end_->waitUntil(next) && Clock::now() < deadline) {
-        if (observer) {
-            observer(recorder_.statistics());
+        if (live) {
+            live(recorder_.statistics());
         }
         next = std::min(Clock::now() + observationInterval, deadline);
     }

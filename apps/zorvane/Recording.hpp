@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "RecordOutcome.hpp"
 #include "RecordingEnd.hpp"
@@ -13,21 +14,29 @@
 
 namespace zorvane::cli {
 
+/// Who wants to hear of a recording. Any of them may be empty; they are called on the thread of `run`.
+struct RecordingObserver {
+    using Live = std::function<void(const ZVRecorder::Statistics& statistics)>;
+
+    /// Once, with the beginning on the host clock, in seconds.
+    std::function<void(double recordFrom)> started;
+    /// A few times per second while recording. An empty one wakes nobody.
+    Live live;
+};
+
 class Recording {
   public:
-    /// Called a few times per second while recording, on the thread of `run`. An empty one wakes nobody.
-    using Observer = std::function<void(const ZVRecorder::Statistics& statistics)>;
-
-    /// Records `item` into the new directory `bundle`.
-    Recording(ZVRecorder::SchemaItem item, const std::filesystem::path& bundle, std::shared_ptr<RecordingEnd> end);
+    /// Records `items` into the new directory `bundle`.
+    Recording(std::vector<ZVRecorder::SchemaItem> items, const std::filesystem::path& bundle,
+              std::shared_ptr<RecordingEnd> end);
 
     /// Records for so many seconds, or until there is another reason to end. Blocks; never throws for what the
     /// recording meets. Once this object is gone, `discard` takes away what a recording that failed has left.
-    RecordOutcome run(std::optional<double> seconds, const Observer& observer);
+    RecordOutcome run(std::optional<double> seconds, const RecordingObserver& observer);
 
   private:
     void start();
-    void waitForEnd(std::optional<double> seconds, const Observer& observer);
+    void waitForEnd(std::optional<double> seconds, const RecordingObserver::Live& live);
     RecordOutcome stop();
     RecordOutcome failed(const std::exception_ptr& error);
 
