@@ -1,5 +1,5 @@
 # Libraries that are linked into the library and never show in its headers: pkg-config modules, by backend.
-set(zorvane_ffmpeg_modules libavformat libavcodec libavutil)
+set(zorvane_ffmpeg_modules libavformat libavcodec libavutil libswresample)
 set(zorvane_xcb_modules xcb xcb-shm xcb-damage xcb-randr xcb-xfixes xcb-xinput xcb-composite xcb-render xcb-shape xcb-res)
 set(zorvane_systemd_modules libsystemd)
 set(zorvane_pipewire_modules libpipewire-0.3)

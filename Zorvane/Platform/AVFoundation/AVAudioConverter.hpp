@@ -21,10 +21,12 @@ class AVAudioConverter {
     virtual std::size_t convert(std::span<const std::byte> input, std::span<std::byte> output) = 0;
 
     /// By how much the source runs faster than its nominal rate, as a fraction: 0.0002 makes 200 ppm fewer frames of
-    /// it. Small and smooth changes can't be heard. Only of a converter that was made adjustable.
+    /// it. Small and smooth changes can't be heard. What is done is within a millionth of what is asked; who wants no
+    /// drift at all steers by `heldFrames`. Only of a converter that was made adjustable.
     virtual void setRateDeviation(double deviation) = 0;
 
-    /// How much of what was taken has not come out, in frames of the input.
+    /// How much of what was taken has not come out, in frames of the input and parts of them: the frame that comes next
+    /// is the sound so long before the end of what was taken. Filters delay nothing beyond that.
     virtual double heldFrames() const = 0;
 
     /// Forgets what is held, as if newly made.

@@ -5,6 +5,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libswresample/swresample.h>
 }
 
 namespace zorvane {
@@ -43,6 +44,10 @@ void FFmpegDeleter::operator()(AVIOContext* context) const {
 
 void FFmpegDeleter::operator()(AVPacket* packet) const {
     av_packet_free(&packet);
+}
+
+void FFmpegDeleter::operator()(SwrContext* context) const {
+    swr_free(&context);
 }
 
 FFmpegHandle<AVPacket> makePacket() {

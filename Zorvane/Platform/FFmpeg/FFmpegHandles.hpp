@@ -9,6 +9,7 @@ struct AVFormatContext;
 struct AVFrame;
 struct AVIOContext;
 struct AVPacket;
+struct SwrContext;
 
 namespace zorvane {
 
@@ -20,6 +21,7 @@ struct FFmpegDeleter {
     void operator()(AVFrame* frame) const;
     void operator()(AVIOContext* context) const;  ///< with its buffer
     void operator()(AVPacket* packet) const;
+    void operator()(SwrContext* context) const;
 };
 
 template <class T>

@@ -1,6 +1,7 @@
 #include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
 
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/FFmpeg/FFmpegAudioConverter.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegImageReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
@@ -39,6 +40,7 @@ Platform makeLinuxPlatform() {
     platform.windowList = std::make_shared<X11WindowList>(desktop, catalog);
     platform.workspace = std::make_shared<X11Workspace>(desktop, catalog, session, readImageFile);
     platform.screenCapture = std::make_shared<X11ScreenCapture>(session, catalog);
+    platform.audioConverting = std::make_shared<FFmpegAudioConverting>();
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();
     return platform;
