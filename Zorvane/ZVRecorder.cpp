@@ -32,6 +32,7 @@ struct ZVRecorder::Implementation {
 
     static Shared make(Schema schema, Settings settings, OnAbort onAbort);
     static ZVTask<> setAbortHander(Shared self, OnAbort handler);
+    static ZVTask<> setNoticeHandler(Shared self, OnNotice handler);
     static ZVTask<> prepare(Shared self);
     static ZVTask<> start(Shared self);
     static ZVTask<Result> stop(Shared self);
@@ -64,6 +65,10 @@ ZVTask<> ZVRecorder::Implementation::setAbortHander(Shared self, OnAbort handler
     const ZVOutcome<> outcome = co_await self->conductor->setOnAbort(std::move(handler)).outcome();
     self->report(outcome, "set abort handler");
     outcome.value();
+}
+
+ZVTask<> ZVRecorder::Implementation::setNoticeHandler(Shared self, OnNotice handler) {
+    co_await self->conductor->setOnNotice(std::move(handler));
 }
 
 ZVTask<> ZVRecorder::Implementation::prepare(Shared self) {
@@ -112,6 +117,10 @@ const std::filesystem::path& ZVRecorder::bundleURL() const {
 
 ZVTask<> ZVRecorder::setAbortHander(OnAbort handler) {
     return Implementation::setAbortHander(implementation_, std::move(handler));
+}
+
+ZVTask<> ZVRecorder::setNoticeHandler(OnNotice handler) {
+    return Implementation::setNoticeHandler(implementation_, std::move(handler));
 }
 
 ZVTask<> ZVRecorder::prepare() {

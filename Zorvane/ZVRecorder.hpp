@@ -20,7 +20,9 @@
 #include "Zorvane/Sources/ZVWindow.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
 #include "Zorvane/ZVError.hpp"
+#include "Zorvane/ZVRecordingNotice.hpp"
 #include "Zorvane/ZVSchemaItem.hpp"
+#include "Zorvane/ZVSoundLevel.hpp"
 #include "Zorvane/ZVTask.hpp"
 
 namespace zorvane {
@@ -64,6 +66,8 @@ class ZVRecorder {
     using WebcamOutputOptions = ZVWebcamOutputOptions;
     using AudioOutputOptions = ZVAudioOutputOptions;
     using DeviceOutputOptions = ZVDeviceOutputOptions;
+    using Notice = ZVRecordingNotice;
+    using SoundLevel = ZVSoundLevel;
 
     struct Settings {
         /// Kept; no source makes use of it.
@@ -92,6 +96,11 @@ class ZVRecorder {
     /// for an operation of this recorder.
     using OnAbort = std::function<void(const AbortReason& reason)>;
 
+    /// Hears of trouble that the recording survives, and of its end: a microphone that is unplugged and comes back.
+    /// Runs on the recorder's own executor, one call at a time, in the order of the events, from preparation on; it
+    /// must not block, nor wait for an operation of this recorder. What it throws is logged.
+    using OnNotice = std::function<void(const Notice& notice)>;
+
     /// Never throws for what the schema says, and touches no file. Without an output directory the bundle is a new
     /// directory in the system's temporary directory. Without an abort handler an abort leaves a warning in the log.
     explicit ZVRecorder(std::vector<SchemaItem> items,
@@ -111,6 +120,10 @@ class ZVRecorder {
 
     /// Replaces the abort handler. Throws a `ZVError` (bad operation) once preparation has begun.
     ZVTask<> setAbortHander(OnAbort handler);
+
+    /// Replaces the notice handler, at any time; null ends the notices. Without one they leave warnings in the log
+    /// only.
+    ZVTask<> setNoticeHandler(OnNotice handler);
 
     /// Creates the bundle directory and starts all sources; ends when all of them deliver. Throws the first error of a
     /// source, a `ZVError` (invalid configuration) if the directory exists, or what the system says of it; from then on
@@ -205,6 +218,8 @@ struct ZVRecorder::Statistics {
     std::uint64_t framesDropped = 0;
     /// Pictures written again because the screen stood still.
     std::uint64_t framesRepeated = 0;
+    /// How loud each source of sound is, in the order of the schema, from preparation on.
+    std::vector<SoundLevel> soundLevels;
 };
 
 }  // namespace zorvane

@@ -23,6 +23,8 @@
 #include "Zorvane/ZVPlatform.hpp"
 #include "Zorvane/ZVPublisher.hpp"
 #include "Zorvane/ZVRecorder.hpp"
+#include "Zorvane/ZVRecordingNotice.hpp"
 #include "Zorvane/ZVSchemaItem.hpp"
+#include "Zorvane/ZVSoundLevel.hpp"
 #include "Zorvane/ZVTime.hpp"
 #include "Zorvane/ZVVersion.hpp"

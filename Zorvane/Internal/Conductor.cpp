@@ -43,6 +43,10 @@ Task<> Conductor::setOnAbort(ZVRecorder::OnAbort handler) {
     return replaceOnAbort(std::move(handler)).on(executor_);
 }
 
+Task<> Conductor::setOnNotice(ZVRecorder::OnNotice handler) {
+    return replaceOnNotice(std::move(handler)).on(executor_);
+}
+
 Task<> Conductor::prepare(std::string traceID) {
     return decidePrepare(std::move(traceID)).on(executor_);
 }
@@ -63,6 +67,7 @@ ZVRecorder::Statistics Conductor::statistics() const {
         sum.framesWritten += statistics.framesWritten;
         sum.framesDropped += statistics.framesDropped;
         sum.framesRepeated += statistics.framesRepeated;
+        sum.soundLevels.insert(sum.soundLevels.end(), statistics.soundLevels.begin(), statistics.soundLevels.end());
     }
     return sum;
 }
@@ -146,7 +151,7 @@ void Conductor::createBundleDirectory(const Logger& logger) {
 
 Task<> Conductor::expandSchema(const Logger& logger) {
     const RecorderContext context{bundle_.url(), StableRecordingInterval(recordingInterval_), logger,
-                                  makeAbortHandler()};
+                                  makeAbortHandler(), makeNoticeHandler()};
     const auto expand = [&context](const ZVSchemaItem& item) { return createRecorders(item.internalItem(), context); };
     Recorders expanded = co_await concurrentFlatMap(schema_.items, expand);
     std::lock_guard lock(recordersMutex_);

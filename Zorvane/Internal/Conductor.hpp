@@ -15,6 +15,7 @@
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/Recorder.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
+#include "Zorvane/Internal/SourceNotices.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 
 namespace zorvane {
@@ -40,6 +41,8 @@ class Conductor : public std::enable_shared_from_this<Conductor> {
 
     /// Throws once preparation has begun.
     Task<> setOnAbort(ZVRecorder::OnAbort handler);
+    /// In any state. An empty handler ends the notices.
+    Task<> setOnNotice(ZVRecorder::OnNotice handler);
 
     /// Creates the directory, expands the schema, and prepares all recorders at once. After a failure the directory and
     /// the recorders made so far stay.
@@ -64,6 +67,7 @@ class Conductor : public std::enable_shared_from_this<Conductor> {
     // Everything below but `recorders` runs on the executor.
 
     Task<> replaceOnAbort(ZVRecorder::OnAbort handler);
+    Task<> replaceOnNotice(ZVRecorder::OnNotice handler);
 
     Task<> decidePrepare(std::string traceID);
     Task<> runPreparation(Logger logger);
@@ -71,6 +75,8 @@ class Conductor : public std::enable_shared_from_this<Conductor> {
     void createBundleDirectory(const Logger& logger);
     Task<> expandSchema(const Logger& logger);
     AbortHandler makeAbortHandler();
+    NoticeHandler makeNoticeHandler();
+    void tellHost(const ZVRecorder::Notice& notice);
 
     Task<> decideStart(std::string traceID);
     void stampStart(const Logger& logger);
@@ -104,6 +110,7 @@ class Conductor : public std::enable_shared_from_this<Conductor> {
 
     // Of the executor.
     ZVRecorder::OnAbort onAbort_;
+    ZVRecorder::OnNotice onNotice_;
     ConductorState state_;
     std::vector<Continuation<>> stateChangedContinuations_;
 

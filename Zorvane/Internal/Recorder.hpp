@@ -9,14 +9,16 @@
 #include "Zorvane/Internal/AbortSignal.hpp"
 #include "Zorvane/Internal/Concurrency/Task.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
+#include "Zorvane/ZVSoundLevel.hpp"
 
 namespace zorvane {
 
-/// Pictures of the recording interval that a recorder has met so far.
+/// How a recorder is doing. Pictures are those of the recording interval that it has met so far.
 struct RecorderStatistics {
-    std::uint64_t framesWritten = 0;   ///< given to the writer, repeats included
-    std::uint64_t framesDropped = 0;   ///< lost because the writer wasn't ready or failed
-    std::uint64_t framesRepeated = 0;  ///< shown again because no other had come, whether written or dropped
+    std::uint64_t framesWritten = 0;        ///< given to the writer, repeats included
+    std::uint64_t framesDropped = 0;        ///< lost because the writer wasn't ready or failed
+    std::uint64_t framesRepeated = 0;       ///< shown again because no other had come, whether written or dropped
+    std::vector<ZVSoundLevel> soundLevels;  ///< of each source of sound, also before the recording starts
 };
 
 /// One source's capture. There is no start: a recorder captures from its preparation on, and keeps what lies inside the

@@ -6,6 +6,7 @@
 #include "Zorvane/Internal/AbortSignal.hpp"
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
+#include "Zorvane/Internal/SourceNotices.hpp"
 
 namespace zorvane {
 
@@ -16,6 +17,7 @@ struct RecorderContext {
     /// The conductor's, to derive from.
     Logger logger;
     AbortHandler onAbort;
+    NoticeHandler onNotice;
 };
 
 }  // namespace zorvane

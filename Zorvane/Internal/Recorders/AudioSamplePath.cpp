@@ -1,5 +1,7 @@
 #include "Zorvane/Internal/Recorders/AudioSamplePath.hpp"
 
+#include <fmt/format.h>
+
 #include <string>
 #include <utility>
 
@@ -11,16 +13,19 @@ namespace {
 // Samples held before the start: enough that the first moment of the recording has sound.
 constexpr std::size_t heldSamples = 3;
 
+constexpr double endTimeout = 0.25;  // seconds
+
 }  // namespace
 
-AudioSamplePath::AudioSamplePath(std::shared_ptr<AVAssetWriterInput> input, std::shared_ptr<WriterSession> session,
-                                 const StableRecordingInterval& interval, const Logger& logger)
+AudioSamplePath::AudioSamplePath(std::unique_ptr<AudioSampleSink> sink, const StableRecordingInterval& interval,
+                                 const Logger& logger, const AudioSamplePathTraits& traits)
     : logger_(logger),
-      session_(std::move(session)),
+      traits_(traits),
+      sink_(std::move(sink)),
       interval_(interval),
       gapFiller_(logger),
       prepareAdaptor_(RingBuffer<CMSampleBuffer>(heldSamples)),
-      inputAdaptor_(std::move(input), logger) {}
+      endAdaptor_(RingBuffer<CMTime>(1)) {}
 
 AudioGapFiller::Samples AudioSamplePath::fillGap(const CMSampleBuffer& sampleBuffer) {
     try {
@@ -38,42 +43,71 @@ AudioGapFiller::Samples AudioSamplePath::fillGap(const CMSampleBuffer& sampleBuf
 
 void AudioSamplePath::handle(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
     interval_.refresh();
-    if (!interval_.contains(hostTime.seconds())) {
+    if (interval_.contains(hostTime.seconds())) {
+        keep(sampleBuffer, hostTime);
+    } else {
         prepareAdaptor_.append(sampleBuffer);
-        return;
+    }
+    noteEnd(sampleBuffer, hostTime);
+}
+
+void AudioSamplePath::keep(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
+    if (!std::exchange(didStart_, true)) {
+        start(sampleBuffer, hostTime);
+    }
+    sink_->append(sampleBuffer);
+}
+
+void AudioSamplePath::start(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
+    using StartMessage = AudioSamplePathTraits::StartMessage;
+    const auto message = [&](std::string_view what) {
+        return fmt::format("Got first sample after recording interval start, {} {}.", what, traits_.activity);
+    };
+    const auto starting = [&] { return message("starting"); };
+    const auto time = [&] { return LogMetadata{{"hostTimeClockPTS", hostTime.logDescription()}}; };
+    if (traits_.startMessage == StartMessage::trace) {
+        logger_.trace(starting, time);
+    } else if (traits_.startMessage == StartMessage::debug) {
+        logger_.debug(starting, time);
     }
     const std::int32_t timescale = sampleBuffer.presentationTimeStamp().timescale;
-    session_->startIfNeeded(CMTime::fromSeconds(interval_.recordFrom(), timescale));
-    replayHeldSamples();
-    inputAdaptor_.append(sampleBuffer);
-}
-
-// Once: what is held later came after the stop.
-void AudioSamplePath::replayHeldSamples() {
-    if (std::exchange(didReplay_, true)) {
-        return;
-    }
+    sink_->begin(CMTime::fromSeconds(interval_.recordFrom(), timescale));
     const RingBuffer<CMSampleBuffer> held = prepareAdaptor_.buffer();
-    for (const CMSampleBuffer& sampleBuffer : held) {
-        inputAdaptor_.append(sampleBuffer);
+    for (const CMSampleBuffer& heldSample : held) {
+        sink_->append(heldSample);
     }
     prepareAdaptor_.clear();
+    if (traits_.startMessage != StartMessage::none) {
+        logger_.debug([&] { return message("started"); });
+    }
 }
 
-Task<> AudioSamplePath::waitForSample(double timeout, ZVError error) {
+void AudioSamplePath::noteEnd(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
+    const CMTime duration = sampleBuffer.duration();
+    const CMTime end = duration.isNumeric() ? hostTime + duration : hostTime;
+    if (end.seconds() >= interval_.recordUntil()) {
+        endAdaptor_.append(end);
+    }
+}
+
+Task<> AudioSamplePath::waitForSample(double timeout, ZVError error) const {
     co_await prepareAdaptor_.waitForItem(timeout, std::make_exception_ptr(std::move(error)));
 }
 
-Task<> AudioSamplePath::flush(const AVAssetWriter& writer, std::chrono::nanoseconds retryInterval,
-                              std::chrono::nanoseconds retryTolerance) {
-    while (const std::size_t remaining = inputAdaptor_.unboundedBackpressureBuffer().partialFlush()) {
-        if (const std::exception_ptr error = writer.error()) {
-            std::rethrow_exception(error);
-        }
+Task<> AudioSamplePath::waitForEnd() const {
+    const auto late = std::make_exception_ptr(ZVError::internalError("The sound of the recording's end hasn't come."));
+    const ZVOutcome<CMTime> end = co_await endAdaptor_.waitForItem(endTimeout, late).outcome();
+    if (!end.isSuccess()) {
+        logger_.debug("Source of sound gave nothing up to the end of the recording, the rest is silence.");
+    }
+}
+
+Task<> AudioSamplePath::flush() const {
+    while (const std::size_t remaining = sink_->partialFlush()) {
         logger_.info("Couldn't flush all frames in buffer at once, retrying a bit.", [&] {
             return LogMetadata{{"itemsInBuffer", std::to_string(remaining)}};
         });
-        co_await sleepFor(retryInterval, retryTolerance);
+        co_await sleepFor(traits_.flushInterval, traits_.flushTolerance);
     }
     logger_.debug("Flushed all samples from buffer.");
 }

@@ -1,56 +1,81 @@
-// The way of a sound sample from its source to the file, the same for all recorders.
+// The way of a sound sample from its source to the file or the host, the same for all recorders.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <memory>
+#include <string_view>
 
-#include "Zorvane/Internal/AVAssetWriterInputBufferAdaptor.hpp"
 #include "Zorvane/Internal/AudioGapFiller.hpp"
 #include "Zorvane/Internal/Concurrency/Task.hpp"
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
-#include "Zorvane/Internal/Recorders/WriterSession.hpp"
+#include "Zorvane/Internal/Recorders/AudioSampleSink.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
+#include "Zorvane/Internal/SoundMeter.hpp"
 #include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 
+/// How a recorder speaks of its path, and how patient it is.
+struct AudioSamplePathTraits {
+    enum class StartMessage : std::uint8_t { none, trace, debug };
+
+    std::string_view activity = "recording";         ///< in the log
+    StartMessage startMessage = StartMessage::none;  ///< how the log hears of the first sample of the recording
+    std::chrono::nanoseconds flushInterval = std::chrono::milliseconds(100);  ///< between two looks of `flush`
+    std::chrono::nanoseconds flushTolerance = std::chrono::milliseconds(1);
+};
+
 /// Gaps are filled with silence; before the recording's start the newest samples are held; the first sample inside the
-/// interval opens the session at `recordFrom` and replays what is held; from then on samples queue without bound for
-/// the writer input, in order. `process` is called on one thread at a time, the rest on any.
+/// interval begins the sink at `recordFrom` and replays what is held; from then on samples go to the sink, in order.
+///
+/// `process` is called on one thread at a time, the rest on any.
 class AudioSamplePath {
   public:
-    AudioSamplePath(std::shared_ptr<AVAssetWriterInput> input, std::shared_ptr<WriterSession> session,
-                    const StableRecordingInterval& interval, const Logger& logger);
+    AudioSamplePath(std::unique_ptr<AudioSampleSink> sink, const StableRecordingInterval& interval,
+                    const Logger& logger, const AudioSamplePathTraits& traits);
 
     /// Takes one sample of the source. `toHostTime` tells a sample's time on the host clock.
     template <class ToHostTime>
     void process(const CMSampleBuffer& sampleBuffer, const ToHostTime& toHostTime) {
+        meter_.measure(sampleBuffer);
         for (const CMSampleBuffer& filled : fillGap(sampleBuffer)) {
             handle(filled, toHostTime(filled));
         }
     }
 
     /// Ends with the first sample, or throws `error` after `timeout` seconds without one.
-    Task<> waitForSample(double timeout, ZVError error);
+    Task<> waitForSample(double timeout, ZVError error) const;
 
-    /// Hands over what is still queued, looking again every `retryInterval` while the writer refuses. Throws the
-    /// writer's error, and `ZVCancelled`.
-    Task<> flush(const AVAssetWriter& writer, std::chrono::nanoseconds retryInterval,
-                 std::chrono::nanoseconds retryTolerance);
+    /// For the moment after the stop: sources deliver late, so sound up to `recordUntil` is still under way. Ends when
+    /// it has come, or after a quarter of a second, which a source that has fallen silent costs.
+    Task<> waitForEnd() const;
+
+    /// Hands over what the sink still holds, looking again while it isn't taken. Throws the sink's error, and
+    /// `ZVCancelled`.
+    Task<> flush() const;
+
+    /// How loud the source is.
+    SoundMeter::Level level() const { return meter_.level(); }
 
   private:
     AudioGapFiller::Samples fillGap(const CMSampleBuffer& sampleBuffer);
     void handle(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
-    void replayHeldSamples();
+    void keep(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
+    void start(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
+    void noteEnd(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
 
     const Logger logger_;
-    const std::shared_ptr<WriterSession> session_;
-    StableRecordingInterval interval_;  // belongs to the source's queue, as the gap filler and didReplay_
+    const AudioSamplePathTraits traits_;
+    const std::unique_ptr<AudioSampleSink> sink_;
+    StableRecordingInterval interval_;  // belongs to the source's queue, as the gap filler and didStart_
     AudioGapFiller gapFiller_;
+    SoundMeter meter_;
     PrepareRingBufferAdaptor<CMSampleBuffer> prepareAdaptor_;
-    AVAssetWriterInputBufferAdaptor inputAdaptor_;
-    bool didReplay_ = false;
+    PrepareRingBufferAdaptor<CMTime> endAdaptor_;  // host times at or after recordUntil up to which sound has come
+    bool didStart_ = false;
 };
 
 }  // namespace zorvane

@@ -1,5 +1,6 @@
 #include "Zorvane/Internal/Recorders/OutputSettings.hpp"
 
+#include <memory>
 #include <string_view>
 
 #include "Zorvane/Platform/AVFoundation/AVMediaWriting.hpp"
@@ -9,51 +10,55 @@
 namespace zorvane {
 namespace {
 
+constexpr std::int32_t maxAudioChannels = 2;
+
 [[noreturn]] void fail(std::string_view message, const Logger& logger) {
     logger.error(message);
     throw ZVError::internalError(message);
 }
 
-std::shared_ptr<AVAssetWriterInput> addInput(AVAssetWriter& writer, std::shared_ptr<AVAssetWriterInput> input,
-                                             std::string_view refusal, const Logger& logger) {
-    input->setExpectsMediaDataInRealTime(true);
-    if (!writer.canAdd(*input)) {
-        fail(refusal, logger);
+std::unique_ptr<AVOutputSettingsAssistant> makeAssistant(AVOutputSettingsPreset preset, const Logger& logger) {
+    auto assistant = Platform::current()->mediaWriting->makeOutputSettingsAssistant(preset);
+    if (!assistant) {
+        fail("Failed to initialize AVOutputSettingsAssistant.", logger);
     }
-    writer.add(input);
-    return input;
+    return assistant;
+}
+
+AVAudioSettings audioSettings(const AVOutputSettingsAssistant& assistant, const Logger& logger) {
+    const auto settings = assistant.audioSettings();
+    if (!settings) {
+        fail("AVOutputSettingsAssistant didn't provide any audioSettings.", logger);
+    }
+    return *settings;
 }
 
 }  // namespace
 
 OutputSettings resolveOutputSettings(AVOutputSettingsPreset preset, const CMFormatDescription& sourceVideoFormat,
                                      const Logger& logger) {
-    const auto assistant = Platform::current()->mediaWriting->makeOutputSettingsAssistant(preset);
-    if (!assistant) {
-        fail("Failed to initialize AVOutputSettingsAssistant.", logger);
-    }
+    const auto assistant = makeAssistant(preset, logger);
     assistant->setSourceVideoFormat(sourceVideoFormat);
-    const auto audio = assistant->audioSettings();
-    if (!audio) {
-        fail("AVOutputSettingsAssistant didn't provide any audioSettings.", logger);
-    }
+    const AVAudioSettings audio = audioSettings(*assistant, logger);
     const auto video = assistant->videoSettings();
     if (!video) {
         fail("AVOutputSettingsAssistant didn't provide any videoSettings.", logger);
     }
-    return {*audio, *video};
+    return {audio, *video};
 }
 
-std::shared_ptr<AVAssetWriterInput> addRealTimeInput(AVAssetWriter& writer, const AVVideoSettings& settings,
-                                                     const Logger& logger) {
-    return addInput(writer, std::make_shared<AVAssetWriterInput>(settings), "Can't add video input to asset writer.",
-                    logger);
-}
-
-std::shared_ptr<AVAssetWriterInput> addRealTimeInput(AVAssetWriter& writer, const AVAudioSettings& settings,
-                                                     const Logger& logger) {
-    return addInput(writer, std::make_shared<AVAssetWriterInput>(settings), "Can't add audio input to asset writer.",
-                    logger);
+AVAudioSettings resolveAudioSettings(const CMFormatDescription& sourceAudioFormat, const Logger& logger) {
+    const auto assistant = makeAssistant(AVOutputSettingsPreset::h264_1920x1080, logger);
+    assistant->setSourceAudioFormat(sourceAudioFormat);
+    AVAudioSettings settings = audioSettings(*assistant, logger);
+    if (!settings.numberOfChannels) {
+        logger.warning("Missing AVNumberOfChannelsKey from AVOutputSettingsAssistant settings, assuming mono.");
+        settings.numberOfChannels = 1;
+    } else if (*settings.numberOfChannels > maxAudioChannels) {
+        logger.warning("More than 2 audio channels is not supported, limitting output settings to 2 channels.");
+        settings.numberOfChannels = maxAudioChannels;
+    }
+    return settings;
 }
 
 }  // namespace zorvane

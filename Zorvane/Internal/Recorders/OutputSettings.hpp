@@ -1,10 +1,7 @@
-// How recorders come by their encoder settings and writer inputs.
+// How recorders come by their encoder settings.
 #pragma once
 
-#include <memory>
-
 #include "Zorvane/Internal/Logger.hpp"
-#include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
 #include "Zorvane/Platform/AVFoundation/AVOutputSettings.hpp"
 
 namespace zorvane {
@@ -19,10 +16,7 @@ struct OutputSettings {
 OutputSettings resolveOutputSettings(AVOutputSettingsPreset preset, const CMFormatDescription& sourceVideoFormat,
                                      const Logger& logger);
 
-/// Adds an input for media that comes as it happens. Logs and throws a `ZVError` (internal error) when refused.
-std::shared_ptr<AVAssetWriterInput> addRealTimeInput(AVAssetWriter& writer, const AVVideoSettings& settings,
-                                                     const Logger& logger);
-std::shared_ptr<AVAssetWriterInput> addRealTimeInput(AVAssetWriter& writer, const AVAudioSettings& settings,
-                                                     const Logger& logger);
+/// The settings for sound of this format alone, with one or two channels. Logs and throws as above.
+AVAudioSettings resolveAudioSettings(const CMFormatDescription& sourceAudioFormat, const Logger& logger);
 
 }  // namespace zorvane

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,12 +10,11 @@
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/OutputDescription.hpp"
 #include "Zorvane/Internal/Recorder.hpp"
-#include "Zorvane/Internal/Recorders/OutputAssetWriters.hpp"
+#include "Zorvane/Internal/Recorders/MediaOutput.hpp"
 #include "Zorvane/Internal/Recorders/RecordMode.hpp"
 #include "Zorvane/Internal/Recorders/ScreenContentFilter.hpp"
 #include "Zorvane/Internal/Recorders/ScreenStreamCoordinator.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
-#include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
 
 namespace zorvane {
@@ -30,6 +30,7 @@ struct ScreenRecorderParameters {
     StableRecordingInterval recordingInterval;
     Logger logger;
     AbortHandler onAbort;
+    NoticeHandler onNotice = {};
 };
 
 /// The heavy work is in construction: the file is created, the encoders are ready and the stream is configured before
@@ -55,19 +56,16 @@ class ScreenRecorder final : public Recorder {
     };
 
     void setUpWriting(const ScreenRecorderParameters& parameters, int scaleFactor);
-    void observeErrors(const AbortHandler& onAbort);
     void setUpStream(const ScreenRecorderParameters& parameters, int scaleFactor);
     void addStreamOutputs(const SCStreamConfiguration& configuration);
-    void endSessions();
 
     const std::string id_;
     const Logger logger_;
-    StableRecordingInterval recordingInterval_;
+    const StableRecordingInterval recordingInterval_;
     const DispatchQueue screenSampleBufferQueue_;
     const DispatchQueue audioSampleBufferQueue_;
-    std::shared_ptr<OutputAssetWriters> outputAssetWriters_;
+    std::optional<MediaOutput> output_;
     Inputs inputs_;
-    std::vector<AVAssetWriter::ErrorObservation> errorObservations_;
     std::shared_ptr<ScreenStreamCoordinator> coordinator_;
     std::shared_ptr<SCStream> stream_;
 };

@@ -31,6 +31,7 @@ Recorders makeScreenRecorder(const Item& item, ResolvedContentFilter content, Re
         .recordingInterval = context.recordingInterval,
         .logger = std::move(context.logger),
         .onAbort = std::move(context.onAbort),
+        .onNotice = std::move(context.onNotice),
     };
     Recorders recorders;
     recorders.push_back(std::make_shared<ScreenRecorder>(std::move(parameters)));

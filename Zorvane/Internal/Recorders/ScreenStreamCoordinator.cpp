@@ -5,8 +5,6 @@
 #include <chrono>
 #include <utility>
 
-#include "Zorvane/Platform/CoreMedia/CMClock.hpp"
-
 namespace zorvane {
 namespace {
 
@@ -29,41 +27,38 @@ ZVError noAudioError() {
                                   "No audio from system audio. If this problem persists, try rebooting your computer.");
 }
 
-/// The sample's time on the host clock: that of its arrival when the stream has no clock to convert from.
-CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const SCStream& stream) {
-    const CMClock* clock = stream.synchronizationClock();
-    return clock ? clock->convertToHostTime(sampleBuffer.presentationTimeStamp()) : hostTimeClockTime();
-}
-
 }  // namespace
 
 std::shared_ptr<ScreenStreamCoordinator> ScreenStreamCoordinator::make(
-    const Logger& logger, const StableRecordingInterval& interval,
-    std::shared_ptr<OutputAssetWriters> outputAssetWriters, std::shared_ptr<AVAssetWriterInput> videoInput,
-    std::shared_ptr<AVAssetWriterInput> audioInput, StopErrorHandler stopErrorHandler) {
+    const Logger& logger, const StableRecordingInterval& interval, const MediaOutput& output,
+    std::shared_ptr<AVAssetWriterInput> videoInput, std::shared_ptr<AVAssetWriterInput> audioInput,
+    SourceNotices audioNotices, StopErrorHandler stopErrorHandler) {
     std::shared_ptr<ScreenStreamCoordinator> coordinator(
-        new ScreenStreamCoordinator(logger, interval, std::move(outputAssetWriters), std::move(videoInput),
-                                    std::move(audioInput), std::move(stopErrorHandler)));
+        new ScreenStreamCoordinator(logger, interval, output, std::move(videoInput), std::move(audioInput),
+                                    std::move(audioNotices), std::move(stopErrorHandler)));
     coordinator->connectHandlers();
     return coordinator;
 }
 
 ScreenStreamCoordinator::ScreenStreamCoordinator(const Logger& logger, const StableRecordingInterval& interval,
-                                                 std::shared_ptr<OutputAssetWriters> outputAssetWriters,
+                                                 const MediaOutput& output,
                                                  std::shared_ptr<AVAssetWriterInput> videoInput,
                                                  std::shared_ptr<AVAssetWriterInput> audioInput,
-                                                 StopErrorHandler stopErrorHandler)
+                                                 SourceNotices audioNotices, StopErrorHandler stopErrorHandler)
     : logger_(logger),
       interval_(interval),
-      outputAssetWriters_(std::move(outputAssetWriters)),
-      session_(std::make_shared<WriterSession>(outputAssetWriters_, "ScreenRecorder.StartingQueue")),
+      outputAssetWriters_(output.writers()),
+      session_(output.session()),
+      audioNotices_(std::move(audioNotices)),
       stopErrorHandler_(std::move(stopErrorHandler)),
       videoInputAdaptor_(std::move(videoInput), logger),
       videoRetimer_(interval, retimerCapacity, outputAssetWriters_->expectsZeroBasedVideoPTS()),
       frameRepeater_(repeatInterval),
       videoPrepareAdaptor_(RingBuffer<CMSampleBuffer>(heldFrames)) {
     if (audioInput) {
-        audioPath_ = std::make_unique<AudioSamplePath>(std::move(audioInput), session_, interval, logger);
+        const AudioSamplePathTraits traits{.flushInterval = seconds(1), .flushTolerance = milliseconds(100)};
+        audioPath_ =
+            std::make_unique<AudioSamplePath>(output.makeSink(std::move(audioInput)), interval, logger, traits);
     }
 }
 
@@ -197,6 +192,14 @@ void ScreenStreamCoordinator::streamDidStopWithError(SCStream&, std::exception_p
     stopErrorHandler_(std::move(error));
 }
 
+void ScreenStreamCoordinator::streamDidBecomeInactive(SCStream&, std::exception_ptr reason) {
+    audioNotices_.interrupted(reason);
+}
+
+void ScreenStreamCoordinator::streamDidBecomeActive(SCStream&) {
+    audioNotices_.resumed();
+}
+
 void ScreenStreamCoordinator::cancelRepeats() {
     frameRepeater_.cancel();
 }
@@ -210,9 +213,15 @@ void ScreenStreamCoordinator::finishVideo() {
     videoRetimer_.finish();
 }
 
+Task<> ScreenStreamCoordinator::waitForAudioEnd() {
+    if (audioPath_) {
+        co_await audioPath_->waitForEnd();
+    }
+}
+
 Task<> ScreenStreamCoordinator::flushAudio() {
     if (audioPath_) {
-        co_await audioPath_->flush(outputAssetWriters_->audioAssetWriter(), seconds(1), milliseconds(100));
+        co_await audioPath_->flush();
     }
 }
 
@@ -221,6 +230,10 @@ RecorderStatistics ScreenStreamCoordinator::statistics() const {
     statistics.framesWritten = framesWritten_.load(std::memory_order_relaxed);
     statistics.framesDropped = framesDropped_.load(std::memory_order_relaxed);
     statistics.framesRepeated = framesRepeated_.load(std::memory_order_relaxed);
+    if (audioPath_) {
+        const SoundMeter::Level level = audioPath_->level();
+        statistics.soundLevels.push_back({"System Audio", "", level.peak, level.rms});
+    }
     return statistics;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -11,10 +10,11 @@
 #include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
 #include "Zorvane/Internal/Recorder.hpp"
 #include "Zorvane/Internal/Recorders/AudioSamplePath.hpp"
-#include "Zorvane/Internal/Recorders/OutputAssetWriters.hpp"
-#include "Zorvane/Internal/Recorders/WriterSession.hpp"
+#include "Zorvane/Internal/Recorders/MediaOutput.hpp"
+#include "Zorvane/Internal/Recorders/StreamCapture.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
 #include "Zorvane/Internal/RecordingIntervalBoundedRetimer.hpp"
+#include "Zorvane/Internal/SourceNotices.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
 
 namespace zorvane {
@@ -29,16 +29,12 @@ class ScreenStreamCoordinator final : public SCStreamOutput,
                                       public SCStreamDelegate,
                                       public std::enable_shared_from_this<ScreenStreamCoordinator> {
   public:
-    /// Hears of the stream's end and of failures on the sample path; any thread, any number of times. The error may be
-    /// null.
-    using StopErrorHandler = std::function<void(std::exception_ptr error)>;
-
     /// `audioInput` is null when no sound is captured.
     static std::shared_ptr<ScreenStreamCoordinator> make(const Logger& logger, const StableRecordingInterval& interval,
-                                                         std::shared_ptr<OutputAssetWriters> outputAssetWriters,
+                                                         const MediaOutput& output,
                                                          std::shared_ptr<AVAssetWriterInput> videoInput,
                                                          std::shared_ptr<AVAssetWriterInput> audioInput,
-                                                         StopErrorHandler stopErrorHandler);
+                                                         SourceNotices audioNotices, StopErrorHandler stopErrorHandler);
 
     /// Ends when the first complete picture has come and, if sound is captured, then the first sound. Throws `ZVError`
     /// with a text for the user after 3 seconds without one of them.
@@ -46,6 +42,8 @@ class ScreenStreamCoordinator final : public SCStreamOutput,
 
     void stream(SCStream& stream, const CMSampleBuffer& sampleBuffer, SCStreamOutputType type) override;
     void streamDidStopWithError(SCStream& stream, std::exception_ptr error) override;
+    void streamDidBecomeInactive(SCStream& stream, std::exception_ptr reason) override;
+    void streamDidBecomeActive(SCStream& stream) override;
 
     /// Stops repeating; the stream's next picture starts it again.
     void cancelRepeats();
@@ -57,16 +55,19 @@ class ScreenStreamCoordinator final : public SCStreamOutput,
     /// Closes the picture track at `recordUntil`. Once, after the stream has stopped. Throws the retimer's errors.
     void finishVideo();
 
+    /// Waits for the sound up to `recordUntil`; see `AudioSamplePath::waitForEnd`. Does nothing without sound.
+    Task<> waitForAudioEnd();
+
     /// Hands all sound to the writer; see `AudioSamplePath::flush`. Does nothing without sound.
     Task<> flushAudio();
 
     RecorderStatistics statistics() const;
 
   private:
-    ScreenStreamCoordinator(const Logger& logger, const StableRecordingInterval& interval,
-                            std::shared_ptr<OutputAssetWriters> outputAssetWriters,
+    ScreenStreamCoordinator(const Logger& logger, const StableRecordingInterval& interval, const MediaOutput& output,
                             std::shared_ptr<AVAssetWriterInput> videoInput,
-                            std::shared_ptr<AVAssetWriterInput> audioInput, StopErrorHandler stopErrorHandler);
+                            std::shared_ptr<AVAssetWriterInput> audioInput, SourceNotices audioNotices,
+                            StopErrorHandler stopErrorHandler);
     void connectHandlers();
     void handleVideo(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
     void ignoreUnknownType(SCStreamOutputType type);
@@ -80,6 +81,7 @@ class ScreenStreamCoordinator final : public SCStreamOutput,
     const StableRecordingInterval interval_;  // copied and refreshed where it is read
     const std::shared_ptr<OutputAssetWriters> outputAssetWriters_;
     const std::shared_ptr<WriterSession> session_;
+    const SourceNotices audioNotices_;
     const StopErrorHandler stopErrorHandler_;
     AVAssetWriterInputDropAdaptor videoInputAdaptor_;
     std::unique_ptr<AudioSamplePath> audioPath_;  // null when no sound is captured

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
+#include <cstdlib>
 #include <utility>
 
 namespace zorvane {
@@ -12,16 +12,19 @@ std::shared_ptr<AVAudioPCMBuffer> AVAudioPCMBuffer::make(const AVAudioFormat& fo
         return nullptr;
     }
     const std::size_t size = std::size_t{frameCapacity} * format.bytesPerFrame();
-    std::unique_ptr<std::byte[]> data(new (std::nothrow) std::byte[std::max<std::size_t>(size, 1)]());
+    Data data(static_cast<std::byte*>(std::calloc(std::max<std::size_t>(size, 1), 1)));
     if (!data) {
         return nullptr;
     }
     return std::shared_ptr<AVAudioPCMBuffer>(new AVAudioPCMBuffer(format, frameCapacity, std::move(data)));
 }
 
-AVAudioPCMBuffer::AVAudioPCMBuffer(const AVAudioFormat& format, std::uint32_t frameCapacity,
-                                   std::unique_ptr<std::byte[]> data)
+AVAudioPCMBuffer::AVAudioPCMBuffer(const AVAudioFormat& format, std::uint32_t frameCapacity, Data data)
     : format_(format), frameCapacity_(frameCapacity), data_(std::move(data)) {}
+
+void AVAudioPCMBuffer::Free::operator()(std::byte* data) const {
+    std::free(data);
+}
 
 void AVAudioPCMBuffer::setFrameLength(std::uint32_t length) {
     frameLength_ = std::min(length, frameCapacity_);

@@ -28,12 +28,18 @@ class AVAudioPCMBuffer {
     std::span<std::byte> mutableBytes() { return {data_.get(), frameCapacity_ * format_.bytesPerFrame()}; }
 
   private:
-    AVAudioPCMBuffer(const AVAudioFormat& format, std::uint32_t frameCapacity, std::unique_ptr<std::byte[]> data);
+    struct Free {
+        void operator()(std::byte* data) const;
+    };
+    using Data = std::unique_ptr<std::byte[], Free>;
+
+    AVAudioPCMBuffer(const AVAudioFormat& format, std::uint32_t frameCapacity, Data data);
 
     AVAudioFormat format_;
     std::uint32_t frameCapacity_ = 0;
     std::uint32_t frameLength_ = 0;
-    std::unique_ptr<std::byte[]> data_;
+    // Zeroed by the system: the silence of an hour costs no memory, but for what is written to it.
+    Data data_;
 };
 
 }  // namespace zorvane
