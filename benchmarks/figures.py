@@ -13,7 +13,7 @@ import os
 import subprocess
 import sys
 
-from measurements import allocations, cost, crash, filters, finish, length, machine, memory, sources, table, truth
+from measurements import allocations, cost, crash, filters, finish, length, machine, memory, sources, sync, table, truth
 
 FIGURES = {
     "length": length.measure,
@@ -30,8 +30,10 @@ FIGURES = {
     "windows": sources.measure_windows,
     "devices": sources.measure_devices,
     "idle": sources.measure_idle,
+    "sync": sync.measure,
+    "drift": sync.measure_drift,
 }
-WITH_SOUND = {"devices", "idle"}  # those for which a sound server runs
+WITH_SOUND = {"devices", "idle", "sync", "drift"}  # those for which a sound server runs
 INSIDE = "ZORVANE_FIGURES_INSIDE_DESKTOP"
 
 

@@ -17,10 +17,11 @@ START_TIMEOUT = 20.0
 class Run:
     """One recording that went well."""
 
-    movie: str
+    movie: str  # None where there is none
     cpu: float  # seconds of user and system time, of the whole process from its start to its end
     server_cpu: float  # of the X server meanwhile
     report: dict  # what the recorder says; empty of other programs
+    files: list = dataclasses.field(default_factory=list)  # paths, in the order of the manifest
 
 
 class Client:
@@ -68,9 +69,11 @@ def directory_for_movies():
         yield directory
 
 
-def recorder_command(bundle, seconds):
-    return [machine.RECORDER, "record", "--display", "main", "--seconds", str(seconds), "--json", "--quiet",
-            "--output", bundle]
+DISPLAY = ("--display", "main")
+
+
+def recorder_command(bundle, seconds, sources=DISPLAY):
+    return [machine.RECORDER, "record", *sources, "--seconds", str(seconds), "--json", "--quiet", "--output", bundle]
 
 
 def movie_in(bundle):
@@ -79,11 +82,13 @@ def movie_in(bundle):
     return os.path.join(bundle, names[0]) if names else None
 
 
-def record(directory, seconds, environment=None):
-    """Records the private desktop."""
+def record(directory, seconds, environment=None, sources=DISPLAY):
+    """Records the private desktop; `sources` are the recorder's options for what it is to record."""
     bundle = tempfile.mktemp(suffix=".zorvane", dir=directory)
-    cpu, server_cpu, output = _run_and_account(recorder_command(bundle, seconds), environment)
-    return Run(movie_in(bundle), cpu, server_cpu, json.loads(output))
+    cpu, server_cpu, output = _run_and_account(recorder_command(bundle, seconds, sources), environment)
+    report = json.loads(output)
+    files = [os.path.join(bundle, file["filename"]) for file in report["files"]]
+    return Run(movie_in(bundle), cpu, server_cpu, report, files)
 
 
 def record_with_window(directory, seconds, **options):
@@ -105,14 +110,39 @@ def grab_with_ffmpeg(directory, seconds, rate_control):
     return Run(movie, cpu, server_cpu, {})
 
 
-def _run_and_account(command, environment):
+SPEAKERS = "zorvane-test-speakers.monitor"  # of the private desktop
+
+
+def grab_with_sound_by_ffmpeg(directory, seconds):
+    movie = tempfile.mktemp(suffix=".mp4", dir=directory)
+    command = ["ffmpeg", "-v", "error", "-nostdin", "-f", "x11grab", "-framerate", "30", "-video_size", "1920x1080",
+               "-i", os.environ["DISPLAY"], "-f", "pulse", "-i", SPEAKERS, "-t", str(seconds), "-c:v", "libx264",
+               "-preset", "ultrafast", "-pix_fmt", "yuv420p", "-c:a", "aac", movie]
+    cpu, server_cpu, _ = _run_and_account(command, None)
+    return Run(movie, cpu, server_cpu, {})
+
+
+def grab_with_sound_by_gstreamer(directory, seconds):
+    """Ended by an interrupt, upon which it closes the file."""
+    movie = tempfile.mktemp(suffix=".mp4", dir=directory)
+    picture = ["ximagesrc", "use-damage=false", "!", "video/x-raw,framerate=30/1", "!", "queue", "!", "videoconvert",
+               "!", "x264enc", "speed-preset=ultrafast", "tune=zerolatency", "!", "queue", "!", "mux."]
+    sound = ["pulsesrc", f"device={SPEAKERS}", "!", "queue", "!", "audioconvert", "!", "avenc_aac", "!", "queue", "!",
+             "mux."]
+    command = ["timeout", "--signal=INT", str(seconds), "gst-launch-1.0", "-q", "-e", *picture, *sound, "mp4mux",
+               "name=mux", "!", "filesink", f"location={movie}"]
+    cpu, server_cpu, _ = _run_and_account(command, None, accepted=(0, 124))
+    return Run(movie, cpu, server_cpu, {})
+
+
+def _run_and_account(command, environment, accepted=(0,)):
     server = machine.x_server()
     before = machine.cpu_seconds(server)
     with tempfile.TemporaryFile() as output:
         process = subprocess.Popen(command, stdout=output, env={**os.environ, **(environment or {})})
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)
-        if process.returncode != 0:
+        if process.returncode not in accepted:
             raise SystemExit(f"figures: {command[0]} ended with status {process.returncode}")
         output.seek(0)
         said = output.read()
