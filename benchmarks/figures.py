@@ -13,7 +13,7 @@ import os
 import subprocess
 import sys
 
-from measurements import allocations, cost, crash, filters, finish, length, machine, memory, sources, sync, table, truth
+from measurements import allocations, cost, crash, filters, finish, length, machine, memory, sound_cost, sources, sync, table, truth
 
 FIGURES = {
     "length": length.measure,
@@ -32,8 +32,11 @@ FIGURES = {
     "idle": sources.measure_idle,
     "sync": sync.measure,
     "drift": sync.measure_drift,
+    "sound": sound_cost.measure_cost,
+    "sound-length": sound_cost.measure_length,
+    "sound-load": sound_cost.measure_load,
 }
-WITH_SOUND = {"devices", "idle", "sync", "drift"}  # those for which a sound server runs
+WITH_SOUND = {"devices", "idle", "sync", "drift", "sound", "sound-length", "sound-load"}  # those for which a sound server runs
 INSIDE = "ZORVANE_FIGURES_INSIDE_DESKTOP"
 
 

@@ -19,7 +19,7 @@ class Sound:
                                     path))
         stream = probed["streams"][0]
         self.rate = int(stream["sample_rate"])
-        self.start = fractions.Fraction(stream["start_time"])
+        self.start = fractions.Fraction(stream.get("start_time", "0"))
         self.duration = int(stream.get("duration_ts", 0)) * fractions.Fraction(stream["time_base"])
 
     def samples(self):
