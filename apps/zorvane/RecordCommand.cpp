@@ -26,7 +26,7 @@ double hostSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Says how the recording is going, as far as the user wants to hear it.
+/// Says how the recording is going, as far as the user wants to hear it. `output` lives as long as the process.
 class Progress {
   public:
     Progress(const RecordOptions& options, StandardError& output) : options_(options), output_(output) {}
@@ -45,6 +45,13 @@ class Progress {
         }
         return [this, bundle](const ZVRecorder::Statistics& statistics) {
             output_.showLive(liveLine(statistics, hostSeconds(), bundleSize(bundle)));
+        };
+    }
+
+    /// Tells of what befalls a source; may be called on any thread, also when this object is gone.
+    ZVRecorder::OnNotice noticeHandler() {
+        return [&output = output_](const ZVRecorder::Notice& notice) {
+            output.print("zorvane: " + printable(notice.userMessage));
         };
     }
 
@@ -89,6 +96,12 @@ RecordOutcome recordInto(const std::filesystem::path& bundle, const RecordOption
     const auto end = std::make_shared<RecordingEnd>();
     const StopSignal signal([end] { end->requestStop(); });
     RecordingObserver observer{.live = progress.liveObserver(bundle)};
+    observer.notice = [events, tell = progress.noticeHandler()](const ZVRecorder::Notice& notice) {
+        tell(notice);
+        if (events) {
+            events->notice(notice);
+        }
+    };
     SegmentHandler onSegment;
     if (events) {
         observer.started = [events, bundle](double recordFrom) { events->started(bundle, recordFrom); };

@@ -31,6 +31,13 @@ void RecordEvents::segment(const std::filesystem::path& file) {
     print(lineOf(event));
 }
 
+void RecordEvents::notice(const ZVRecorder::Notice& notice) {
+    const bool isInterrupted = notice.kind == ZVRecorder::Notice::Kind::sourceInterrupted;
+    print(lineOf({{"event", isInterrupted ? "interrupted" : "resumed"},
+                  {"source", notice.source},
+                  {"message", notice.userMessage}}));
+}
+
 void RecordEvents::ended(const RecordOutcome& outcome) {
     print(recordJSON(outcome, JSONForm::eventLine));
     const std::lock_guard lock(mutex_);

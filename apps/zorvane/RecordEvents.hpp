@@ -17,6 +17,8 @@ class RecordEvents {
     void started(const std::filesystem::path& bundle, double recordFrom);
     /// A segment's file is complete.
     void segment(const std::filesystem::path& file);
+    /// A source gives no sound for now, or does again.
+    void notice(const ZVRecorder::Notice& notice);
     /// The last one: the recording's whole outcome. Throws what kept an event from being printed.
     void ended(const RecordOutcome& outcome);
 

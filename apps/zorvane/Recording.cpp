@@ -37,6 +37,7 @@ Recording::Recording(std::vector<ZVRecorder::SchemaItem> items, const std::files
 
 RecordOutcome Recording::run(std::optional<double> seconds, const RecordingObserver& observer) {
     try {
+        recorder_.setNoticeHandler(observer.notice).get();
         start();
     } catch (const ZVCancelled&) {
         return failed(std::make_exception_ptr(stoppedBeforeStart()));

@@ -14,7 +14,7 @@
 
 namespace zorvane::cli {
 
-/// Who wants to hear of a recording. Any of them may be empty; they are called on the thread of `run`.
+/// Who wants to hear of a recording. Any of them may be empty; all but `notice` are called on the thread of `run`.
 struct RecordingObserver {
     using Live = std::function<void(const ZVRecorder::Statistics& statistics)>;
 
@@ -22,6 +22,8 @@ struct RecordingObserver {
     std::function<void(double recordFrom)> started;
     /// A few times per second while recording. An empty one wakes nobody.
     Live live;
+    /// On a thread of the library.
+    ZVRecorder::OnNotice notice;
 };
 
 class Recording {
