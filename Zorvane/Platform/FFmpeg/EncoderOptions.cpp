@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <string_view>
@@ -108,6 +109,31 @@ AVDictionary* makeEncoderOptions(const AVVideoSettings& settings, const AVCodecC
         addX265Options(settings.compressionProperties, context.thread_count, options);
     }
     return options.release();
+}
+
+double nearestAudioRate(double sampleRate) {
+    constexpr std::array<double, 13> rates = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
+                                              22050, 16000, 12000, 11025, 8000,  7350};
+    if (sampleRate > rates.front()) {
+        return 48000;
+    }
+    return *std::ranges::min_element(rates, {}, [=](double rate) { return std::abs(rate - sampleRate); });
+}
+
+AVAudioFormat encodedFormat(const AVAudioSettings& settings) {
+    return {AVAudioCommonFormat::float32, nearestAudioRate(settings.sampleRate),
+            static_cast<std::uint32_t>(settings.numberOfChannels.value_or(2))};
+}
+
+void applyAudioSettings(const AVAudioSettings& settings, AVCodecContext& context) {
+    const AVAudioFormat format = encodedFormat(settings);
+    av_channel_layout_default(&context.ch_layout, static_cast<int>(format.channelCount));
+    context.sample_rate = static_cast<int>(format.sampleRate);
+    context.sample_fmt = AV_SAMPLE_FMT_FLTP;
+    context.bit_rate = settings.bitRate;
+    context.time_base = {1, context.sample_rate};
+    context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    context.log_level_offset = AV_LOG_TRACE;
 }
 
 }  // namespace zorvane

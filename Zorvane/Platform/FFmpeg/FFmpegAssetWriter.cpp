@@ -1,8 +1,12 @@
 #include "Zorvane/Platform/FFmpeg/FFmpegAssetWriter.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "Zorvane/Platform/AVFoundation/AVError.hpp"
+#include "Zorvane/Platform/FFmpeg/AudioTrack.hpp"
+#include "Zorvane/Platform/FFmpeg/MovieFile.hpp"
+#include "Zorvane/Platform/FFmpeg/VideoTrack.hpp"
 #include "Zorvane/Platform/FFmpeg/WriterThread.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 
@@ -16,6 +20,15 @@ bool isSide(std::int32_t length) {
     return length > 0 && length <= longestSide;
 }
 
+bool canEncode(const AVVideoSettings& settings) {
+    return isSide(settings.width) && isSide(settings.height);
+}
+
+bool canEncode(const AVAudioSettings& settings) {
+    const std::int32_t channels = settings.numberOfChannels.value_or(1);
+    return channels >= 1 && channels <= 8 && settings.sampleRate >= 1 && settings.bitRate > 0;
+}
+
 }  // namespace
 
 FFmpegAssetWriter::FFmpegAssetWriter(std::filesystem::path outputURL, AVFileType fileType, FFmpegWriterParts parts)
@@ -27,26 +40,36 @@ FFmpegAssetWriter::FFmpegAssetWriter(std::filesystem::path outputURL, AVFileType
 FFmpegAssetWriter::~FFmpegAssetWriter() = default;
 
 bool FFmpegAssetWriter::canAddInput(const AVAssetWriterInput& input) const {
-    if (video_ || input.mediaType() != AVMediaType::video || fileType_ == AVFileType::appleM4A) {
+    if (hasTrack(input.mediaType())) {
         return false;
     }
-    return isSide(input.videoSettings().width) && isSide(input.videoSettings().height);
+    if (input.mediaType() == AVMediaType::audio) {
+        return canEncode(input.audioSettings());
+    }
+    return fileType_ != AVFileType::appleM4A && canEncode(input.videoSettings());
 }
 
 std::shared_ptr<AVAssetWriterInputSink> FFmpegAssetWriter::addInput(const AVAssetWriterInput& input) {
-    video_ = input.videoSettings();
-    return queue_;
+    if (input.mediaType() == AVMediaType::audio) {
+        tracks_.emplace_back(input.audioSettings());
+    } else {
+        tracks_.emplace_back(input.videoSettings());
+    }
+    return queue_->addInput(input.mediaType());
 }
 
 void FFmpegAssetWriter::doStartWriting() {
-    if (!video_) {
+    if (tracks_.empty()) {
         throw NSError(AVFoundationErrorDomain, AVErrorNoDataCaptured,
                       {"The writer has no input, so there is nothing to write.", nullptr, {}});
     }
     WriterThread::Media media;
-    media.track = std::make_unique<VideoTrack>(*video_, encoderFor(*video_));
-    const auto parameters = media.track->codecParameters();
-    media.movie = std::make_unique<MovieFile>(parts_.makeFile(outputURL()), fileType_, *parameters);
+    std::vector<MediaTrackFormat> formats;
+    for (const TrackSettings& settings : tracks_) {
+        media.tracks.push_back(makeTrack(settings));
+        formats.push_back(media.tracks.back()->format());
+    }
+    media.file = std::make_unique<MovieFile>(parts_.makeFile(outputURL()), fileType_, formats);
     thread_ = std::make_unique<WriterThread>(queue_, parts_.clock, std::move(media),
                                              [this](std::exception_ptr error) { fail(std::move(error)); });
     queue_->open();
@@ -66,6 +89,20 @@ void FFmpegAssetWriter::doFinishWriting(std::function<void(std::exception_ptr)> 
         return;
     }
     thread_->finish(std::move(done));
+}
+
+bool FFmpegAssetWriter::hasTrack(AVMediaType mediaType) const {
+    return std::ranges::any_of(tracks_, [mediaType](const TrackSettings& settings) {
+        return std::holds_alternative<AVAudioSettings>(settings) == (mediaType == AVMediaType::audio);
+    });
+}
+
+std::unique_ptr<MediaTrack> FFmpegAssetWriter::makeTrack(const TrackSettings& settings) const {
+    if (const auto* const audio = std::get_if<AVAudioSettings>(&settings)) {
+        return std::make_unique<AudioTrack>(*audio);
+    }
+    const auto& video = std::get<AVVideoSettings>(settings);
+    return std::make_unique<VideoTrack>(video, encoderFor(video));
 }
 
 const std::string& FFmpegAssetWriter::encoderFor(const AVVideoSettings& settings) const {

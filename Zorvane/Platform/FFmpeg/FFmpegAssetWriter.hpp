@@ -1,10 +1,12 @@
 // An asset writer over the FFmpeg libraries.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
+#include <variant>
+#include <vector>
 
 #include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
 #include "Zorvane/Platform/FFmpeg/OutputFile.hpp"
@@ -13,6 +15,7 @@
 
 namespace zorvane {
 
+class MediaTrack;
 class WriterThread;
 
 /// What a writer works with.
@@ -23,8 +26,8 @@ struct FFmpegWriterParts {
     std::shared_ptr<HostClock> clock;
 };
 
-/// Writes one video track, on a thread of its own. `canAdd` says whether a track fits into the file; an encoder that
-/// isn't installed is an error of `startWriting`, since that can say what to install.
+/// Writes one track of pictures, one of sound, or both, on a thread of its own. `canAdd` says whether a track fits into
+/// the file; an encoder that isn't installed is an error of `startWriting`, since that can say what to install.
 ///
 /// A process that ends in the middle leaves a movie that lacks its last second at most. Destroying a writer that wasn't
 /// finished does the same, at once. A writer may be destroyed on any thread, also by one of its own callbacks.
@@ -41,12 +44,16 @@ class FFmpegAssetWriter final : public AVAssetWriter {
     void doEndSession(CMTime time) override;
     void doFinishWriting(std::function<void(std::exception_ptr)> done) override;
 
+    using TrackSettings = std::variant<AVVideoSettings, AVAudioSettings>;
+
+    bool hasTrack(AVMediaType mediaType) const;
+    std::unique_ptr<MediaTrack> makeTrack(const TrackSettings& settings) const;
     const std::string& encoderFor(const AVVideoSettings& settings) const;
 
     const AVFileType fileType_;
     const FFmpegWriterParts parts_;
     const std::shared_ptr<WriterQueue> queue_;
-    std::optional<AVVideoSettings> video_;
+    std::vector<TrackSettings> tracks_;     // in the order of the queue's inputs
     std::unique_ptr<WriterThread> thread_;  // from a successful start on
 };
 

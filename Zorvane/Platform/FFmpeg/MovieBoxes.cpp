@@ -27,6 +27,19 @@ LargeBoxHeader header(std::uint32_t size, std::string_view type) {
     return header;
 }
 
+std::span<const std::byte> contentOf(std::span<const std::byte> boxes, const MovieBox& box) {
+    return boxes.subspan(box.contentOffset(), box.size - MovieBox::headerSize);
+}
+
+/// The 32-bit field at `offset` in the content of the first box of that type, or nothing.
+std::optional<std::uint32_t> findField(std::span<const std::byte> boxes, std::string_view type, std::size_t offset) {
+    const std::optional<MovieBox> box = findBox(boxes, type);
+    if (!box || box->size < MovieBox::headerSize + offset + 4) {
+        return std::nullopt;
+    }
+    return bigEndian32(contentOf(boxes, *box).subspan(offset));
+}
+
 }  // namespace
 
 std::optional<MovieBox> findBox(std::span<const std::byte> boxes, std::string_view type) {
@@ -41,6 +54,20 @@ std::optional<MovieBox> findBox(std::span<const std::byte> boxes, std::string_vi
             return MovieBox{offset, size};
         }
         offset += size;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::size_t> findTrackMedia(std::span<const std::byte> fragment, std::uint32_t track) {
+    constexpr std::size_t trackField = 4;   // behind version and flags
+    constexpr std::size_t offsetField = 8;  // behind these and the number of samples
+    std::span<const std::byte> boxes = fragment.subspan(MovieBox::headerSize);
+    while (const std::optional<MovieBox> ofTrack = findBox(boxes, "traf")) {
+        const std::span<const std::byte> content = contentOf(boxes, *ofTrack);
+        if (findField(content, "tfhd", trackField) == track) {
+            return findField(content, "trun", offsetField);
+        }
+        boxes = boxes.subspan(ofTrack->end());
     }
     return std::nullopt;
 }

@@ -28,6 +28,10 @@ using LargeBoxHeader = std::array<std::byte, MovieBox::largeHeaderSize>;
 /// The first box of that type among the outermost boxes, or nothing.
 std::optional<MovieBox> findBox(std::span<const std::byte> boxes, std::string_view type);
 
+/// Where a fragment's media of the track with this identifier begins, in bytes from the fragment's own begin, or
+/// nothing if it has none. `fragment` is the box `moof`.
+std::optional<std::size_t> findTrackMedia(std::span<const std::byte> fragment, std::uint32_t track);
+
 /// A box of 16 bytes that readers skip.
 LargeBoxHeader reservedBox();
 

@@ -2,32 +2,19 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 #include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/FFmpeg/MovieBoxes.hpp"
-#include "Zorvane/Platform/FFmpeg/VideoTimeline.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
-
-extern "C" {
-#include <libavcodec/packet.h>
-}
 
 namespace zorvane {
 namespace {
 
-/// A fragment costs about a hundred bytes beside its media, and what is not in a fragment yet is lost in a crash.
-constexpr std::int64_t fragmentTicks = videoTimescale * 4 / 10;
-
-/// Of a picture that nothing has followed yet. A still screen gives a picture each second.
-constexpr std::int64_t assumedDuration = videoTimescale * 9 / 10;
-
-void setTick(AVPacket& packet, std::int64_t tick) {
-    packet.pts = tick;
-    packet.dts = tick;
-}
-
-constexpr const char* fragmentFlags = "frag_custom+delay_moov+default_base_moof+skip_trailer";
+/// In microseconds. A fragment costs about a hundred bytes a track beside its media, and what is not in a fragment yet
+/// is lost in a crash.
+constexpr std::int64_t fragmentTime = 400'000;
 
 /// A fragment's boxes and the first box of the file come from a muxer that was told what to write.
 MovieBox requireBox(std::span<const std::byte> boxes, std::string_view type) {
@@ -40,113 +27,67 @@ MovieBox requireBox(std::span<const std::byte> boxes, std::string_view type) {
 
 }  // namespace
 
-MovieFile::MovieFile(std::unique_ptr<OutputFile> file, AVFileType fileType, const AVCodecParameters& video)
-    : file_(std::move(file)), fragments_(fileType, video, fragmentFlags), index_(fileType, video, nullptr) {
+MovieFile::MovieFile(std::unique_ptr<OutputFile> file, AVFileType fileType, std::span<const MediaTrackFormat> formats)
+    : file_(std::move(file)),
+      fragments_(fileType, formats, Muxer::Form::fragmented),
+      index_(fileType, formats, Muxer::Form::whole) {
     fragments_.sink().keepFrom(0);
     index_.sink().keepFrom(std::numeric_limits<std::int64_t>::max());
+    for (std::size_t number = 0; number < formats.size(); ++number) {
+        tracks_.emplace_back(fragments_, index_, number, formats[number]);
+        entries_.emplace_back(*this, tracks_.back());
+    }
 }
 
-void MovieFile::append(AVPacket& packet) {
-    if (!packets_.empty()) {
-        // Where the muxer is to be told of a jump there must be a tick between the two.
-        setTick(packet, std::max(packet.pts, packets_.back().content->pts + (jumps_ ? 2 : 1)));
-        addLastToFragment(packet.pts - packets_.back().content->pts);
-        if (isFragmentLongEnough(packet.pts)) {
-            writeFragment();
-        }
+void MovieFile::Entry::append(AVPacket& packet) {
+    track_.append(packet);
+    if (track_.waitingTime() >= fragmentTime) {
+        movie_.releaseHeldBehind();
+        movie_.writeFragment();
     }
-    packets_.push_back(takePacket(packet));
-    addToIndex(finalCount());
-}
-
-void MovieFile::replaceLast(AVPacket& packet) {
-    if (packets_.back().isInFragment) {
-        append(packet);  // too late: both are there, the older one for a moment
-        return;
-    }
-    dropLast();
-    packets_.push_back(takePacket(packet));
 }
 
 void MovieFile::flush() {
-    if (!waitingFragment()) {
-        return;
+    if (waitingFragment()) {
+        std::ranges::for_each(tracks_, &MovieTrack::releaseHeld);
+        writeFragment();
     }
-    addLastToFragment(assumedDuration);
-    writeFragment();
-    jumps_ = true;
 }
 
 std::optional<std::uint64_t> MovieFile::waitingFragment() const {
-    if (packets_.empty() || packets_.back().isInFile) {
-        return std::nullopt;
+    if (std::ranges::any_of(tracks_, &MovieTrack::isWaiting)) {
+        return fragmentNumber_;
     }
-    return fragmentNumber_;
+    return std::nullopt;
 }
 
-void MovieFile::finish(std::optional<std::int64_t> endTick) {
-    while (endTick && packets_.size() > 1 && packets_.back().content->pts >= *endTick) {
-        dropLast();
+bool MovieFile::isEmpty() const {
+    return std::ranges::all_of(tracks_, &MovieTrack::isEmpty);
+}
+
+void MovieFile::finish(std::span<const std::optional<std::int64_t>> endTicks) {
+    for (std::size_t number = 0; number < tracks_.size(); ++number) {
+        tracks_[number].end(endTicks[number]);
     }
-    addLastToFragment(lastDuration(endTick));
     if (waitingFragment()) {
         writeFragment();
     }
-    addToIndex(packets_.size());
+    std::ranges::for_each(tracks_, &MovieTrack::addRestToIndex);
     writeIndex();
     file_->close();
 }
 
-MovieFile::Packet MovieFile::takePacket(AVPacket& content) {
-    if (spares_.empty()) {
-        spares_.push_back(makePacket());
+// A still screen's picture must not stay out of the file because sound fills the fragments.
+void MovieFile::releaseHeldBehind() {
+    std::int64_t newest = std::numeric_limits<std::int64_t>::min();
+    for (const MovieTrack& track : tracks_) {
+        newest = track.isEmpty() ? newest : std::max(newest, track.newestTime());
     }
-    Packet packet;
-    packet.content = std::move(spares_.back());
-    spares_.pop_back();
-    av_packet_move_ref(packet.content.get(), &content);
-    return packet;
-}
-
-void MovieFile::dropLast() {
-    recycle(packets_.back());
-    packets_.pop_back();
-}
-
-void MovieFile::recycle(Packet& packet) {
-    av_packet_unref(packet.content.get());
-    spares_.push_back(std::move(packet.content));
-}
-
-// A packet that `flush` has written stays as it is in there.
-void MovieFile::addLastToFragment(std::int64_t duration) {
-    Packet& last = packets_.back();
-    last.content->duration = duration;
-    if (!last.isInFragment) {
-        if (std::exchange(jumps_, false)) {
-            fragments_.jumpTo(last.content->pts);
-        }
-        fragments_.write(*last.content);
-        last.isInFragment = true;
-    }
-}
-
-std::int64_t MovieFile::lastDuration(std::optional<std::int64_t> endTick) const {
-    const std::size_t count = packets_.size();
-    const std::int64_t last = packets_.back().content->pts;
-    if (endTick) {
-        return std::max<std::int64_t>(*endTick - last, 1);
-    }
-    return count > 1 ? last - packets_[count - 2].content->pts : assumedDuration;
-}
-
-bool MovieFile::isFragmentLongEnough(std::int64_t tick) const {
-    for (const Packet& packet : packets_) {
-        if (!packet.isInFile) {
-            return tick - packet.content->pts >= fragmentTicks;
+    for (MovieTrack& track : tracks_) {
+        if (track.isHolding() && newest - track.newestTime() >= fragmentTime) {
+            track.releaseHeld();
         }
     }
-    return false;
 }
 
 void MovieFile::writeFragment() {
@@ -154,43 +95,33 @@ void MovieFile::writeFragment() {
     fragments_.cutFragment();
     if (fileSize_ == 0) {
         fragments_.cutFragment();  // the first cut gave the header only
-        reservedHeader_ = requireBox(bytes, "ftyp").end();
-        const LargeBoxHeader reserved = reservedBox();
-        bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(reservedHeader_), reserved.begin(), reserved.end());
+        reserveHeader(bytes);
     }
-    const std::size_t mediaOffset = requireBox(bytes, "mdat").contentOffset();
-    std::optional<std::int64_t> mediaPosition = static_cast<std::int64_t>(fileSize_ + mediaOffset);
+    const std::uint64_t begin = fileSize_;
     appendToFile(bytes);
+    markInFile(bytes, begin);
     fragments_.sink().keepFrom(fragments_.sink().position());
     ++fragmentNumber_;
-    for (Packet& packet : packets_) {
-        if (packet.isInFragment && !packet.isInFile) {
-            packet.isInFile = true;
-            packet.mediaPosition = std::exchange(mediaPosition, std::nullopt);
-        }
+    for (MovieTrack& track : tracks_) {
+        track.addToIndex();
     }
 }
 
-// The index can't be taken back. So a packet waits until two newer ones are in the file: should the end turn out to lie
-// before all that is not in the file, and before a picture that `flush` wrote, this packet is the last one.
-std::size_t MovieFile::finalCount() const {
-    std::size_t count = 0;
-    while (count + 2 < packets_.size() && packets_[count + 2].isInFile) {
-        ++count;
-    }
-    return count;
+void MovieFile::reserveHeader(std::vector<std::byte>& bytes) {
+    reservedHeader_ = requireBox(bytes, "ftyp").end();
+    const LargeBoxHeader reserved = reservedBox();
+    bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(reservedHeader_), reserved.begin(), reserved.end());
 }
 
-void MovieFile::addToIndex(std::size_t count) {
-    const auto end = packets_.begin() + static_cast<std::ptrdiff_t>(count);
-    for (auto packet = packets_.begin(); packet != end; ++packet) {
-        if (packet->mediaPosition) {
-            index_.sink().seek(*packet->mediaPosition);
+void MovieFile::markInFile(std::span<const std::byte> bytes, std::uint64_t begin) {
+    const MovieBox fragment = requireBox(bytes, "moof");
+    for (std::size_t number = 0; number < tracks_.size(); ++number) {
+        const std::optional<std::size_t> media =
+            findTrackMedia(bytes.subspan(fragment.offset, fragment.size), static_cast<std::uint32_t>(number + 1));
+        if (media) {
+            tracks_[number].markInFile(static_cast<std::int64_t>(begin + fragment.offset + *media));
         }
-        index_.write(*packet->content);
-        recycle(*packet);
     }
-    packets_.erase(packets_.begin(), end);
 }
 
 void MovieFile::writeIndex() {

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <new>
-#include <string>
+#include <numeric>
 
 #include "Zorvane/Platform/FFmpeg/FFmpegError.hpp"
 #include "Zorvane/Platform/FFmpeg/VideoTimeline.hpp"
@@ -31,8 +32,29 @@ const char* formatName(AVFileType fileType) {
     return "mov";
 }
 
+/// 0 leaves the choice to the muxer.
 std::uint32_t codecTag(AVCodecID codec) {
-    return codec == AV_CODEC_ID_HEVC ? MKTAG('h', 'v', 'c', '1') : MKTAG('a', 'v', 'c', '1');
+    switch (codec) {
+        case AV_CODEC_ID_HEVC:
+            return MKTAG('h', 'v', 'c', '1');
+        case AV_CODEC_ID_H264:
+            return MKTAG('a', 'v', 'c', '1');
+        default:
+            return 0;
+    }
+}
+
+constexpr const char* fragmentFlags = "frag_custom+delay_moov+default_base_moof+skip_trailer";
+
+/// One in which every track's end is a whole number, so that none is rounded. Long movies then need 64 bits for their
+/// length, which the muxer sees to.
+std::int32_t movieTimescale(std::span<const MediaTrackFormat> formats) {
+    std::int64_t common = 1;
+    for (const MediaTrackFormat& format : formats) {
+        common = std::min<std::int64_t>(std::lcm(common, std::int64_t{format.timescale}),
+                                        std::numeric_limits<std::int32_t>::max());
+    }
+    return static_cast<std::int32_t>(common);
 }
 
 }  // namespace
@@ -96,49 +118,56 @@ int MemorySink::keep(const std::uint8_t* bytes, int count) {
     return count;
 }
 
-Muxer::Muxer(AVFileType fileType, const AVCodecParameters& video, const char* flags) {
+Muxer::Muxer(AVFileType fileType, std::span<const MediaTrackFormat> formats, Form form) {
     AVFormatContext* context = nullptr;
     requireFFmpeg(avformat_alloc_output_context2(&context, nullptr, formatName(fileType), nullptr), "start a movie");
     context_.reset(context);
     context_->pb = sink_.context();
-    AVStream* const stream = avformat_new_stream(context, nullptr);
-    if (!stream) {
-        throw std::bad_alloc();
+    for (const MediaTrackFormat& format : formats) {
+        addTrack(format);
     }
-    requireFFmpeg(avcodec_parameters_copy(stream->codecpar, &video), "start a movie");
-    stream->codecpar->codec_tag = codecTag(video.codec_id);
-    stream->time_base = {1, videoTimescale};
-    writeHeader(flags);
+    writeHeader(movieTimescale(formats), form);
 }
 
 Muxer::~Muxer() = default;
 
-void Muxer::writeHeader(const char* flags) {
-    AVDictionary* options = nullptr;
-    if (flags) {
-        av_dict_set(&options, "movflags", flags, 0);
+void Muxer::addTrack(const MediaTrackFormat& format) {
+    AVStream* const stream = avformat_new_stream(context_.get(), nullptr);
+    if (!stream) {
+        throw std::bad_alloc();
     }
+    requireFFmpeg(avcodec_parameters_copy(stream->codecpar, format.codec.get()), "start a movie");
+    stream->codecpar->codec_tag = codecTag(format.codec->codec_id);
+    stream->time_base = {1, format.timescale};
+}
+
+void Muxer::writeHeader(std::int32_t movieTimescale, Form form) {
+    AVDictionary* options = nullptr;
+    if (form == Form::fragmented) {
+        av_dict_set(&options, "movflags", fragmentFlags, 0);
+    }
+    // Sound has the ticks of its rate by itself.
     av_dict_set_int(&options, "video_track_timescale", videoTimescale, 0);
-    // The movie as a whole is as exact as its tracks.
-    av_dict_set_int(&options, "movie_timescale", videoTimescale, 0);
+    av_dict_set_int(&options, "movie_timescale", movieTimescale, 0);
     const int result = avformat_write_header(context_.get(), &options);
     av_dict_free(&options);
     requireFFmpeg(result, "start a movie");
 }
 
 // The muxer looks at the flag only after it has compared a packet's time with the end of the last fragment, and moved
-// it there if it was earlier. So the flag is brought by a packet without content, which nothing is written of.
-void Muxer::jumpTo(std::int64_t tick) {
+// it there if it was earlier. So the flag is brought by a packet without content, which nothing is written of. It also
+// tells a track's start before there is any of it, which the index of the first fragment needs.
+void Muxer::jumpTo(std::size_t track, std::int64_t tick) {
     requireFFmpeg(av_opt_set(context_->priv_data, "movflags", "+frag_discont", 0), "go on with a movie");
     const FFmpegHandle<AVPacket> empty = makePacket();
     empty->pts = tick - 1;
     empty->dts = tick - 1;
-    write(*empty);
+    write(track, *empty);
 }
 
-void Muxer::write(const AVPacket& packet) {
-    // It takes a packet that it may change, and documents that it changes none.
-    requireFFmpeg(av_write_frame(context_.get(), const_cast<AVPacket*>(&packet)), "put the movie together");
+void Muxer::write(std::size_t track, AVPacket& packet) {
+    packet.stream_index = static_cast<int>(track);
+    requireFFmpeg(av_write_frame(context_.get(), &packet), "put the movie together");
 }
 
 void Muxer::cutFragment() {

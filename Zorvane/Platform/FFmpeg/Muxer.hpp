@@ -3,12 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
-#include "Zorvane/Platform/FFmpeg/FFmpegHandles.hpp"
-
-struct AVDictionary;
+#include "Zorvane/Platform/FFmpeg/MediaFile.hpp"
 
 namespace zorvane {
 
@@ -42,26 +41,30 @@ class MemorySink {
     std::vector<std::byte> kept_;
 };
 
-/// One muxer with one video track, of which the time runs in ticks of `VideoTimeline`. Packets have their times and
-/// durations set. Used by one thread at a time. All operations throw `NSError`.
+/// One muxer. Packets have their times and durations set, in the ticks of their tracks, which go by their places among
+/// the formats. Used by one thread at a time. All operations throw `NSError`.
 class Muxer {
   public:
-    /// `flags` are those of the muxer's option "movflags"; null for none.
-    Muxer(AVFileType fileType, const AVCodecParameters& video, const char* flags);
+    /// Whole movies have their index in the trailer; fragmented ones get it in pieces.
+    enum class Form : std::uint8_t { whole, fragmented };
+
+    Muxer(AVFileType fileType, std::span<const MediaTrackFormat> formats, Form form);
     ~Muxer();
     Muxer(const Muxer&) = delete;
     Muxer& operator=(const Muxer&) = delete;
 
     MemorySink& sink() { return sink_; }
 
-    /// The next packet, which begins a fragment, lies at `tick`, wherever the packets before it seemed to end.
-    void jumpTo(std::int64_t tick);
-    void write(const AVPacket& packet);
+    /// The next packet of this track, which is its first of a fragment, lies at `tick`, wherever those before it seemed
+    /// to end. For the first fragment: so does the track.
+    void jumpTo(std::size_t track, std::int64_t tick);
+    void write(std::size_t track, AVPacket& packet);
     void cutFragment();
     void writeTrailer();
 
   private:
-    void writeHeader(const char* flags);
+    void addTrack(const MediaTrackFormat& format);
+    void writeHeader(std::int32_t movieTimescale, Form form);
 
     MemorySink sink_;
     FFmpegHandle<AVFormatContext> context_;

@@ -10,7 +10,11 @@ VideoTrack::VideoTrack(const AVVideoSettings& settings, const std::string& encod
       packet_(makePacket()),
       keyFrameTicks_(std::llround(settings.compressionProperties.maxKeyFrameIntervalDuration * videoTimescale)) {}
 
-void VideoTrack::append(const CMSampleBuffer& sample, MovieFile& movie) {
+MediaTrackFormat VideoTrack::format() const {
+    return {encoder_.codecParameters(), videoTimescale};
+}
+
+void VideoTrack::append(const CMSampleBuffer& sample, PacketSink& sink) {
     if (!sample.imageBuffer()) {
         return;
     }
@@ -20,12 +24,12 @@ void VideoTrack::append(const CMSampleBuffer& sample, MovieFile& movie) {
     }
     preparer_.prepare(sample.imageBuffer());
     encoder_.encode(place->tick, kindOf(*place));
-    moveTo(movie, place->replacesPrevious);
+    moveTo(sink, place->replacesPrevious);
 }
 
-void VideoTrack::drain(MovieFile& movie) {
+void VideoTrack::drain(PacketSink& sink) {
     encoder_.drain();
-    moveTo(movie, false);
+    moveTo(sink, false);
 }
 
 // A picture that replaces the one before it must not depend on it.
@@ -37,12 +41,12 @@ VideoEncoder::PictureKind VideoTrack::kindOf(const VideoTimeline::Place& place) 
     return VideoEncoder::PictureKind::key;
 }
 
-void VideoTrack::moveTo(MovieFile& movie, bool replacesLast) {
+void VideoTrack::moveTo(PacketSink& sink, bool replacesLast) {
     while (encoder_.receive(*packet_)) {
         if (replacesLast) {
-            movie.replaceLast(*packet_);
+            sink.replaceLast(*packet_);
         } else {
-            movie.append(*packet_);
+            sink.append(*packet_);
         }
     }
 }

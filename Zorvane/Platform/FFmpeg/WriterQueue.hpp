@@ -1,12 +1,13 @@
 // What a writer's thread is asked to do.
 #pragma once
 
-#include <array>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAssetWriterInput.hpp"
@@ -15,28 +16,35 @@
 
 namespace zorvane {
 
-/// Requests to a writer's thread, and the bounded queue of its video samples. All but `next` may be called on any
-/// thread, none of these blocks or allocates. Samples are handed out once the session has its start; everything before
-/// an end or a finish is handed out before it.
-class WriterQueue final : public AVAssetWriterInputSink {
+/// Requests to a writer's thread, and a bounded queue of samples for each input. All but `next` may be called on any
+/// thread; none of these blocks, nor allocates once writing has begun. Samples are handed out once the session has its
+/// start, sound before pictures, since it costs next to nothing and must not be lost behind a slow one. Everything
+/// before an end or a finish is handed out before it.
+class WriterQueue final : public std::enable_shared_from_this<WriterQueue> {
   public:
-    /// Enough to bridge a key frame. Each may hold one of the few pictures that a screen is captured into.
-    static constexpr std::size_t capacity = 3;
+    /// Pictures: enough to bridge a key frame. Each may be one of the few that a screen is captured into.
+    static constexpr std::size_t videoCapacity = 3;
+    /// Blocks of sound: two seconds, where a block is as short as 5 ms.
+    static constexpr std::size_t audioCapacity = 400;
 
     struct Work {
         enum class Kind : std::uint8_t { sample, flush, finish, stop };
         Kind kind = Kind::stop;
         CMSampleBuffer sample;
+        std::size_t input = 0;       ///< where the sample came in, counted in the order of `addInput`
         std::uint64_t fragment = 0;  ///< the fragment to flush
         std::optional<CMTime> sessionStart;
         std::optional<CMTime> sessionEnd;
         std::optional<Activity> activity;  ///< the work is in flight while this exists
     };
 
-    // The sink. A full queue refuses: the newest sample is the one that is lost.
-    bool isReadyForMoreMediaData() const override;
-    bool append(const CMSampleBuffer& sampleBuffer) override;
-    void markAsFinished() override;
+    WriterQueue();
+    ~WriterQueue();
+    WriterQueue(const WriterQueue&) = delete;
+    WriterQueue& operator=(const WriterQueue&) = delete;
+
+    /// A further entry, before `open`. A full one refuses: the newest sample is the one that isn't taken.
+    std::shared_ptr<AVAssetWriterInputSink> addInput(AVMediaType mediaType);
 
     /// Begins to take samples.
     void open();
@@ -56,18 +64,18 @@ class WriterQueue final : public AVAssetWriterInputSink {
     Work next();
 
   private:
-    bool hasSample() const { return count_ > 0 && sessionStart_.has_value(); }
+    class Input;
+
+    bool hasSample() const;
     bool hasWork() const { return !isOver_ && (flush_ || hasSample() || isFinishing_ || isStopping_); }
-    CMSampleBuffer takeSample();
+    Input& nextInput() const;
+    void closeInputs();
     void dropSamples();
     void announce();
 
-    mutable std::mutex mutex_;  // guards all below
+    mutable std::mutex mutex_;  // guards all below, and the inputs
     std::condition_variable changed_;
-    std::array<CMSampleBuffer, capacity> samples_;
-    std::size_t first_ = 0;
-    std::size_t count_ = 0;
-    bool isOpen_ = false;
+    std::vector<std::unique_ptr<Input>> inputs_;
     bool isFinishing_ = false;
     bool isStopping_ = false;
     bool isOver_ = false;  // the finish or the stop has been handed out

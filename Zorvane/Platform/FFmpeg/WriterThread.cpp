@@ -11,14 +11,14 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// A picture that nothing follows is written after this time.
+/// Media that nothing follows is written after this time.
 constexpr auto longestWait = milliseconds(500);
 constexpr auto waitTolerance = milliseconds(50);
 
 NSError nothingToWrite() {
     return {AVFoundationErrorDomain,
             AVErrorNoDataCaptured,
-            {"No picture was appended inside the session, so there is no movie.", nullptr, {}}};
+            {"No sample was appended inside the session, so there is no movie.", nullptr, {}}};
 }
 
 }  // namespace
@@ -69,41 +69,53 @@ class WriterThread::Loop {
     }
 
     void perform(const WriterQueue::Work& work) {
-        if (work.sessionStart && !media_.track->timeline().hasStart()) {
-            media_.track->timeline().startAt(*work.sessionStart);
-        }
-        if (work.sessionEnd && !media_.track->timeline().endTick()) {
-            media_.track->timeline().endAt(*work.sessionEnd);
-        }
+        keepSession(work);
         switch (work.kind) {
             case WriterQueue::Work::Kind::sample:
-                media_.track->append(work.sample, *media_.movie);
+                media_.tracks[work.input]->append(work.sample, media_.file->track(work.input));
                 break;
             case WriterQueue::Work::Kind::flush:
-                if (media_.movie->waitingFragment() == work.fragment) {
-                    media_.movie->flush();
+                if (media_.file->waitingFragment() == work.fragment) {
+                    media_.file->flush();
                 }
                 break;
             case WriterQueue::Work::Kind::finish:
-                finishMovie();
+                finishFile();
                 break;
             case WriterQueue::Work::Kind::stop:
                 break;
         }
     }
 
-    void finishMovie() {
+    void keepSession(const WriterQueue::Work& work) {
+        if (work.sessionStart && !std::exchange(isSessionOpen_, true)) {
+            for (const auto& track : media_.tracks) {
+                track->startSession(*work.sessionStart);
+            }
+        }
+        if (work.sessionEnd && !std::exchange(isSessionEnded_, true)) {
+            for (const auto& track : media_.tracks) {
+                track->endSession(*work.sessionEnd);
+            }
+        }
+    }
+
+    void finishFile() {
         cancelFlush();
-        media_.track->drain(*media_.movie);
-        if (media_.movie->isEmpty()) {
+        std::vector<std::optional<std::int64_t>> endTicks;
+        for (std::size_t index = 0; index < media_.tracks.size(); ++index) {
+            media_.tracks[index]->drain(media_.file->track(index));
+            endTicks.push_back(media_.tracks[index]->endTick());
+        }
+        if (media_.file->isEmpty()) {
             throw nothingToWrite();
         }
-        media_.movie->finish(media_.track->timeline().endTick());
+        media_.file->finish(endTicks);
     }
 
     // One timer for each fragment: it fires only where pictures come too seldom to fill it in time.
     void scheduleFlush() {
-        const std::optional<std::uint64_t> fragment = media_.movie->waitingFragment();
+        const std::optional<std::uint64_t> fragment = media_.file->waitingFragment();
         if (!fragment || fragment == scheduledFragment_) {
             return;
         }
@@ -129,6 +141,8 @@ class WriterThread::Loop {
     Media media_;
     const ErrorHandler errorHandler_;
     FinishHandler finishHandler_;
+    bool isSessionOpen_ = false;
+    bool isSessionEnded_ = false;
     std::exception_ptr error_;
     std::optional<std::uint64_t> scheduledFragment_;
     std::optional<HostClock::TimerID> timer_;

@@ -7,16 +7,17 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <vector>
 
-#include "Zorvane/Platform/FFmpeg/MovieFile.hpp"
-#include "Zorvane/Platform/FFmpeg/VideoTrack.hpp"
+#include "Zorvane/Platform/FFmpeg/MediaFile.hpp"
+#include "Zorvane/Platform/FFmpeg/MediaTrack.hpp"
 #include "Zorvane/Platform/FFmpeg/WriterQueue.hpp"
 #include "Zorvane/Platform/Foundation/HostClock.hpp"
 
 namespace zorvane {
 
 /// Does what a `WriterQueue` asks for, on a thread named "zv.writer": encodes samples, writes fragments in time, and
-/// finishes the movie. After the first error, of which it tells, it lets go of the movie and only waits for its end.
+/// finishes the file. After the first error, of which it tells, it lets go of the file and only waits for its end.
 class WriterThread {
   public:
     using ErrorHandler = std::function<void(std::exception_ptr error)>;
@@ -24,8 +25,8 @@ class WriterThread {
     using FinishHandler = std::function<void(std::exception_ptr error)>;
 
     struct Media {
-        std::unique_ptr<VideoTrack> track;
-        std::unique_ptr<MovieFile> movie;
+        std::vector<std::unique_ptr<MediaTrack>> tracks;  ///< in the order of the queue's inputs
+        std::unique_ptr<MediaFile> file;                  ///< with these tracks
     };
 
     /// Starts the thread. Both handlers are called on it, each at most once.

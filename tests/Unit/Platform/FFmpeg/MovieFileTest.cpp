@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "WriterBench.hpp"
 #include "Zorvane/Platform/FFmpeg/VideoEncoder.hpp"
+#include "Zorvane/Platform/FFmpeg/VideoTimeline.hpp"
 
 extern "C" {
 #include <libavcodec/packet.h>
@@ -16,7 +19,8 @@ namespace {
 TEST(MovieFileTest, FragmentsAndIndexOfManyPacketsAreWhole) {
     VideoEncoder encoder(smallVideo(), "libx264");
     const auto record = std::make_shared<FileRecord>();
-    MovieFile movie(std::make_unique<MemoryFile>(record), AVFileType::mpeg4, *encoder.codecParameters());
+    const std::array<MediaTrackFormat, 1> formats{MediaTrackFormat{encoder.codecParameters(), videoTimescale}};
+    MovieFile movie(std::make_unique<MemoryFile>(record), AVFileType::mpeg4, formats);
     encoder.encode(0, VideoEncoder::PictureKind::key);
     const auto original = makePacket();
     ASSERT_TRUE(encoder.receive(*original));
@@ -28,11 +32,12 @@ TEST(MovieFileTest, FragmentsAndIndexOfManyPacketsAreWhole) {
         // All but the last of a fragment's packets follow each other as closely as they can.
         packet->pts = index / perFragment * 90'000 + index % perFragment;
         packet->dts = packet->pts;
-        movie.append(*packet);
+        movie.track(0).append(*packet);
     }
     movie.flush();
     EXPECT_EQ(readMovie(record->bytes()).packets.size(), 2U * perFragment);
-    movie.finish(180'000);
+    const std::array<std::optional<std::int64_t>, 1> end{180'000};
+    movie.finish(end);
 
     EXPECT_EQ(movieBoxes(record->bytes()), "ftyp mdat moov");
     const Movie finished = readMovie(record->bytes());
