@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <utility>
 
 #include "Zorvane/Platform/Foundation/NSError.hpp"
@@ -41,10 +42,13 @@ class OutputFile {
         }
     }
 
-    void close() {
+    void sync() const {
         if (::fsync(descriptor_) != 0) {
             fail("write");
         }
+    }
+
+    void close() {
         if (::close(std::exchange(descriptor_, -1)) != 0) {
             fail("close");
         }
@@ -72,7 +76,23 @@ bool createPrivateDirectory(const std::filesystem::path& path) {
 void writePrivateFile(const std::filesystem::path& path, std::string_view bytes) {
     OutputFile file(path);
     file.write(bytes);
+    file.sync();
     file.close();
+}
+
+void replacePrivateFile(const std::filesystem::path& path, std::string_view bytes) {
+    const std::filesystem::path written = path.native() + ".new";
+    try {
+        OutputFile file(written);
+        file.write(bytes);
+        file.close();
+        if (std::rename(written.c_str(), path.c_str()) != 0) {
+            throw NSError::posix(errno, "replace", path.native());
+        }
+    } catch (const NSError&) {
+        ::unlink(written.c_str());
+        throw;
+    }
 }
 
 }  // namespace zorvane
