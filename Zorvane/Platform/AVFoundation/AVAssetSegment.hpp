@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
 #include "Zorvane/Platform/CoreMedia/CMTime.hpp"
@@ -22,8 +23,10 @@ enum class AVAssetSegmentType : std::uint8_t {
 /// What a media segment holds.
 struct AVAssetSegmentReport {
     AVMediaType mediaType = AVMediaType::video;
-    CMTime earliestPresentationTimeStamp;  ///< since the session's start
+    CMTime earliestPresentationTimeStamp;  ///< the first segment's is the initial start time
     CMTime duration;
+    /// The codec as RFC 6381 names it, such as "avc1.640028". Nothing if the writer doesn't know.
+    std::optional<std::string> codecName = std::nullopt;
 };
 
 /// Receives a writer's segments, on a thread of the writer, one at a time, in order; after the writer's finish none.
@@ -38,7 +41,8 @@ class AVAssetWriterDelegate {
 
 /// How a writer cuts its media.
 struct AVAssetSegmenting {
-    /// A segment ends with the first key frame at or after each multiple of this; video gets a key frame there.
+    /// Video is cut exactly at each multiple of this: a picture on show across it is encoded again there, as a key
+    /// frame. Sound is cut at the packet boundary nearest to each multiple.
     CMTime preferredOutputSegmentInterval;
     /// The time of the first media in the segments, whatever the session's start.
     CMTime initialSegmentStartTime;

@@ -53,6 +53,11 @@ void AVAssetWriter::add(const std::shared_ptr<AVAssetWriterInput>& input) {
     inputs_.push_back(input);
 }
 
+bool AVAssetWriter::hasInputs() const {
+    const std::lock_guard lock(mutex_);
+    return !inputs_.empty();
+}
+
 bool AVAssetWriter::startWriting() {
     {
         const std::lock_guard lock(mutex_);

@@ -49,6 +49,7 @@ class AVAssetWriter {
     /// Whether the backend can encode such a track into this file. Before `startWriting`.
     bool canAdd(const AVAssetWriterInput& input) const;
     void add(const std::shared_ptr<AVAssetWriterInput>& input);
+    bool hasInputs() const;
 
     /// Creates the file and makes the encoders ready. False when that failed, see `error`.
     bool startWriting();
