@@ -89,12 +89,22 @@ std::shared_ptr<VirtualAssetWriter> VirtualAssetWriter::make(std::shared_ptr<Hos
                                                              VirtualWritingConditions conditions,
                                                              std::filesystem::path url) {
     return std::shared_ptr<VirtualAssetWriter>(
-        new VirtualAssetWriter(std::move(clock), std::move(conditions), std::move(url)));
+        new VirtualAssetWriter(std::move(clock), std::move(conditions), std::move(url), std::nullopt));
+}
+
+std::shared_ptr<VirtualAssetWriter> VirtualAssetWriter::make(std::shared_ptr<HostClock> clock,
+                                                             VirtualWritingConditions conditions,
+                                                             AVAssetSegmenting segmenting) {
+    return std::shared_ptr<VirtualAssetWriter>(
+        new VirtualAssetWriter(std::move(clock), std::move(conditions), {}, std::move(segmenting)));
 }
 
 VirtualAssetWriter::VirtualAssetWriter(std::shared_ptr<HostClock> clock, VirtualWritingConditions conditions,
-                                       std::filesystem::path url)
-    : AVAssetWriter(std::move(url)), clock_(std::move(clock)), conditions_(std::move(conditions)) {}
+                                       std::filesystem::path url, std::optional<AVAssetSegmenting> segmenting)
+    : AVAssetWriter(std::move(url)),
+      clock_(std::move(clock)),
+      conditions_(std::move(conditions)),
+      segmenting_(std::move(segmenting)) {}
 
 VirtualMovie VirtualAssetWriter::movie() const {
     MutexLock lock(mutex_);
@@ -102,6 +112,10 @@ VirtualMovie VirtualAssetWriter::movie() const {
 }
 
 bool VirtualAssetWriter::canAddInput(const AVAssetWriterInput& input) const {
+    MutexLock lock(mutex_);
+    if (segmenter_) {
+        return false;
+    }
     return input.mediaType() == AVMediaType::video ? !conditions_.refusesVideoInput : !conditions_.refusesAudioInput;
 }
 
@@ -115,6 +129,10 @@ std::shared_ptr<AVAssetWriterInputSink> VirtualAssetWriter::addInput(const AVAss
         track.audioSettings = input.audioSettings();
     }
     MutexLock lock(mutex_);
+    if (segmenting_) {
+        segmenter_.emplace(*segmenting_, track.mediaType,
+                           [this](VirtualSegment segment) { handOut(std::move(segment)); });
+    }
     movie_.tracks.push_back(std::move(track));
     return std::make_shared<Sink>(weak_from_this(), movie_.tracks.size() - 1);
 }
@@ -146,6 +164,9 @@ void VirtualAssetWriter::scheduleBreakdown(nanoseconds time) {
 void VirtualAssetWriter::doStartSession(CMTime time) {
     MutexLock lock(mutex_);
     movie_.sessionStart = time;
+    if (segmenter_) {
+        segmenter_->startSession(time);
+    }
 }
 
 void VirtualAssetWriter::doEndSession(CMTime time) {
@@ -154,6 +175,9 @@ void VirtualAssetWriter::doEndSession(CMTime time) {
     }
     MutexLock lock(mutex_);
     movie_.sessionEnd = time;
+    if (segmenter_) {
+        segmenter_->endSession(time);
+    }
 }
 
 void VirtualAssetWriter::doFinishWriting(std::function<void(std::exception_ptr)> done) {
@@ -161,7 +185,8 @@ void VirtualAssetWriter::doFinishWriting(std::function<void(std::exception_ptr)>
         return;
     }
     auto finish = [self = shared_from_this(), done = std::move(done)] {
-        Executor::pool()->post([self, done] { done(self->conditions_.finishError); });
+        self->handOutLastSegments();
+        self->segmentQueue_.async([self, done] { done(self->conditions_.finishError); });
     };
     const nanoseconds delay = fromSeconds(conditions_.finishDelay);
     if (delay > nanoseconds::zero()) {
@@ -192,6 +217,9 @@ bool VirtualAssetWriter::append(std::size_t track, const CMSampleBuffer& sample)
     {
         MutexLock lock(mutex_);
         if (appends_++ != conditions_.failingAppend) {
+            if (segmenter_) {
+                segmenter_->append(record.presentationTimeStamp, record.duration);
+            }
             movie_.tracks[track].samples.push_back(std::move(record));
             return true;
         }
@@ -204,6 +232,21 @@ bool VirtualAssetWriter::append(std::size_t track, const CMSampleBuffer& sample)
 void VirtualAssetWriter::markAsFinished(std::size_t track) {
     MutexLock lock(mutex_);
     movie_.tracks[track].isFinished = true;
+}
+
+void VirtualAssetWriter::handOut(VirtualSegment segment) {
+    segmentQueue_.async([self = shared_from_this(), segment = std::move(segment)] {
+        if (const auto delegate = self->segmenting_->delegate.lock()) {
+            delegate->didOutputSegmentData(*self, segment.data, segment.type, segment.report);
+        }
+    });
+}
+
+void VirtualAssetWriter::handOutLastSegments() {
+    MutexLock lock(mutex_);
+    if (segmenter_) {
+        segmenter_->finish();
+    }
 }
 
 }  // namespace zorvane

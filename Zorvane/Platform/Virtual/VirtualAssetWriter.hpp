@@ -1,4 +1,4 @@
-// A writer that remembers what it was given.
+// A writer that remembers what it was given, and may hand out segments of it.
 #pragma once
 
 #include <chrono>
@@ -7,9 +7,11 @@
 #include <optional>
 #include <vector>
 
+#include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMediaWriting.hpp"
+#include "Zorvane/Platform/Virtual/VirtualSegmenter.hpp"
 
 namespace zorvane {
 
@@ -42,6 +44,9 @@ class VirtualAssetWriter final : public AVAssetWriter, public std::enable_shared
   public:
     static std::shared_ptr<VirtualAssetWriter> make(std::shared_ptr<HostClock> clock,
                                                     VirtualWritingConditions conditions, std::filesystem::path url);
+    /// A writer of segments of one track.
+    static std::shared_ptr<VirtualAssetWriter> make(std::shared_ptr<HostClock> clock,
+                                                    VirtualWritingConditions conditions, AVAssetSegmenting segmenting);
 
     /// A copy of what was written so far. Any thread.
     VirtualMovie movie() const;
@@ -49,8 +54,8 @@ class VirtualAssetWriter final : public AVAssetWriter, public std::enable_shared
   private:
     class Sink;
 
-    VirtualAssetWriter(std::shared_ptr<HostClock> clock, VirtualWritingConditions conditions,
-                       std::filesystem::path url);
+    VirtualAssetWriter(std::shared_ptr<HostClock> clock, VirtualWritingConditions conditions, std::filesystem::path url,
+                       std::optional<AVAssetSegmenting> segmenting);
 
     bool canAddInput(const AVAssetWriterInput& input) const override;
     std::shared_ptr<AVAssetWriterInputSink> addInput(const AVAssetWriterInput& input) override;
@@ -64,11 +69,17 @@ class VirtualAssetWriter final : public AVAssetWriter, public std::enable_shared
     bool isReady() const;
     bool append(std::size_t track, const CMSampleBuffer& sample);
     void markAsFinished(std::size_t track);
+    void handOut(VirtualSegment segment);
+    void handOutLastSegments();
 
     const std::shared_ptr<HostClock> clock_;
     const VirtualWritingConditions conditions_;
+    const std::optional<AVAssetSegmenting> segmenting_;
+    /// On which segments are handed out.
+    const DispatchQueue segmentQueue_ = DispatchQueue::serial("VirtualAssetWriter.Segments");
     mutable Mutex mutex_;
     VirtualMovie movie_ ZV_GUARDED_BY(mutex_);
+    std::optional<VirtualSegmenter> segmenter_ ZV_GUARDED_BY(mutex_);  // once there is an input
     std::size_t appends_ ZV_GUARDED_BY(mutex_) = 0;
     std::chrono::nanoseconds startTime_ ZV_GUARDED_BY(mutex_){0};
 };

@@ -70,11 +70,20 @@ std::unique_ptr<AVOutputSettingsAssistant> VirtualMediaWriting::makeOutputSettin
 }
 
 std::shared_ptr<AVAssetWriter> VirtualMediaWriting::makeAssetWriter(const std::filesystem::path& url, AVFileType) {
+    return makeWriter(url);
+}
+
+std::shared_ptr<AVAssetWriter> VirtualMediaWriting::makeSegmentWriter(AVAssetSegmenting segmenting) {
+    return makeWriter(std::move(segmenting));
+}
+
+template <class Output>
+std::shared_ptr<AVAssetWriter> VirtualMediaWriting::makeWriter(Output output) {
     MutexLock lock(mutex_);
     if (conditions_.makeError) {
         std::rethrow_exception(conditions_.makeError);
     }
-    writers_.push_back(VirtualAssetWriter::make(clock_, conditions_, url));
+    writers_.push_back(VirtualAssetWriter::make(clock_, conditions_, std::move(output)));
     return writers_.back();
 }
 

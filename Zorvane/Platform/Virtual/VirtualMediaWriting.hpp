@@ -60,6 +60,7 @@ class VirtualMediaWriting final : public AVMediaWriting {
 
     std::unique_ptr<AVOutputSettingsAssistant> makeOutputSettingsAssistant(AVOutputSettingsPreset preset) override;
     std::shared_ptr<AVAssetWriter> makeAssetWriter(const std::filesystem::path& url, AVFileType fileType) override;
+    std::shared_ptr<AVAssetWriter> makeSegmentWriter(AVAssetSegmenting segmenting) override;
 
     /// For presets and writers made from now on.
     void setConditions(VirtualWritingConditions conditions);
@@ -70,6 +71,8 @@ class VirtualMediaWriting final : public AVMediaWriting {
   private:
     VirtualMediaWriting(std::shared_ptr<HostClock> clock, VirtualWritingConditions conditions);
     VirtualWritingConditions conditions() const;
+    template <class Output>
+    std::shared_ptr<AVAssetWriter> makeWriter(Output output);
 
     const std::shared_ptr<HostClock> clock_;
     mutable Mutex mutex_;
