@@ -3,10 +3,10 @@
 #include <cmath>
 #include <utility>
 
-#include "Zorvane/Internal/AVAssetWriterSafeCalls.hpp"
 #include "Zorvane/Internal/FileURL.hpp"
 #include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Internal/OutputDescription.hpp"
+#include "Zorvane/Internal/Recorders/MultipleStreamsOutputAssetWriters.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
@@ -87,22 +87,27 @@ void MediaOutput::endSession(StableRecordingInterval interval) {
     if (std::isfinite(interval.recordFrom())) {
         session_->startIfNeeded(CMTime::fromSeconds(interval.recordFrom(), nanoseconds));
     }
-    const CMTime endTime = CMTime::fromSeconds(interval.recordUntil(), nanoseconds);
-    safe_endSession(writers_->audioAssetWriter(), endTime);
-    safe_endSession(writers_->videoAssetWriter(), endTime);
+    endSessions(*writers_, interval);
     for (const auto& input : inputs_) {
         input->markAsFinished();
     }
 }
 
-std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description, const Logger& logger) {
-    const auto* singleFile = std::get_if<OutputDescription::SingleFile>(&description.form);
-    if (!singleFile) {
-        throw ZVError::invalidConfiguration("Segmented output isn't available in this version. Use a single file.");
+std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,
+                                                           MasterPlaylist masterPlaylist, const Logger& logger) {
+    if (const auto* file = std::get_if<OutputDescription::SingleFile>(&description.form)) {
+        auto writers = std::make_shared<SingleFileOutputAssetWriters>(file->url);
+        logger.debug("AssetWriter for single file output ready.", [&] {
+            return LogMetadata{{"output", absoluteURLString(file->url, Directory::no)}};
+        });
+        return writers;
     }
-    auto writers = std::make_shared<SingleFileOutputAssetWriters>(singleFile->url);
-    logger.debug("AssetWriter for single file output ready.", [&] {
-        return LogMetadata{{"output", absoluteURLString(singleFile->url, Directory::no)}};
+    const auto& streams = std::get<OutputDescription::MultipleStreams>(description.form);
+    auto writers =
+        std::make_shared<MultipleStreamsOutputAssetWriters>(streams, std::move(masterPlaylist), std::nullopt, logger);
+    logger.debug("AssetWriter for stream output ready.", [&] {
+        return LogMetadata{{"directoryURL", absoluteURLString(streams.directoryURL, Directory::yes)},
+                           {"filenamePrefix", streams.filenamePrefix}};
     });
     return writers;
 }

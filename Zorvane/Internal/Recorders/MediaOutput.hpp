@@ -10,6 +10,7 @@
 #include "Zorvane/Internal/Concurrency/Task.hpp"
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/Recorders/AudioSamplePath.hpp"
+#include "Zorvane/Internal/Recorders/MasterPlaylist.hpp"
 #include "Zorvane/Internal/Recorders/OutputAssetWriters.hpp"
 #include "Zorvane/Internal/Recorders/WriterSession.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
@@ -63,8 +64,8 @@ class MediaOutput {
     std::vector<std::shared_ptr<AVAssetWriterInput>> inputs_;
 };
 
-/// The writers of a described output. Throws a `ZVError` (invalid configuration) for what this version can't write, and
-/// what the platform throws.
-std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description, const Logger& logger);
+/// The writers of a described output, the playlist for the case that it is segmented. Throws what the platform throws.
+std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,
+                                                           MasterPlaylist masterPlaylist, const Logger& logger);
 
 }  // namespace zorvane

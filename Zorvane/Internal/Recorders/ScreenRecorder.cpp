@@ -49,6 +49,18 @@ OutputSettings screenOutputSettings(const ResolvedContentFilter& content, int sc
     return settings;
 }
 
+MasterPlaylist masterPlaylist(const OutputSettings& settings, bool captureAudio) {
+    MasterPlaylist playlist{.videoTrackName = "Screen Recording",
+                            .videoCodecName = "avc1.42e00a",
+                            .videoResolution = CMVideoDimensions{settings.video.width, settings.video.height}};
+    if (captureAudio) {
+        playlist.audioChannelsCount = settings.audio.numberOfChannels.value_or(1);
+        playlist.audioTrackName = "System Audio";
+        playlist.audioCodecName = "mp4a.40.2";
+    }
+    return playlist;
+}
+
 SCStreamConfiguration streamConfiguration(const ScreenRecorderParameters& parameters, int scaleFactor) {
     const CGSize source = sourceSizeOf(parameters.content);
     SCStreamConfiguration configuration;
@@ -84,8 +96,9 @@ void ScreenRecorder::setUpWriting(const ScreenRecorderParameters& parameters, in
     const OutputSettings settings = screenOutputSettings(parameters.content, scaleFactor, parameters.mode, logger_);
     logger_.trace("Setting up AssetWriter.");
     const std::vector<AVMediaType> media{AVMediaType::audio, AVMediaType::video};
-    output_.emplace(makeOutputAssetWriters(parameters.outputDescription, logger_), media,
-                    "ScreenRecorder.StartingQueue", logger_, parameters.onAbort);
+    auto writers = makeOutputAssetWriters(parameters.outputDescription,
+                                          masterPlaylist(settings, parameters.captureAudio), logger_);
+    output_.emplace(std::move(writers), media, "ScreenRecorder.StartingQueue", logger_, parameters.onAbort);
     inputs_.video = output_->addVideoInput(settings.video);
     if (parameters.captureAudio) {
         inputs_.audio = output_->addAudioInput(settings.audio);

@@ -1,4 +1,4 @@
-// Records a display, or a rectangle of it, into a movie.
+// Records a display, or a rectangle of it, into a movie or streams of segments.
 #pragma once
 
 #include <memory>

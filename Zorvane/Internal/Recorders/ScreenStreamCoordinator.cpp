@@ -183,7 +183,9 @@ bool ScreenStreamCoordinator::closesOutput(CMTime outputTime) const {
 void ScreenStreamCoordinator::openSession(CMTime sessionStart) {
     const auto metadata = [&] { return LogMetadata{{"sessionStart", sessionStart.logDescription()}}; };
     logger_.trace("Got first sample after recording interval start, starting recording", metadata);
-    session_->startIfNeeded(sessionStart);
+    StableRecordingInterval interval = interval_;
+    interval.refresh();
+    session_->startIfNeeded(CMTime::fromSeconds(interval.recordFrom(), sessionStart.timescale));
     videoPrepareAdaptor_.clear();
     logger_.debug("Got first sample after recording interval start, started recording.", metadata);
 }

@@ -1,4 +1,4 @@
-// The one place that opens a recorder's writer session.
+// The one place that opens and closes a recorder's writer sessions.
 #pragma once
 
 #include <atomic>
@@ -7,6 +7,7 @@
 
 #include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
 #include "Zorvane/Internal/Recorders/OutputAssetWriters.hpp"
+#include "Zorvane/Internal/RecordingInterval.hpp"
 #include "Zorvane/Platform/CoreMedia/CMTime.hpp"
 
 namespace zorvane {
@@ -18,17 +19,22 @@ class WriterSession {
     /// `queueLabel` names the serial queue on which the decision is made.
     WriterSession(std::shared_ptr<OutputAssetWriters> writers, std::string queueLabel);
 
-    /// Opens the session at `time`, on the host clock or from 0 as the writers expect it; does nothing once it is open.
-    void startIfNeeded(CMTime time);
+    /// Opens the session at `recordFrom`, on the host clock; where the writers expect video times that begin at 0, that
+    /// of the video begins at 0. Does nothing once it is open.
+    void startIfNeeded(CMTime recordFrom);
 
     bool didStart() const { return didStart_.load(std::memory_order_acquire); }
 
   private:
-    void start(CMTime time);  // on startingQueue_
+    void start(CMTime recordFrom);  // on startingQueue_
 
     const std::shared_ptr<OutputAssetWriters> writers_;
     const DispatchQueue startingQueue_;
     std::atomic<bool> didStart_{false};  // written on startingQueue_ only, after the session is open
 };
+
+/// Closes the sessions of all of a recorder's writers at the interval's end, on the time line that each was opened on.
+/// Throws an `NSError` where there is none to close.
+void endSessions(const OutputAssetWriters& writers, const StableRecordingInterval& interval);
 
 }  // namespace zorvane

@@ -1,0 +1,53 @@
+#include "Zorvane/Internal/Recorders/MultipleStreamsOutputAssetWriters.hpp"
+
+#include <stop_token>
+#include <utility>
+
+#include "Zorvane/Internal/Concurrency/TaskGroup.hpp"
+
+namespace zorvane {
+namespace {
+
+constexpr std::int64_t segmentDuration = 6;  // seconds
+
+}  // namespace
+
+MultipleStreamsOutputAssetWriters::MultipleStreamsOutputAssetWriters(const OutputDescription::MultipleStreams& output,
+                                                                     MasterPlaylist masterPlaylist,
+                                                                     std::optional<DispatchQueue> segmentCallbackQueue,
+                                                                     const Logger& logger)
+    : segmentCallbackQueue_(segmentCallbackQueue ? std::move(*segmentCallbackQueue)
+                                                 : DispatchQueue::serial("MultipleStreamsOutputAssetWriterQueue")),
+      masterPlaylist_(std::make_shared<MasterPlaylistWriter>(output.directoryURL / (output.filenamePrefix + ".m3u8"),
+                                                             std::move(masterPlaylist), logger)),
+      audioSegmentWriter_(parametersOf(AVMediaType::audio, output, logger)),
+      videoSegmentWriter_(parametersOf(AVMediaType::video, output, logger)) {}
+
+SegmentedCoordinator::Parameters MultipleStreamsOutputAssetWriters::parametersOf(
+    AVMediaType stream, const OutputDescription::MultipleStreams& output, const Logger& logger) const {
+    return {.directoryURL = output.directoryURL,
+            .filenamePrefix = output.filenamePrefix + (stream == AVMediaType::audio ? "-audio" : "-video"),
+            .targetDuration = segmentDuration,
+            .segmentCallbackQueue = segmentCallbackQueue_,
+            .segmentCallback = output.segmentCallback,
+            .playlistHandler = [master = masterPlaylist_,
+                                stream](const MediaPlaylistFile& file) { master->noteSegment(stream, file); },
+            .logger = logger};
+}
+
+void MultipleStreamsOutputAssetWriters::startWriting() {
+    masterPlaylist_->expectStreams(int{audioSegmentWriter_.isUsed()} + int{videoSegmentWriter_.isUsed()});
+    audioSegmentWriter_.startWriting();
+    videoSegmentWriter_.startWriting();
+}
+
+Task<std::vector<std::filesystem::path>> MultipleStreamsOutputAssetWriters::finishWriting() {
+    TaskGroup<std::optional<MediaPlaylistFile>> group{std::stop_token()};
+    group.add(audioSegmentWriter_.finishWriting());
+    group.add(videoSegmentWriter_.finishWriting());
+    const std::vector<std::optional<MediaPlaylistFile>> streams = co_await std::move(group).results();
+    masterPlaylist_->write(streams[0], streams[1]);
+    co_return std::vector<std::filesystem::path>();
+}
+
+}  // namespace zorvane

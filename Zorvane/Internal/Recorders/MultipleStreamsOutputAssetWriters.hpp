@@ -1,0 +1,50 @@
+// A recorder's media as streams of segments with their playlists.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
+#include "Zorvane/Internal/Logger.hpp"
+#include "Zorvane/Internal/OutputDescription.hpp"
+#include "Zorvane/Internal/Recorders/MasterPlaylistWriter.hpp"
+#include "Zorvane/Internal/Recorders/OutputAssetWriters.hpp"
+#include "Zorvane/Internal/Recorders/SegmentedAssetWriter.hpp"
+
+namespace zorvane {
+
+/// Sound and pictures as a stream each, of six seconds a segment: files "prefix-audio-0000.mp4",
+/// "prefix-video-0001.m4s" and so on, media playlists "prefix-audio.m3u8" and "prefix-video.m3u8", and the master
+/// playlist "prefix.m3u8", which is there as soon as each stream has a segment. A stream whose writer has got no input
+/// by `startWriting` doesn't exist: no file, no session, no error.
+///
+/// The recording doesn't depend on playlists: what goes wrong with one is logged.
+class MultipleStreamsOutputAssetWriters final : public OutputAssetWriters {
+  public:
+    /// `output`'s callback is called on `segmentCallbackQueue`, without one on a queue of this object's own. Throws
+    /// what the platform throws.
+    MultipleStreamsOutputAssetWriters(const OutputDescription::MultipleStreams& output, MasterPlaylist masterPlaylist,
+                                      std::optional<DispatchQueue> segmentCallbackQueue, const Logger& logger);
+
+    AVAssetWriter& audioAssetWriter() const override { return audioSegmentWriter_.assetWriter(); }
+    AVAssetWriter& videoAssetWriter() const override { return videoSegmentWriter_.assetWriter(); }
+    bool expectsZeroBasedVideoPTS() const override { return true; }
+    void startWriting() override;
+
+    /// Finishes both streams at once. The list is empty, since every segment was handed to the callback's queue when it
+    /// was written. An error of one stream is thrown after both have ended.
+    Task<std::vector<std::filesystem::path>> finishWriting() override;
+
+  private:
+    SegmentedCoordinator::Parameters parametersOf(AVMediaType stream, const OutputDescription::MultipleStreams& output,
+                                                  const Logger& logger) const;
+
+    const DispatchQueue segmentCallbackQueue_;
+    const std::shared_ptr<MasterPlaylistWriter> masterPlaylist_;
+    SegmentedAssetWriter audioSegmentWriter_;
+    SegmentedAssetWriter videoSegmentWriter_;
+};
+
+}  // namespace zorvane
