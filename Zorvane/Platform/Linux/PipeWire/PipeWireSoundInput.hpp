@@ -19,7 +19,7 @@ class PipeWireSession;
 
 /// From a port that gives sound into one of the input's channels. Several into one channel are mixed.
 struct PipeWireSoundWire {
-    std::uint32_t outputPort = 0;
+    std::uint64_t outputPort = 0;  ///< its serial number
     std::uint32_t channel = 0;
 
     auto operator<=>(const PipeWireSoundWire&) const = default;

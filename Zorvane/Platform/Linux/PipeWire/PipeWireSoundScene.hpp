@@ -31,7 +31,7 @@ struct PipeWireSoundPort {
         monitor,  ///< an output that repeats an input of the same node
     };
 
-    std::uint32_t id = 0;  ///< while it lives; given to another one later
+    std::uint64_t serial = 0;  ///< its own for ever
     Kind kind = Kind::output;
     std::string channel;      ///< such as "FL", "MONO", "AUX3"
     PipeWireLatency latency;  ///< of a source's output: since it was heard; of a sink's input: until it is
@@ -51,12 +51,10 @@ struct PipeWireSoundNode {
     bool operator==(const PipeWireSoundNode&) const = default;
 };
 
-/// Sound goes from one port to another.
+/// Sound goes from one node to another, through one or more ports.
 struct PipeWireSoundLink {
     std::uint32_t outputNode = 0;
-    std::uint32_t outputPort = 0;
     std::uint32_t inputNode = 0;
-    std::uint32_t inputPort = 0;
 
     bool operator==(const PipeWireSoundLink&) const = default;
 };
