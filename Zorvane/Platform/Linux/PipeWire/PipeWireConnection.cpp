@@ -86,7 +86,8 @@ void PipeWireConnection::tryAgainAfterPause() {
 
 void PipeWireConnection::adopt(FileDescriptor socket) {
     if (!context_) {
-        context_.reset(pw_context_new(&loop_, nullptr, 0));
+        // Asks the system for a real-time priority for the thread that sound comes on.
+        context_.reset(pw_context_new(&loop_, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0));
     }
     core_.reset(context_ ? pw_context_connect_fd(context_.get(), socket.release(), nullptr, 0) : nullptr);
     if (!core_) {

@@ -1,9 +1,6 @@
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireLoop.hpp"
 
-#include <pthread.h>
-
 #include <cerrno>
-#include <csignal>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -13,6 +10,7 @@
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireConnection.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireHandles.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/SignalMask.hpp"
 
 namespace zorvane {
 namespace {
@@ -27,13 +25,6 @@ LoopOwner makeLoop() {
         throw NSError::posix(errno, "make a loop of PipeWire");
     }
     return loop;
-}
-
-/// The host's signals are handled on the host's threads. Threads that PipeWire starts from this one inherit that.
-void blockSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, nullptr);
 }
 
 }  // namespace
@@ -110,7 +101,7 @@ class PipeWireLoop::Mailbox {
 
 PipeWireLoop::PipeWireLoop(MakeConnection makeConnection) : mailbox_(std::make_shared<Mailbox>()) {
     thread_ = std::thread([mailbox = mailbox_, makeConnection = std::move(makeConnection)] {
-        blockSignals();
+        blockAllSignals();  // on the threads that PipeWire starts from this one too
         setCurrentThreadName("zv.pipewire");
         mailbox->run(makeConnection);
     });

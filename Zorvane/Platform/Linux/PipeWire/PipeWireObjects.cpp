@@ -89,11 +89,15 @@ PipeWireDefaults::PipeWireDefaults(pw_registry* registry, std::uint32_t id, Pipe
     observer_.objectAsked();
 }
 
-std::map<AVMediaType, std::string> PipeWireDefaults::nodeNames() const {
+std::string PipeWireDefaults::nodeName(std::string_view key) const {
+    return nameInMetadata(rawValue(values_, key));
+}
+
+std::map<AVMediaType, std::string> PipeWireDefaults::sourceNames() const {
     std::map<AVMediaType, std::string> names;
     for (const auto& [mediaType, key] : {std::pair(AVMediaType::audio, "default.audio.source"),
                                          std::pair(AVMediaType::video, "default.video.source")}) {
-        if (std::string name = nameInMetadata(rawValue(values_, key)); !name.empty()) {
+        if (std::string name = nodeName(key); !name.empty()) {
             names.emplace(mediaType, std::move(name));
         }
     }

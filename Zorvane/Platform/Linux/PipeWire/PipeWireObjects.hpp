@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
@@ -86,8 +87,10 @@ class PipeWireDefaults {
     PipeWireDefaults(pw_registry* registry, std::uint32_t id, PipeWireObjectObserver& observer);
 
     std::uint32_t id() const { return id_; }
-    /// Where there is a choice.
-    std::map<AVMediaType, std::string> nodeNames() const;
+    /// The name of the node that is chosen for "default.audio.sink" and the like; empty where there is no choice.
+    std::string nodeName(std::string_view key) const;
+    /// Of the sources of each media type, where there is a choice.
+    std::map<AVMediaType, std::string> sourceNames() const;
 
   private:
     static int onProperty(void* self, std::uint32_t subject, const char* key, const char* type, const char* value);

@@ -34,6 +34,11 @@ const std::string& rawValue(const PipeWireProperties& properties, std::string_vi
     return found == properties.end() ? none : found->second;
 }
 
+std::string_view rawValue(const spa_dict* dictionary, const char* key) {
+    const char* value = dictionary ? spa_dict_lookup(dictionary, key) : nullptr;
+    return value ? value : std::string_view();
+}
+
 std::string textValue(const PipeWireProperties& properties, std::string_view key) {
     std::string text = repairedUTF8(rawValue(properties, key));
     std::ranges::replace_if(text, isControl, ' ');

@@ -1,43 +1,19 @@
 // A node of ours that hears what it was wired to and nothing else.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 
 #include "Zorvane/Platform/AVFoundation/AVAudioConverter.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAudioFormat.hpp"
 #include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
-#include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundScene.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundSources.hpp"
 
 namespace zorvane {
 
 class PipeWireSession;
-
-/// From a port that gives sound into one of the input's channels. Several into one channel are mixed.
-struct PipeWireSoundWire {
-    std::uint64_t outputPort = 0;  ///< its serial number
-    std::uint32_t channel = 0;
-
-    auto operator<=>(const PipeWireSoundWire&) const = default;
-};
-
-/// What an input hears, and how far in time its sound is from being heard by people.
-struct PipeWireSoundSources {
-    enum class Side : std::uint8_t {
-        recorded,  ///< a microphone's: people heard it `latency` ago
-        played,    ///< an application's or a sink's: people will hear it in `latency`
-    };
-
-    std::set<PipeWireSoundWire> wires;
-    Side side = Side::recorded;
-    PipeWireLatency latency;
-
-    bool operator==(const PipeWireSoundSources&) const = default;
-};
 
 /// PipeWire's session manager, left to itself, gives a stream that loses its source another one: the microphone for an
 /// application that ended, without a word. So this is no stream that somebody connects. It is a node with one port for
@@ -84,6 +60,7 @@ class PipeWireSoundInput {
   private:
     class State;
 
+    const std::shared_ptr<PipeWireSession> session_;
     const std::shared_ptr<State> state_;
 };
 

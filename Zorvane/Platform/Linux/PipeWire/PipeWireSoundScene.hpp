@@ -51,7 +51,7 @@ struct PipeWireSoundNode {
     bool operator==(const PipeWireSoundNode&) const = default;
 };
 
-/// Sound goes from one node to another, through one or more ports.
+/// Sound goes from one node to another, through one or more of their ports.
 struct PipeWireSoundLink {
     std::uint32_t outputNode = 0;
     std::uint32_t inputNode = 0;

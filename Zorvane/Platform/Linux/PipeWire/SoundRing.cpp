@@ -10,7 +10,7 @@ SoundRing::SoundRing(std::uint32_t channelCount, std::size_t frames, std::size_t
 bool SoundRing::push(const SoundCycle& cycle, std::span<const float* const> channels) {
     const std::uint64_t count = cyclesIn_.load(std::memory_order_relaxed);
     const std::uint64_t taken = cyclesOut_.load(std::memory_order_acquire);
-    const std::uint64_t used = framesIn_ - framesFreed_.load(std::memory_order_relaxed);
+    const std::uint64_t used = framesIn_ - framesFreed_.load(std::memory_order_acquire);
     if (count - taken == cycles_.size() || frameCapacity_ - used < cycle.frames) {
         return false;
     }
@@ -50,7 +50,7 @@ SoundRing::Parts SoundRing::frontFrames() const {
 
 void SoundRing::pop() {
     framesOut_ += front()->frames;
-    framesFreed_.store(framesOut_, std::memory_order_relaxed);
+    framesFreed_.store(framesOut_, std::memory_order_release);
     cyclesOut_.store(cyclesOut_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
 }
 

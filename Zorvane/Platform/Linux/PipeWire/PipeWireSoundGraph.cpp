@@ -1,0 +1,126 @@
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundGraph.hpp"
+
+#include <pipewire/extensions/metadata.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace zorvane {
+namespace {
+
+/// A device's, as in "Audio/Sink", or an application's, as in "Stream/Output/Audio".
+bool isSound(std::string_view mediaClass) {
+    return mediaClass.starts_with("Audio/") || mediaClass.ends_with("/Audio");
+}
+
+PipeWireSoundLink describeLink(const spa_dict* properties) {
+    return {.outputNode = numberOf<std::uint32_t>(properties, PW_KEY_LINK_OUTPUT_NODE).value_or(SPA_ID_INVALID),
+            .inputNode = numberOf<std::uint32_t>(properties, PW_KEY_LINK_INPUT_NODE).value_or(SPA_ID_INVALID)};
+}
+
+}  // namespace
+
+void PipeWireSoundGraph::add(pw_registry* registry, std::uint32_t id, std::string_view type,
+                             const spa_dict* properties) {
+    if (type == PW_TYPE_INTERFACE_Node) {
+        if (isSound(rawValue(properties, PW_KEY_MEDIA_CLASS))) {
+            nodes_.push_back(std::make_unique<PipeWireNode>(registry, id, AVMediaType::audio, *this));
+        }
+    } else if (type == PW_TYPE_INTERFACE_Port) {
+        const auto node = numberOf<std::uint32_t>(properties, PW_KEY_NODE_ID);
+        if (std::ranges::find(nodes_, node, [](const auto& known) { return known->id(); }) != nodes_.end()) {
+            ports_.push_back(std::make_unique<PipeWirePort>(registry, id, properties, *this));
+        }
+    } else if (type == PW_TYPE_INTERFACE_Link) {
+        links_[id] = describeLink(properties);
+        objectChanged();
+    } else if (type == PW_TYPE_INTERFACE_Client) {
+        clients_[id] = numberOf<std::int64_t>(properties, PW_KEY_SEC_PID).value_or(0);
+    } else if (type == PW_TYPE_INTERFACE_Metadata && rawValue(properties, PW_KEY_METADATA_NAME) == "default") {
+        defaults_ = std::make_unique<PipeWireDefaults>(registry, id, *this);
+    }
+}
+
+bool PipeWireSoundGraph::remove(std::uint32_t id) {
+    const auto hasID = [id](const auto& object) { return object->id() == id; };
+    clients_.erase(id);
+    std::size_t removed = std::erase_if(nodes_, hasID) + std::erase_if(ports_, hasID) + links_.erase(id);
+    if (defaults_ && defaults_->id() == id) {
+        defaults_.reset();
+        ++removed;
+    }
+    return removed > 0;
+}
+
+void PipeWireSoundGraph::clear() {
+    nodes_.clear();
+    ports_.clear();
+    links_.clear();
+    clients_.clear();
+    defaults_.reset();
+}
+
+void PipeWireSoundGraph::publish(bool isConnected) {
+    PipeWireSoundScene now = scene(isConnected);
+    if (now != published_) {
+        published_ = std::move(now);
+        observer_(*published_);
+    }
+}
+
+PipeWireSoundScene PipeWireSoundGraph::scene(bool isConnected) const {
+    PipeWireSoundScene scene{.isConnected = isConnected, .links = links()};
+    for (const auto& node : nodes_) {
+        if (!node->properties().empty()) {
+            scene.nodes.push_back(describe(*node));
+        }
+    }
+    if (defaults_) {
+        scene.defaultSinkName = defaults_->nodeName("default.audio.sink");
+        scene.defaultSourceName = defaults_->nodeName("default.audio.source");
+    }
+    return scene;
+}
+
+PipeWireSoundNode PipeWireSoundGraph::describe(const PipeWireNode& node) const {
+    PipeWireSoundNode description{.id = node.id(),
+                                  .mediaClass = rawValue(node.properties(), PW_KEY_MEDIA_CLASS),
+                                  .name = rawValue(node.properties(), PW_KEY_NODE_NAME),
+                                  .processID = processOf(node),
+                                  .properties = node.properties()};
+    std::vector<const PipeWirePort*> ports;
+    for (const auto& port : ports_) {
+        if (port->nodeID() == node.id()) {
+            ports.push_back(port.get());
+        }
+    }
+    std::ranges::stable_sort(ports, {}, &PipeWirePort::number);
+    for (const PipeWirePort* port : ports) {
+        description.ports.push_back(port->port());
+    }
+    return description;
+}
+
+/// As the node says, which is right for one that another program makes on an application's behalf, as PipeWire's
+/// PulseAudio server does; else that of its client.
+std::int64_t PipeWireSoundGraph::processOf(const PipeWireNode& node) const {
+    if (const auto process = numberOf<std::int64_t>(node.properties(), PW_KEY_APP_PROCESS_ID)) {
+        return *process;
+    }
+    const auto client = numberOf<std::uint32_t>(node.properties(), PW_KEY_CLIENT_ID);
+    const auto found = client ? clients_.find(*client) : clients_.end();
+    return found == clients_.end() ? 0 : found->second;
+}
+
+/// One for each pair of nodes.
+std::vector<PipeWireSoundLink> PipeWireSoundGraph::links() const {
+    std::vector<PipeWireSoundLink> links;
+    for (const auto& [id, link] : links_) {
+        if (std::ranges::find(links, link) == links.end()) {
+            links.push_back(link);
+        }
+    }
+    return links;
+}
+
+}  // namespace zorvane

@@ -1,0 +1,140 @@
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundInput.hpp"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+
+#include <atomic>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadName.hpp"
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
+#include "Zorvane/Internal/Logger.hpp"
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundTap.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/SignalMask.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/SoundIntake.hpp"
+
+namespace zorvane {
+namespace {
+
+constexpr std::chrono::milliseconds silenceAfter{100};
+
+}  // namespace
+
+/// The node while there is a connection, and the thread that empties the ring.
+class PipeWireSoundInput::State final : public PipeWireClient {
+  public:
+    State(Settings settings, std::shared_ptr<AVAudioConverting> converting, Sink sink)
+        : settings_(std::move(settings)),
+          converting_(std::move(converting)),
+          feed_(settings_.output.channelCount),
+          intake_(settings_.output, *converting_, std::move(sink)) {}
+
+    void start() {
+        thread_ = std::thread([this] {
+            blockAllSignals();
+            setCurrentThreadName("zv.sound");
+            run();
+        });
+    }
+
+    void stop() {
+        isEnding_ = true;
+        eventfd_write(feed_.wakeUp.get(), 1);
+        if (thread_.joinable()) {
+            const PoolBlockingScope blocking;  // the thread's last sample may wait for a job of the pool
+            thread_.join();
+        }
+    }
+
+    void connected(pw_core& core) override {
+        try {
+            tap_.emplace(core, settings_.name, feed_);
+        } catch (const NSError& error) {
+            Logger::forFile().error("Sound can't be captured", [&] { return LogMetadata{{"error", error.what()}}; });
+        }
+    }
+
+    void disconnected() override { tap_.reset(); }
+
+    void setSources(const PipeWireSoundSources& sources) {
+        if (tap_) {
+            const MutexLock lock(mutex_);
+            distance_ = sources.distance;
+        }
+        if (tap_) {
+            tap_->setWires(sources.wires);
+        }
+    }
+
+  private:
+    void run() {
+        const auto now = [] { return MonotonicClock::shared()->now(); };
+        const bool fills = settings_.idle == Idle::silence;
+        if (fills) {
+            intake_.fillUntil(now());
+        }
+        while (!isEnding_) {
+            pollfd wakeUp{.fd = feed_.wakeUp.get(), .events = POLLIN, .revents = 0};
+            poll(&wakeUp, 1, fills ? static_cast<int>(silenceAfter.count()) : -1);
+            eventfd_t count = 0;
+            eventfd_read(feed_.wakeUp.get(), &count);
+            takeAll();
+            if (fills) {
+                intake_.fillUntil(now() - silenceAfter);
+            }
+        }
+    }
+
+    void takeAll() {
+        while (const SoundCycle* cycle = isEnding_ ? nullptr : feed_.ring.front()) {
+            intake_.take(*cycle, feed_.ring.frontFrames(), distance());
+            feed_.ring.pop();
+        }
+    }
+
+    PipeWireSoundDistance distance() {
+        const MutexLock lock(mutex_);
+        return distance_;
+    }
+
+    const Settings settings_;
+    const std::shared_ptr<AVAudioConverting> converting_;
+    SoundFeed feed_;
+    std::optional<PipeWireSoundTap> tap_;  // the session's thread's
+    SoundIntake intake_;                   // the sound thread's
+    std::atomic<bool> isEnding_ = false;
+    std::thread thread_;
+    Mutex mutex_;
+    PipeWireSoundDistance distance_ ZV_GUARDED_BY(mutex_);
+};
+
+PipeWireSoundInput::PipeWireSoundInput(std::shared_ptr<PipeWireSession> session, Settings settings,
+                                       std::shared_ptr<AVAudioConverting> converting, Sink sink)
+    : session_(std::move(session)),
+      state_(std::make_shared<State>(std::move(settings), std::move(converting), std::move(sink))) {}
+
+PipeWireSoundInput::~PipeWireSoundInput() {
+    stop();
+}
+
+void PipeWireSoundInput::start() {
+    state_->start();
+    session_->add(state_);
+}
+
+void PipeWireSoundInput::stop() {
+    session_->remove(state_);
+    state_->stop();
+}
+
+void PipeWireSoundInput::setSources(const PipeWireSoundSources& sources) {
+    state_->setSources(sources);
+}
+
+}  // namespace zorvane

@@ -1,0 +1,171 @@
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundTap.hpp"
+
+#include <pipewire/link.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <utility>
+
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireProperties.hpp"
+
+namespace zorvane {
+namespace {
+
+constexpr std::size_t mostFrames = 48000;  // one second, which nobody but a stopped machine waits for
+constexpr std::size_t mostCycles = 2048;   // of a second in the shortest cycles that occur
+
+/// A stream to the eyes of other programs, which show who listens; but the session manager leaves it alone.
+pw_properties* nodeProperties(const std::string& name) {
+    return pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_MEDIA_CLASS,
+                             "Stream/Input/Audio", PW_KEY_MEDIA_NAME, name.c_str(), PW_KEY_NODE_NAME, name.c_str(),
+                             PW_KEY_NODE_AUTOCONNECT, "false", PW_KEY_NODE_DONT_RECONNECT, "true", nullptr);
+}
+
+std::chrono::nanoseconds monotonicTime() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
+pw_filter* makeFilter(pw_core& core, const std::string& name) {
+    pw_filter* filter = pw_filter_new(&core, name.c_str(), nodeProperties(name));
+    if (!filter) {
+        throw NSError::posix(errno, "make a node of PipeWire");
+    }
+    return filter;
+}
+
+}  // namespace
+
+SoundFeed::SoundFeed(std::uint32_t channels)
+    : channelCount(channels),
+      ring(channels, mostFrames, mostCycles),
+      wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (!wakeUp) {
+        throw NSError::posix(errno, "make an event");
+    }
+}
+
+PipeWireSoundTap::PipeWireSoundTap(pw_core& core, const std::string& name, SoundFeed& feed)
+    : core_(core),
+      feed_(feed),
+      filter_(makeFilter(core, name)),
+      registry_(pw_core_get_registry(&core, PW_VERSION_REGISTRY, 0)),
+      channels_(feed.channelCount) {
+    static const pw_filter_events filterEvents{.version = PW_VERSION_FILTER_EVENTS, .process = onProcess};
+    static const pw_registry_events registryEvents{
+        .version = PW_VERSION_REGISTRY_EVENTS, .global = onGlobal, .global_remove = onGlobalRemoved};
+    pw_filter_add_listener(filter_.get(), filterHook_.get(), &filterEvents, this);
+    addPorts();
+    if (const int result = pw_filter_connect(filter_.get(), PW_FILTER_FLAG_RT_PROCESS, nullptr, 0); result < 0) {
+        throw NSError::posix(-result, "connect a node of PipeWire");
+    }
+    registry_.listen(&registryEvents, this);
+}
+
+PipeWireSoundTap::~PipeWireSoundTap() = default;
+
+void PipeWireSoundTap::addPorts() {
+    for (std::uint32_t channel = 0; channel < feed_.channelCount; ++channel) {
+        const std::string name = "input_" + std::to_string(channel + 1);
+        ports_.push_back(pw_filter_add_port(
+            filter_.get(), PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS, 1,
+            pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME, name.c_str(), nullptr),
+            nullptr, 0));
+        if (!ports_.back()) {
+            throw NSError::posix(errno, "make a port of PipeWire");
+        }
+    }
+}
+
+void PipeWireSoundTap::setWires(std::set<PipeWireSoundWire> wires) {
+    wires_ = std::move(wires);
+    std::erase_if(links_, [this](const auto& link) { return !wires_.contains(link.first); });
+    linkWhatIsMissing();
+}
+
+void PipeWireSoundTap::linkWhatIsMissing() {
+    for (const PipeWireSoundWire& wire : wires_) {
+        const auto output = std::ranges::find(serials_, wire.outputPort, [](const auto& port) { return port.second; });
+        const auto input = ownPorts_.find(wire.channel);
+        if (output != serials_.end() && input != ownPorts_.end() && !links_.contains(wire)) {
+            links_[wire] = link(output->first, input->second);
+        }
+    }
+}
+
+std::unique_ptr<PipeWireProxy> PipeWireSoundTap::link(std::uint32_t outputPort, std::uint32_t inputPort) {
+    const std::string output = std::to_string(outputPort);
+    const std::string input = std::to_string(inputPort);
+    const spa_dict_item items[] = {{PW_KEY_LINK_OUTPUT_PORT, output.c_str()}, {PW_KEY_LINK_INPUT_PORT, input.c_str()}};
+    const spa_dict properties = SPA_DICT_INIT_ARRAY(items);
+    return std::make_unique<PipeWireProxy>(
+        pw_core_create_object(&core_, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties, 0));
+}
+
+void PipeWireSoundTap::onGlobal(void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
+                                const spa_dict* properties) {
+    static_cast<PipeWireSoundTap*>(data)->add(id, type, properties);
+}
+
+void PipeWireSoundTap::onGlobalRemoved(void* data, std::uint32_t id) {
+    auto& self = *static_cast<PipeWireSoundTap*>(data);
+    self.serials_.erase(id);
+    std::erase_if(self.ownPorts_, [id](const auto& port) { return port.second == id; });
+}
+
+void PipeWireSoundTap::add(std::uint32_t id, std::string_view type, const spa_dict* properties) {
+    if (type == PW_TYPE_INTERFACE_Port) {
+        addPort(id, properties);
+    } else if (type == PW_TYPE_INTERFACE_Link) {
+        inspectLink(id, properties);
+    }
+}
+
+void PipeWireSoundTap::addPort(std::uint32_t id, const spa_dict* properties) {
+    serials_[id] = numberOf<std::uint64_t>(properties, PW_KEY_OBJECT_SERIAL).value_or(0);
+    if (numberOf<std::uint32_t>(properties, PW_KEY_NODE_ID) == pw_filter_get_node_id(filter_.get())) {
+        ownPorts_[numberOf<std::uint32_t>(properties, PW_KEY_PORT_ID).value_or(0)] = id;
+    }
+    linkWhatIsMissing();
+}
+
+void PipeWireSoundTap::inspectLink(std::uint32_t id, const spa_dict* properties) {
+    const auto inputPort = numberOf<std::uint32_t>(properties, PW_KEY_LINK_INPUT_PORT);
+    const auto input = std::ranges::find(ownPorts_, inputPort, [](const auto& port) { return port.second; });
+    if (input == ownPorts_.end()) {
+        return;
+    }
+    const auto output = serials_.find(numberOf<std::uint32_t>(properties, PW_KEY_LINK_OUTPUT_PORT).value_or(0));
+    if (output == serials_.end() || !links_.contains({output->second, input->first})) {
+        pw_registry_destroy(registry_.as<pw_registry>(), id);
+    }
+}
+
+void PipeWireSoundTap::onProcess(void* data, spa_io_position* position) {
+    auto& self = *static_cast<PipeWireSoundTap*>(data);
+    if (!position) {
+        return;
+    }
+    const spa_io_clock& clock = position->clock;
+    const auto frames = static_cast<std::uint32_t>(clock.duration);
+    for (std::size_t channel = 0; channel < self.ports_.size(); ++channel) {
+        self.channels_[channel] = static_cast<const float*>(pw_filter_get_dsp_buffer(self.ports_[channel], frames));
+    }
+    // Some drivers that exist in software only have no clock; then what comes is counted, and happens now.
+    const bool isTimed = clock.nsec != 0;
+    self.feed_.ring.push({.clock = clock.id,
+                          .position = isTimed ? static_cast<std::int64_t>(clock.position) : self.position_,
+                          .time = isTimed ? std::chrono::nanoseconds(clock.nsec) : monotonicTime(),
+                          .rate = static_cast<double>(clock.rate.denom) / clock.rate.num,
+                          .frames = frames},
+                         self.channels_);
+    self.position_ += frames;
+    eventfd_write(self.feed_.wakeUp.get(), 1);
+}
+
+}  // namespace zorvane

@@ -1,0 +1,64 @@
+// Makes timed samples of what the graph brought.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "Zorvane/Platform/CoreAudio/SoundAligner.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundSources.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/SoundRing.hpp"
+
+namespace zorvane {
+
+/// When the first frame of a cycle was heard, or will be, by people in the room.
+///
+/// At the time of a cycle a source hands over what it has recorded last. Its latency says how long ago the first frame
+/// of that was in the air: a sound card's is one quantum, in which its buffer fills, and what its converters take. What
+/// an application or the monitor of a sink hands over is played later, by the latency of the sink.
+std::chrono::nanoseconds heardAt(const SoundCycle& cycle, const PipeWireSoundDistance& distance);
+
+/// Brings cycles onto the host clock by an aligner, which is restarted where one clock of the graph follows another one:
+/// its number or its rate is different, it goes back, or it disagrees with the host's by more than any delay explains.
+/// Time that runs on without cycles can be given as silence, which then joins the sound on both sides.
+///
+/// Pure: no thread, no clock. Used by one thread at a time.
+class SoundIntake {
+  public:
+    /// `converting` outlives the intake.
+    SoundIntake(const AVAudioFormat& output, AVAudioConverting& converting, SoundAligner::Sink sink);
+
+    void take(const SoundCycle& cycle, const SoundRing::Parts& frames, const PipeWireSoundDistance& distance);
+
+    /// Gives silence from where sound ended to `time`, if that is later. The first time it only notes `time`.
+    void fillUntil(std::chrono::nanoseconds time);
+
+  private:
+    struct Place {
+        SoundCycle cycle;
+        PipeWireSoundDistance distance;
+        std::chrono::nanoseconds heardAt;
+    };
+
+    void put(const Place& place, const SoundRing::Parts& frames);
+    bool isContinued(const Place& place) const;
+    void prepareAligner(double rate);
+    void process(std::int64_t position, std::chrono::nanoseconds time, std::span<const float> frames);
+    void deliver(const CMSampleBuffer& sample);
+
+    const AVAudioFormat output_;
+    AVAudioConverting& converting_;
+    const SoundAligner::Sink sink_;
+    const std::vector<float> silence_;
+    double rate_ = 0;  // what the aligner takes
+    std::unique_ptr<SoundAligner> aligner_;
+    std::optional<Place> last_;
+    std::optional<std::chrono::nanoseconds> end_;  // of what was put
+    std::optional<CMTime> deliveredUntil_;
+};
+
+}  // namespace zorvane
