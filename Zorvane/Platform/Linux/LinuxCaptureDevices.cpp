@@ -28,4 +28,23 @@ std::string LinuxCaptureDevices::defaultDeviceID(AVMediaType mediaType) {
     return devices ? devices->defaultDeviceID(mediaType) : std::string();
 }
 
+std::shared_ptr<AVCaptureDevice> LinuxCaptureDevices::deviceWithUniqueID(const std::string& uniqueID) {
+    for (const auto& devices : {camerasAndMicrophones_, phones_}) {
+        if (auto device = devices ? devices->deviceWithUniqueID(uniqueID) : nullptr) {
+            return device;
+        }
+    }
+    return nullptr;
+}
+
+AVCaptureDeviceInput LinuxCaptureDevices::makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
+    // A phone's screen is the only device that is of no common type.
+    const bool isPhone = device->deviceType() == AVCaptureDeviceType::externalUnknown;
+    return backend(isPhone ? AVMediaType::muxed : AVMediaType::audio)->makeDeviceInput(std::move(device));
+}
+
+std::shared_ptr<AVCaptureSession> LinuxCaptureDevices::makeCaptureSession() {
+    return camerasAndMicrophones_ ? camerasAndMicrophones_->makeCaptureSession() : nullptr;
+}
+
 }  // namespace zorvane

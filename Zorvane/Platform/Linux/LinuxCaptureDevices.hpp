@@ -19,6 +19,10 @@ class LinuxCaptureDevices final : public AVCaptureDevices {
     std::shared_ptr<AVCaptureDeviceDiscoverySession> makeDiscoverySession(std::vector<AVCaptureDeviceType> deviceTypes,
                                                                           AVMediaType mediaType) override;
     std::string defaultDeviceID(AVMediaType mediaType) override;
+    std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
+    AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) override;
+    /// Of cameras and microphones; null if there can't be any.
+    std::shared_ptr<AVCaptureSession> makeCaptureSession() override;
 
   private:
     const std::shared_ptr<AVCaptureDevices>& backend(AVMediaType mediaType) const {

@@ -31,8 +31,9 @@ Platform makeLinuxPlatform() {
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session, desktop);
-    platform.captureDevices = std::make_shared<LinuxCaptureDevices>(std::make_shared<PipeWireCaptureDevices>(pipeWire),
-                                                                    std::make_shared<PhoneDevices>());
+    platform.audioConverting = std::make_shared<FFmpegAudioConverting>();
+    platform.captureDevices = std::make_shared<LinuxCaptureDevices>(
+        std::make_shared<PipeWireCaptureDevices>(pipeWire, platform.audioConverting), std::make_shared<PhoneDevices>());
     platform.captureHardware = std::make_shared<CaptureHardware>();
     platform.platformExpert = std::make_shared<MachineModel>();
     platform.userDefaults = std::make_shared<UserDefaults>();
@@ -40,7 +41,6 @@ Platform makeLinuxPlatform() {
     platform.windowList = std::make_shared<X11WindowList>(desktop, catalog);
     platform.workspace = std::make_shared<X11Workspace>(desktop, catalog, session, readImageFile);
     platform.screenCapture = std::make_shared<X11ScreenCapture>(session, catalog);
-    platform.audioConverting = std::make_shared<FFmpegAudioConverting>();
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();
     return platform;

@@ -1,4 +1,5 @@
 // Microphones and cameras of a PipeWire that is there.
+#include "Zorvane/Platform/FFmpeg/FFmpegAudioConverter.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureDevices.hpp"
 
 #include <gmock/gmock.h>
@@ -18,7 +19,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::shared_ptr<PipeWireCaptureDevices> makeDevices() {
-    return std::make_shared<PipeWireCaptureDevices>(std::make_shared<PipeWireSession>());
+    return std::make_shared<PipeWireCaptureDevices>(std::make_shared<PipeWireSession>(),
+                                                    std::make_shared<FFmpegAudioConverting>());
 }
 
 class PipeWireCaptureDevicesTest : public testing::Test {

@@ -9,6 +9,7 @@
 #include <future>
 #include <thread>
 
+#include "Zorvane/Platform/FFmpeg/FFmpegAudioConverter.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureDevices.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireDeviceList.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
@@ -24,7 +25,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::shared_ptr<PipeWireCaptureDevices> makeDevices() {
-    return std::make_shared<PipeWireCaptureDevices>(std::make_shared<PipeWireSession>());
+    return std::make_shared<PipeWireCaptureDevices>(std::make_shared<PipeWireSession>(),
+                                                    std::make_shared<FFmpegAudioConverting>());
 }
 
 TEST(PipeWireServiceTest, WithoutPipeWireThereAreNoDevices) {

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <utility>
 
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
+#include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/Phone/PhoneRoster.hpp"
 #include "Zorvane/Platform/Linux/Phone/PhoneWatch.hpp"
 
@@ -47,6 +49,17 @@ std::shared_ptr<AVCaptureDeviceDiscoverySession> PhoneDevices::makeDiscoverySess
         watch_ = std::make_unique<PhoneWatch>(roster_);
     }
     return std::make_shared<PhoneSession>(roster_, hasPhones);
+}
+
+std::shared_ptr<AVCaptureDevice> PhoneDevices::deviceWithUniqueID(const std::string& uniqueID) {
+    const PhoneRoster::Devices devices = roster_->devices();
+    const auto device = std::ranges::find(devices, uniqueID, [](const auto& listed) { return listed->uniqueID(); });
+    return device == devices.end() ? nullptr : *device;
+}
+
+AVCaptureDeviceInput PhoneDevices::makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
+    throw NSError(AVFoundationErrorDomain, AVErrorUnknown,
+                  {"The screen of “" + device->localizedName() + "” can't be captured by this version."});
 }
 
 }  // namespace zorvane

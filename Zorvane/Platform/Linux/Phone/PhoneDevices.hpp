@@ -24,6 +24,11 @@ class PhoneDevices final : public AVCaptureDevices {
                                                                           AVMediaType mediaType) override;
     /// There is no main phone.
     std::string defaultDeviceID(AVMediaType) override { return {}; }
+    /// Among those that a discovery session has found.
+    std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
+    /// Throws always: phones are listed only.
+    AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) override;
+    std::shared_ptr<AVCaptureSession> makeCaptureSession() override { return nullptr; }
 
   private:
     const std::shared_ptr<PhoneRoster> roster_;

@@ -27,21 +27,37 @@ class PipeWireCaptureDevice final : public AVCaptureDevice {
     bool isConnected() const override;
     bool isSuspended() const override;
     AVCaptureDevicePairing pairing() const override { return AVCaptureDevicePairing::notApplicable; }
+    bool isInUseByAnotherApplication() const override;
+    /// Of a microphone, of which it stays what it was when the device goes.
+    CMFormatDescription activeFormat() const override;
     NSKeyValueObservation observeSuspended(std::function<void()> handler) override;
 
     const PipeWireDeviceDescription& description() const { return description_; }
 
-    enum class Presence : std::uint8_t { connected, suspended, gone };
-    /// Tells the observers if the device's being suspended changes. A device that is gone is not suspended.
-    void setPresence(Presence presence);
+    /// Of the node that is the device now; 0 while it is away.
+    std::uint64_t nodeSerial() const;
+
+    /// Takes in what the source says now. Tells the observers if the device's being suspended changes.
+    void update(const PipeWireSource& source);
+    /// A device that is gone is not suspended.
+    void setGone();
 
   private:
-    Presence presence() const;
+    enum class Presence : std::uint8_t { connected, suspended, gone };
+    struct State {
+        Presence presence = Presence::gone;
+        std::uint64_t nodeSerial = 0;
+        PipeWireNodeFormat format;
+        bool isUsedByOthers = false;
+    };
+
+    State state() const;
+    void setState(const State& now);
 
     const PipeWireDeviceDescription description_;
     NSKeyValueObservers<> observers_;
     mutable Mutex mutex_;
-    Presence presence_ ZV_GUARDED_BY(mutex_) = Presence::gone;
+    State state_ ZV_GUARDED_BY(mutex_);
 };
 
 }  // namespace zorvane

@@ -4,6 +4,9 @@
 #include <mutex>
 #include <utility>
 
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureSession.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireDeviceList.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireRegistry.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
@@ -25,6 +28,8 @@ class PipeWireCaptureDevices::Following {
     Following(const Following&) = delete;
     Following& operator=(const Following&) = delete;
     ~Following() { session_->remove(registry_); }
+
+    const std::shared_ptr<PipeWireSession>& session() const { return session_; }
 
     PipeWireDeviceList& list() {
         std::call_once(started_, [this] { session_->add(registry_); });
@@ -66,8 +71,9 @@ class PipeWireCaptureDevices::Session final : public AVCaptureDeviceDiscoverySes
     const AVMediaType mediaType_;
 };
 
-PipeWireCaptureDevices::PipeWireCaptureDevices(std::shared_ptr<PipeWireSession> session)
-    : following_(std::make_shared<Following>(std::move(session))) {}
+PipeWireCaptureDevices::PipeWireCaptureDevices(std::shared_ptr<PipeWireSession> session,
+                                               std::shared_ptr<AVAudioConverting> converting)
+    : following_(std::make_shared<Following>(std::move(session))), converting_(std::move(converting)) {}
 
 PipeWireCaptureDevices::~PipeWireCaptureDevices() = default;
 
@@ -78,6 +84,26 @@ std::shared_ptr<AVCaptureDeviceDiscoverySession> PipeWireCaptureDevices::makeDis
 
 std::string PipeWireCaptureDevices::defaultDeviceID(AVMediaType mediaType) {
     return following_->list().defaultDeviceID(mediaType);
+}
+
+std::shared_ptr<AVCaptureDevice> PipeWireCaptureDevices::deviceWithUniqueID(const std::string& uniqueID) {
+    const PipeWireDeviceList::Devices devices = following_->list().devices();
+    const auto device = std::ranges::find(devices, uniqueID, [](const auto& listed) { return listed->uniqueID(); });
+    return device == devices.end() ? nullptr : *device;
+}
+
+AVCaptureDeviceInput PipeWireCaptureDevices::makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
+    if (!device->isConnected()) {
+        throw NSError(AVFoundationErrorDomain, AVErrorDeviceNotConnected,
+                      {"The device “" + device->localizedName() + "” isn't connected."});
+    }
+    return {std::move(device)};
+}
+
+std::shared_ptr<AVCaptureSession> PipeWireCaptureDevices::makeCaptureSession() {
+    // The list goes on being told of devices for as long as the session lives.
+    std::shared_ptr<PipeWireDeviceList> list(following_, &following_->list());
+    return std::make_shared<PipeWireCaptureSession>(following_->session(), std::move(list), converting_);
 }
 
 }  // namespace zorvane

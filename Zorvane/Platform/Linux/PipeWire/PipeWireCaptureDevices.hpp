@@ -9,6 +9,7 @@
 
 namespace zorvane {
 
+class AVAudioConverting;
 class PipeWireDeviceList;
 class PipeWireRegistry;
 class PipeWireSession;
@@ -18,18 +19,23 @@ class PipeWireSession;
 /// that it isn't there: some milliseconds, and one second once if PipeWire hangs.
 class PipeWireCaptureDevices final : public AVCaptureDevices {
   public:
-    explicit PipeWireCaptureDevices(std::shared_ptr<PipeWireSession> session);
+    /// `converting` serves the capture sessions.
+    PipeWireCaptureDevices(std::shared_ptr<PipeWireSession> session, std::shared_ptr<AVAudioConverting> converting);
     ~PipeWireCaptureDevices() override;
 
     std::shared_ptr<AVCaptureDeviceDiscoverySession> makeDiscoverySession(std::vector<AVCaptureDeviceType> deviceTypes,
                                                                           AVMediaType mediaType) override;
     std::string defaultDeviceID(AVMediaType mediaType) override;
+    std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
+    AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) override;
+    std::shared_ptr<AVCaptureSession> makeCaptureSession() override;
 
   private:
     class Following;
     class Session;
 
     const std::shared_ptr<Following> following_;
+    const std::shared_ptr<AVAudioConverting> converting_;
 };
 
 }  // namespace zorvane

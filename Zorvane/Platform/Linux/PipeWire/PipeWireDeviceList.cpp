@@ -52,12 +52,13 @@ void PipeWireDeviceList::update(const PipeWireSources& sources) {
     };
     for (const Listed& entry : before) {
         if (!isListed(entry)) {
-            entry.device->setPresence(PipeWireCaptureDevice::Presence::gone);
+            entry.device->setGone();
         }
     }
     if (!std::ranges::equal(before, now, {}, &Listed::device, &Listed::device)) {
         observers_.notify();
     }
+    updateObservers_.notify();
 }
 
 std::vector<PipeWireDeviceList::Listed> PipeWireDeviceList::makeList(const std::vector<PipeWireSource>& sources) {
@@ -66,9 +67,8 @@ std::vector<PipeWireDeviceList::Listed> PipeWireDeviceList::makeList(const std::
     std::vector<Listed> list;
     for (std::size_t index = 0; index < sources.size(); ++index) {
         const PipeWireSource& source = sources[index];
-        using enum PipeWireCaptureDevice::Presence;
         const auto device = deviceFor(describeDevice(source, std::move(ids[index])));
-        device->setPresence(source.isCutOff ? suspended : connected);
+        device->update(source);
         list.push_back({device, rawValue(source.node, PW_KEY_NODE_NAME)});
     }
     return list;

@@ -31,6 +31,11 @@ class PipeWireDeviceList {
     /// Calls `handler` after each change of the list, on the thread that updates.
     NSKeyValueObservation observe(std::function<void()> handler) { return observers_.add(std::move(handler)); }
 
+    /// Calls `handler` after each update, whether or not the list has changed, on the thread that updates.
+    NSKeyValueObservation observeUpdates(std::function<void()> handler) {
+        return updateObservers_.add(std::move(handler));
+    }
+
     void update(const PipeWireSources& sources);
 
     /// A service that answers does so in a few milliseconds; this is for one that hangs.
@@ -47,6 +52,7 @@ class PipeWireDeviceList {
     std::shared_ptr<PipeWireCaptureDevice> deviceFor(PipeWireDeviceDescription description);
 
     NSKeyValueObservers<> observers_;
+    NSKeyValueObservers<> updateObservers_;
     PipeWireDeviceIDs ids_;                                              // the updating thread's own
     std::map<std::string, std::weak_ptr<PipeWireCaptureDevice>> known_;  // by id; the updating thread's own
 

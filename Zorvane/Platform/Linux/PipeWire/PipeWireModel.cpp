@@ -33,6 +33,10 @@ void PipeWireModel::objectAsked() {
     objectChanged();
 }
 
+std::uint32_t PipeWireModel::ownClient() const {
+    return pw_proxy_get_bound_id(reinterpret_cast<pw_proxy*>(pw_core_get_client(core_)));
+}
+
 void PipeWireModel::askServer() {
     isQuestionLate_ = false;
     question_ = pw_core_sync(core_, PW_ID_CORE, 0);

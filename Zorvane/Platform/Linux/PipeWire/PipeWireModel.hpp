@@ -23,6 +23,9 @@ class PipeWireModel : public PipeWireClient, public PipeWireObjectObserver {
     void objectChanged() final;
     void objectAsked() final;
 
+    /// The number of this client at the server, while it is connected.
+    std::uint32_t ownClient() const;
+
   private:
     /// There is a new object; the model tells of its change or asks for more, if it keeps it.
     virtual void add(pw_registry* registry, std::uint32_t id, std::string_view type, const spa_dict* properties) = 0;

@@ -3,6 +3,7 @@
 #include <pipewire/extensions/metadata.h>
 #include <spa/param/param.h>
 
+#include <iterator>
 #include <span>
 #include <utility>
 
@@ -14,8 +15,12 @@ PipeWireNode::PipeWireNode(pw_registry* registry, std::uint32_t id, AVMediaType 
       mediaType_(mediaType),
       observer_(observer),
       proxy_(pw_registry_bind(registry, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)) {
-    static const pw_node_events events{.version = PW_VERSION_NODE_EVENTS, .info = onInfo};
+    static const pw_node_events events{.version = PW_VERSION_NODE_EVENTS, .info = onInfo, .param = onParameter};
     proxy_.listen(&events, this);
+    if (mediaType == AVMediaType::audio) {
+        std::uint32_t formats[] = {SPA_PARAM_EnumFormat, SPA_PARAM_Format};
+        pw_node_subscribe_params(proxy_.as<pw_node>(), formats, std::size(formats));
+    }
     observer_.objectAsked();
 }
 
@@ -23,6 +28,16 @@ void PipeWireNode::onInfo(void* data, const pw_node_info* info) {
     auto& self = *static_cast<PipeWireNode*>(data);
     if (info->change_mask & PW_NODE_CHANGE_MASK_PROPS) {
         self.properties_ = pipeWireProperties(info->props);
+        self.observer_.objectChanged();
+    }
+}
+
+void PipeWireNode::onParameter(void* data, int, std::uint32_t parameter, std::uint32_t index, std::uint32_t,
+                               const spa_pod* value) {
+    auto& self = *static_cast<PipeWireNode*>(data);
+    const PipeWireNodeFormat format = parseNodeFormat(value);
+    if (format.rate > 0 && index == 0) {  // the first one is the preferred one
+        (parameter == SPA_PARAM_Format ? self.format_ : self.preferredFormat_) = format;
         self.observer_.objectChanged();
     }
 }

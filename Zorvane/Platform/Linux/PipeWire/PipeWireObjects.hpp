@@ -9,6 +9,7 @@
 
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireHandles.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireNodeFormat.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireProperties.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireRoutes.hpp"
 
@@ -38,14 +39,20 @@ class PipeWireNode {
     AVMediaType mediaType() const { return mediaType_; }
     /// Empty until the server has told.
     const PipeWireProperties& properties() const { return properties_; }
+    /// Of sound, as far as the server has told: what the node runs in or ran in last, else what it prefers.
+    const PipeWireNodeFormat& format() const { return format_.rate > 0 ? format_ : preferredFormat_; }
 
   private:
     static void onInfo(void* self, const pw_node_info* info);
+    static void onParameter(void* self, int sequence, std::uint32_t parameter, std::uint32_t index, std::uint32_t next,
+                            const spa_pod* value);
 
     const std::uint32_t id_;
     const AVMediaType mediaType_;
     PipeWireObjectObserver& observer_;
     PipeWireProperties properties_;
+    PipeWireNodeFormat format_;
+    PipeWireNodeFormat preferredFormat_;
     PipeWireProxy proxy_;
 };
 

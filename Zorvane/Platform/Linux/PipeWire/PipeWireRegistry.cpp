@@ -22,8 +22,10 @@ std::optional<AVMediaType> mediaTypeOf(std::string_view mediaClass) {
 
 }  // namespace
 
-void PipeWireRegistry::add(pw_registry* registry, std::uint32_t id, std::string_view type,
-                           const spa_dict* properties) {
+void PipeWireRegistry::add(pw_registry* registry, std::uint32_t id, std::string_view type, const spa_dict* properties) {
+    if (wiring_.add(id, type, properties)) {
+        objectChanged();
+    }
     if (type == PW_TYPE_INTERFACE_Node) {
         if (const auto mediaType = mediaTypeOf(rawValue(properties, PW_KEY_MEDIA_CLASS))) {
             nodes_.push_back(std::make_unique<PipeWireNode>(registry, id, *mediaType, *this));
@@ -37,7 +39,7 @@ void PipeWireRegistry::add(pw_registry* registry, std::uint32_t id, std::string_
 
 bool PipeWireRegistry::remove(std::uint32_t id) {
     const auto hasID = [id](const auto& object) { return object->id() == id; };
-    std::size_t removed = std::erase_if(nodes_, hasID) + std::erase_if(cards_, hasID);
+    std::size_t removed = std::erase_if(nodes_, hasID) + std::erase_if(cards_, hasID) + wiring_.remove(id);
     if (defaults_ && defaults_->id() == id) {
         defaults_.reset();
         ++removed;
@@ -48,6 +50,7 @@ bool PipeWireRegistry::remove(std::uint32_t id) {
 void PipeWireRegistry::clear() {
     nodes_.clear();
     cards_.clear();
+    wiring_.clear();
     defaults_.reset();
 }
 
@@ -69,7 +72,14 @@ PipeWireSources PipeWireRegistry::sources() const {
 }
 
 PipeWireSource PipeWireRegistry::describe(const PipeWireNode& node) const {
-    PipeWireSource source{.nodeID = node.id(), .mediaType = node.mediaType(), .node = node.properties()};
+    PipeWireSource source{.nodeID = node.id(),
+                          .mediaType = node.mediaType(),
+                          .node = node.properties(),
+                          .format = node.format(),
+                          .isUsedByOthers = wiring_.isHeardByOthers(node.id(), ownClient())};
+    if (const std::uint32_t ports = wiring_.outputCount(node.id()); ports > 0) {
+        source.format.channelCount = ports;  // the session manager may have chosen fewer or more
+    }
     const auto cardID = numberOf<std::uint32_t>(node.properties(), PW_KEY_DEVICE_ID);
     const auto card = std::ranges::find_if(cards_, [&](const auto& other) { return other->id() == cardID; });
     if (card != cards_.end()) {

@@ -8,10 +8,11 @@
 
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireModel.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSources.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireWiring.hpp"
 
 namespace zorvane {
 
-/// A model of the server's nodes, cards and defaults.
+/// A model of the server's nodes, cards and defaults, and of who uses them.
 class PipeWireRegistry final : public PipeWireModel {
   public:
     /// `publish` is called on the session's thread; nothing is there while there is no connection.
@@ -30,6 +31,7 @@ class PipeWireRegistry final : public PipeWireModel {
     std::vector<std::unique_ptr<PipeWireNode>> nodes_;  // in the order in which they came
     std::vector<std::unique_ptr<PipeWireCard>> cards_;
     std::unique_ptr<PipeWireDefaults> defaults_;
+    PipeWireWiring wiring_;
 };
 
 }  // namespace zorvane

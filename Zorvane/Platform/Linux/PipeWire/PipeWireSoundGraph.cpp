@@ -13,11 +13,6 @@ bool isSound(std::string_view mediaClass) {
     return mediaClass.starts_with("Audio/") || mediaClass.ends_with("/Audio");
 }
 
-PipeWireSoundLink describeLink(const spa_dict* properties) {
-    return {.outputNode = numberOf<std::uint32_t>(properties, PW_KEY_LINK_OUTPUT_NODE).value_or(SPA_ID_INVALID),
-            .inputNode = numberOf<std::uint32_t>(properties, PW_KEY_LINK_INPUT_NODE).value_or(SPA_ID_INVALID)};
-}
-
 }  // namespace
 
 void PipeWireSoundGraph::add(pw_registry* registry, std::uint32_t id, std::string_view type,
@@ -32,7 +27,7 @@ void PipeWireSoundGraph::add(pw_registry* registry, std::uint32_t id, std::strin
             ports_.push_back(std::make_unique<PipeWirePort>(registry, id, properties, *this));
         }
     } else if (type == PW_TYPE_INTERFACE_Link) {
-        links_[id] = describeLink(properties);
+        wiring_.add(id, type, properties);
         objectChanged();
     } else if (type == PW_TYPE_INTERFACE_Client) {
         clients_[id] = numberOf<std::int64_t>(properties, PW_KEY_SEC_PID).value_or(0);
@@ -44,7 +39,7 @@ void PipeWireSoundGraph::add(pw_registry* registry, std::uint32_t id, std::strin
 bool PipeWireSoundGraph::remove(std::uint32_t id) {
     const auto hasID = [id](const auto& object) { return object->id() == id; };
     clients_.erase(id);
-    std::size_t removed = std::erase_if(nodes_, hasID) + std::erase_if(ports_, hasID) + links_.erase(id);
+    std::size_t removed = std::erase_if(nodes_, hasID) + std::erase_if(ports_, hasID) + wiring_.remove(id);
     if (defaults_ && defaults_->id() == id) {
         defaults_.reset();
         ++removed;
@@ -55,7 +50,7 @@ bool PipeWireSoundGraph::remove(std::uint32_t id) {
 void PipeWireSoundGraph::clear() {
     nodes_.clear();
     ports_.clear();
-    links_.clear();
+    wiring_.clear();
     clients_.clear();
     defaults_.reset();
 }
@@ -69,7 +64,7 @@ void PipeWireSoundGraph::publish(bool isConnected) {
 }
 
 PipeWireSoundScene PipeWireSoundGraph::scene(bool isConnected) const {
-    PipeWireSoundScene scene{.isConnected = isConnected, .links = links()};
+    PipeWireSoundScene scene{.isConnected = isConnected, .links = wiring_.links()};
     for (const auto& node : nodes_) {
         if (!node->properties().empty()) {
             scene.nodes.push_back(describe(*node));
@@ -110,17 +105,6 @@ std::int64_t PipeWireSoundGraph::processOf(const PipeWireNode& node) const {
     const auto client = numberOf<std::uint32_t>(node.properties(), PW_KEY_CLIENT_ID);
     const auto found = client ? clients_.find(*client) : clients_.end();
     return found == clients_.end() ? 0 : found->second;
-}
-
-/// One for each pair of nodes.
-std::vector<PipeWireSoundLink> PipeWireSoundGraph::links() const {
-    std::vector<PipeWireSoundLink> links;
-    for (const auto& [id, link] : links_) {
-        if (std::ranges::find(links, link) == links.end()) {
-            links.push_back(link);
-        }
-    }
-    return links;
 }
 
 }  // namespace zorvane

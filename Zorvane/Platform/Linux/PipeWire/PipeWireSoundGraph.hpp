@@ -5,20 +5,23 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireModel.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWirePort.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundScene.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireWiring.hpp"
 
 namespace zorvane {
 
 /// A client of the session. Give it to `PipeWireSession::add`, and to `remove` when it is needed no more.
 class PipeWireSoundGraph final : public PipeWireModel {
   public:
-    /// Called on the session's thread with each new scene, complete: all that was asked for has come. A burst of changes
-    /// is one change. The first scene comes soon after `add`, also if PipeWire isn't there.
+    /// Called on the session's thread with each new scene, complete: all that was asked for has come. A burst of
+    /// changes is one change. The first scene comes soon after `add`, also if PipeWire isn't there.
     using Observer = std::function<void(const PipeWireSoundScene& scene)>;
 
     explicit PipeWireSoundGraph(Observer observer) : observer_(std::move(observer)) {}
@@ -32,12 +35,11 @@ class PipeWireSoundGraph final : public PipeWireModel {
     PipeWireSoundScene scene(bool isConnected) const;
     PipeWireSoundNode describe(const PipeWireNode& node) const;
     std::int64_t processOf(const PipeWireNode& node) const;
-    std::vector<PipeWireSoundLink> links() const;
 
     const Observer observer_;
     std::vector<std::unique_ptr<PipeWireNode>> nodes_;  // in the order in which they came
     std::vector<std::unique_ptr<PipeWirePort>> ports_;
-    std::map<std::uint32_t, PipeWireSoundLink> links_;
+    PipeWireWiring wiring_;
     std::map<std::uint32_t, std::int64_t> clients_;  // their processes
     std::unique_ptr<PipeWireDefaults> defaults_;
     std::optional<PipeWireSoundScene> published_;

@@ -35,6 +35,8 @@ class PipeWireSoundInput::State final : public PipeWireClient {
           feed_(settings_.output.channelCount),
           intake_(settings_.output, *converting_, std::move(sink)) {}
 
+    std::uint32_t channelCount() const { return settings_.output.channelCount; }
+
     void start() {
         thread_ = std::thread([this] {
             blockAllSignals();
@@ -63,13 +65,14 @@ class PipeWireSoundInput::State final : public PipeWireClient {
     void disconnected() override { tap_.reset(); }
 
     void setSources(const PipeWireSoundSources& sources) {
-        if (tap_) {
+        if (!tap_) {
+            return;
+        }
+        {
             const MutexLock lock(mutex_);
             distance_ = sources.distance;
         }
-        if (tap_) {
-            tap_->setWires(sources.wires);
-        }
+        tap_->setWires(sources.wires);
     }
 
   private:
@@ -121,6 +124,10 @@ PipeWireSoundInput::PipeWireSoundInput(std::shared_ptr<PipeWireSession> session,
 
 PipeWireSoundInput::~PipeWireSoundInput() {
     stop();
+}
+
+std::uint32_t PipeWireSoundInput::channelCount() const {
+    return state_->channelCount();
 }
 
 void PipeWireSoundInput::start() {

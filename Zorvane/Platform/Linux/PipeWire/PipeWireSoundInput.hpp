@@ -22,8 +22,8 @@ class PipeWireSession;
 ///
 ///     made --start--> running --stop--> ended
 ///
-/// While it runs: when PipeWire ends, its sound ends; when PipeWire is back, the node is made anew, without sources, and
-/// waits for new ones. `start` and `stop` may be called on any thread, not inside the sink, one at a time.
+/// While it runs: when PipeWire ends, its sound ends; when PipeWire is back, the node is made anew, without sources,
+/// and waits for new ones. `start` and `stop` may be called on any thread, not inside the sink, one at a time.
 class PipeWireSoundInput {
   public:
     /// Takes a sample: a block in the output's format, on the host clock, whose frames join the last one's. On the
@@ -48,6 +48,8 @@ class PipeWireSoundInput {
     PipeWireSoundInput(const PipeWireSoundInput&) = delete;
     PipeWireSoundInput& operator=(const PipeWireSoundInput&) = delete;
     ~PipeWireSoundInput();
+
+    std::uint32_t channelCount() const;
 
     void start();
     /// After it the sink is not called.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireNodeFormat.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireProperties.hpp"
 
 namespace zorvane {
@@ -16,8 +17,10 @@ struct PipeWireSource {
     std::uint32_t nodeID = 0;  ///< while it lives; given to another one later
     AVMediaType mediaType = AVMediaType::audio;
     PipeWireProperties node;
-    PipeWireProperties card;  ///< of the hardware behind it; empty if there is none
-    bool isCutOff = false;    ///< nothing is plugged in where it listens
+    PipeWireProperties card;      ///< of the hardware behind it; empty if there is none
+    bool isCutOff = false;        ///< nothing is plugged in where it listens
+    PipeWireNodeFormat format;    ///< of sound
+    bool isUsedByOthers = false;  ///< another program than this one captures from it
 };
 
 /// All of them at one moment.
