@@ -13,6 +13,7 @@ namespace zorvane {
 
 class PipeWireMicrophone;
 class PipeWireSession;
+class PipeWireSoundInput;
 
 /// `AVCaptureSession` with one microphone as its input and one output for its sound: float samples in the device's own
 /// rate and channels, whatever the graph runs at. Cameras can't be added.

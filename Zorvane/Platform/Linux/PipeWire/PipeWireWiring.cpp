@@ -1,9 +1,6 @@
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireWiring.hpp"
 
-#include <pipewire/keys.h>
-#include <pipewire/link.h>
-#include <pipewire/node.h>
-#include <pipewire/port.h>
+#include <pipewire/pipewire.h>
 
 #include <algorithm>
 
