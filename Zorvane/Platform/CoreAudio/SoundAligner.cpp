@@ -17,8 +17,10 @@ namespace {
 /// A host time that is further off the place of its sound, in seconds, is no jitter.
 constexpr double tolerance = 0.05;
 
-/// How long host times must be off before the loop believes them, in seconds of sound.
+/// How long host times must be off before they are believed, in seconds of sound, and how far to be believed at once: a
+/// source that slept has not counted meanwhile, and what it gives now must not be heard before its sleep.
 constexpr double strayTime = 0.2;
+constexpr double sleep = 0.5;
 
 /// In how many seconds the sound moves to its place, and by how much at most in each.
 constexpr double approach = 1;
@@ -68,6 +70,9 @@ SoundAligner::State::State(const AVAudioFormat& sourceFormat, const AVAudioForma
 
 void SoundAligner::State::process(const SourceSoundBlock& block) {
     const auto frames = static_cast<std::int64_t>(block.frames.size() / source.bytesPerFrame());
+    if (frames == 0) {
+        return;
+    }
     if (isLocked) {
         follow(block, frames);
     } else {
@@ -84,12 +89,14 @@ void SoundAligner::State::process(const SourceSoundBlock& block) {
 }
 
 void SoundAligner::State::follow(const SourceSoundBlock& block, std::int64_t frames) {
-    if (std::abs(misplacement(block)) <= tolerance) {
+    const double error = std::abs(misplacement(block));
+    if (error <= tolerance) {
         strayFrames = 0;
         loop.observe(block.position, block.hostTime);
     } else {
         strayFrames += frames;
-        if (block.position != nextPosition || static_cast<double>(strayFrames) >= strayTime * source.sampleRate) {
+        const bool staysOff = static_cast<double>(strayFrames) >= strayTime * source.sampleRate;
+        if (staysOff || error >= sleep || block.position != nextPosition) {
             begin(block);
             return;
         }

@@ -29,7 +29,7 @@ struct SourceSoundBlock {
 /// | the source's count | its host time | what happens |
 /// |---|---|---|
 /// | goes on | as expected, within 50 ms | the loop follows |
-/// | goes on | is off by more, for a fifth of a second | the loop begins anew |
+/// | goes on | is off by more for a fifth of a second, or by half a second | the loop begins anew |
 /// | jumps ahead | as expected | frames were lost: a gap of as many whole output frames, in its place |
 /// | jumps back | as expected | what lies before the end of the block before is cut off |
 /// | jumps | is off by more | the source counts anew: as after `restart` |

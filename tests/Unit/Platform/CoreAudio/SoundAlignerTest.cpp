@@ -190,24 +190,32 @@ TEST(SoundAlignerTest, SingleStrayTimesChangeNothing) {
 }
 
 TEST(SoundAlignerTest, TimesThatStayOffAreBelieved) {
-    AlignerBench later(48000, 48000, {.deviation = 0.0002});
-    later.play(20);
-    later.clock.startSeconds += 0.08;
-    later.play(0.3);
-    later.click();
-    later.play(1);
-    ASSERT_THAT(later.runs, SizeIs(2));
-    EXPECT_NEAR(static_cast<double>(later.runs[1].first - later.runs[0].end), 0.08 * 48000, 2);
-    EXPECT_LT(later.worstLateness(), 0.0002);
+    for (const double shift : {0.08, -0.08}) {
+        AlignerBench bench(48000, 48000, {.deviation = 0.0002});
+        bench.play(20);
+        bench.clock.startSeconds += shift;
+        bench.play(0.3);
+        bench.click();
+        bench.play(1);
+        EXPECT_LT(bench.worstLateness(), 0.0002);
+        if (shift < 0) {
+            EXPECT_THAT(bench.runs, SizeIs(1));
+        } else {
+            ASSERT_THAT(bench.runs, SizeIs(2));
+            EXPECT_NEAR(static_cast<double>(bench.runs[1].first - bench.runs[0].end), shift * 48000, 2);
+        }
+    }
+}
 
-    AlignerBench earlier(48000, 48000, {.deviation = 0.0002});
-    earlier.play(20);
-    earlier.clock.startSeconds -= 0.08;
-    earlier.play(0.3);
-    earlier.click();
-    earlier.play(1);
-    EXPECT_THAT(earlier.runs, SizeIs(1));
-    EXPECT_LT(earlier.worstLateness(), 0.0002);
+TEST(SoundAlignerTest, ASourceThatSleptIsHeardAfterItsSleep) {
+    AlignerBench bench(48000, 48000, {});
+    bench.play(20);
+    bench.clock.startSeconds += 10;
+    bench.click();
+    bench.play(1);
+    ASSERT_THAT(bench.runs, SizeIs(2));
+    EXPECT_EQ(bench.runs[1].first - bench.runs[0].end, 480000);
+    EXPECT_LT(bench.worstLateness(), frame48k);
 }
 
 TEST(SoundAlignerTest, ACountThatJumpsAgainstTheHostTimeIsANewCount) {
@@ -225,11 +233,12 @@ TEST(SoundAlignerTest, ACountThatJumpsAgainstTheHostTimeIsANewCount) {
 TEST(SoundAlignerTest, ASourceWithAWrongRateKeepsItsTime) {
     for (const double nominal : {44100.0, 52000.0}) {
         AlignerBench bench(nominal, 48000, {.deviation = 48000 / nominal - 1});
-        bench.play(25);
-        bench.aligner.restart();
-        EXPECT_NEAR(static_cast<double>(bench.runs.back().end) / 48000, bench.trueSeconds(bench.position), 0.07);
-        EXPECT_LE(bench.aligner.rateDeviation(), 0.0101);
-        EXPECT_GE(bench.aligner.rateDeviation(), -0.0101);
+        for (int step = 0; step < 100; ++step) {
+            bench.play(0.25);
+            const double heardUntil = static_cast<double>(bench.runs.back().end) / 48000;
+            // Up to 11 ms are still inside.
+            ASSERT_NEAR(heardUntil + 0.0055, bench.trueSeconds(bench.position), 0.07 + 0.0055);
+        }
     }
 }
 
