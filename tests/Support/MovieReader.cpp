@@ -1,6 +1,7 @@
 #include "tests/Support/MovieReader.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -70,7 +71,7 @@ using Owner = std::unique_ptr<T, Closer>;
 
 class Reader {
   public:
-    explicit Reader(std::span<const std::byte> bytes) : source_{bytes} {
+    Reader(std::span<const std::byte> bytes, AVMediaType mediaType) : source_{bytes} {
         constexpr int bufferSize = 4096;
         io_.reset(avio_alloc_context(static_cast<std::uint8_t*>(av_malloc(bufferSize)), bufferSize, 0, &source_,
                                      &Source::read, nullptr, &Source::seek));
@@ -79,43 +80,52 @@ class Reader {
         require(avformat_open_input(&context, "movie", nullptr, nullptr), "open");
         format_.reset(context);
         require(avformat_find_stream_info(context, nullptr), "find streams");
-        if (context->nb_streams != 1) {
-            throw std::runtime_error("not one track");
+        const auto streams = std::span(context->streams, context->nb_streams);
+        const auto found =
+            std::ranges::find(streams, mediaType, [](const AVStream* stream) { return stream->codecpar->codec_type; });
+        if (found == streams.end()) {
+            throw std::runtime_error("no such track");
         }
-        const AVCodecParameters& parameters = *context->streams[0]->codecpar;
+        stream_ = *found;
+        const AVCodecParameters& parameters = *stream_->codecpar;
         const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
         decoder_.reset(avcodec_alloc_context3(codec));
         require(avcodec_parameters_to_context(decoder_.get(), &parameters), "decoder");
-        decoder_->pkt_timebase = context->streams[0]->time_base;
+        decoder_->pkt_timebase = stream_->time_base;
         require(avcodec_open2(decoder_.get(), codec, nullptr), "decoder");
     }
 
     Movie read(MovieDetail detail) {
         Movie movie = describe();
-        const Owner<AVPacket> packet(av_packet_alloc());
-        int result = 0;
-        while ((result = av_read_frame(format_.get(), packet.get())) >= 0) {
-            movie.packets.push_back(
-                {packet->pts, packet->dts, packet->duration, (packet->flags & AV_PKT_FLAG_KEY) != 0});
-            if (detail == MovieDetail::pictures) {
-                require(avcodec_send_packet(decoder_.get(), packet.get()), "decode");
-                receive(movie);
-            }
-            av_packet_unref(packet.get());
+        if (detail == MovieDetail::packets) {
+            readPackets(movie.packets, [](const AVPacket*) {});
+            return movie;
         }
-        if (result != AVERROR_EOF) {
-            require(result, "read");
-        }
-        if (detail == MovieDetail::pictures) {
-            require(avcodec_send_packet(decoder_.get(), nullptr), "decode");
-            receive(movie);
-        }
+        readPackets(movie.packets, [&](const AVPacket* packet) {
+            decode(packet, [&](const AVFrame& frame) { movie.pictures.push_back(pictureOf(frame)); });
+        });
         return movie;
+    }
+
+    MovieSound readSound() {
+        MovieSound sound;
+        sound.codec = avcodec_get_name(stream_->codecpar->codec_id);
+        sound.sampleRate = stream_->codecpar->sample_rate;
+        sound.channels = stream_->codecpar->ch_layout.nb_channels;
+        sound.timescale = stream_->time_base.den;
+        sound.startTime = stream_->start_time;
+        sound.duration = stream_->duration;
+        readPackets(sound.packets, [&](const AVPacket* packet) {
+            decode(packet, [&](const AVFrame& frame) { addFrame(frame, sound); });
+        });
+        const std::int64_t end = sound.packets.back().pts + sound.packets.back().duration;
+        sound.samples.resize(std::min(sound.samples.size(), static_cast<std::size_t>(end * sound.channels)));
+        return sound;
     }
 
   private:
     Movie describe() const {
-        const AVStream& stream = *format_->streams[0];
+        const AVStream& stream = *stream_;
         const AVCodecParameters& parameters = *stream.codecpar;
         Movie movie;
         const AVDictionaryEntry* const brand = av_dict_get(format_->metadata, "major_brand", nullptr, 0);
@@ -137,20 +147,56 @@ class Reader {
         return movie;
     }
 
-    void receive(Movie& movie) {
+    template <class Function>
+    void readPackets(std::vector<MoviePacket>& packets, Function function) {
+        const Owner<AVPacket> packet(av_packet_alloc());
+        int result = 0;
+        while ((result = av_read_frame(format_.get(), packet.get())) >= 0) {
+            if (packet->stream_index == stream_->index) {
+                const bool isKey = (packet->flags & AV_PKT_FLAG_KEY) != 0;
+                packets.push_back({packet->pts, packet->dts, packet->duration, isKey});
+                function(packet.get());
+            }
+            av_packet_unref(packet.get());
+        }
+        if (result != AVERROR_EOF) {
+            require(result, "read");
+        }
+        function(nullptr);
+    }
+
+    template <class Function>
+    void decode(const AVPacket* packet, Function function) {
+        require(avcodec_send_packet(decoder_.get(), packet), "decode");
         const Owner<AVFrame> frame(av_frame_alloc());
         int result = 0;
         while ((result = avcodec_receive_frame(decoder_.get(), frame.get())) >= 0) {
-            MoviePicture picture{frame->pts, frame->width, frame->height, {}, {}, {}};
-            const int halfWidth = (frame->width + 1) / 2;
-            const int halfHeight = (frame->height + 1) / 2;
-            picture.luma = plane(*frame, 0, frame->width, frame->height);
-            picture.cb = plane(*frame, 1, halfWidth, halfHeight);
-            picture.cr = plane(*frame, 2, halfWidth, halfHeight);
-            movie.pictures.push_back(std::move(picture));
+            function(*frame);
         }
         if (result != AVERROR(EAGAIN) && result != AVERROR_EOF) {
             require(result, "decode");
+        }
+    }
+
+    static MoviePicture pictureOf(const AVFrame& frame) {
+        const int halfWidth = (frame.width + 1) / 2;
+        const int halfHeight = (frame.height + 1) / 2;
+        return {frame.pts,
+                frame.width,
+                frame.height,
+                plane(frame, 0, frame.width, frame.height),
+                plane(frame, 1, halfWidth, halfHeight),
+                plane(frame, 2, halfWidth, halfHeight)};
+    }
+
+    // In its place, so that a hole is heard as one.
+    static void addFrame(const AVFrame& frame, MovieSound& sound) {
+        const auto begin = static_cast<std::size_t>(frame.pts * sound.channels);
+        sound.samples.resize(std::max(sound.samples.size(), begin));
+        for (int index = 0; index < frame.nb_samples; ++index) {
+            for (int channel = 0; channel < sound.channels; ++channel) {
+                sound.samples.push_back(reinterpret_cast<const float*>(frame.extended_data[channel])[index]);
+            }
         }
     }
 
@@ -169,8 +215,14 @@ class Reader {
     Source source_;
     Owner<AVIOContext> io_;
     Owner<AVFormatContext> format_;
+    AVStream* stream_ = nullptr;
     Owner<AVCodecContext> decoder_;
 };
+
+std::vector<char> contentOf(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
 
 template <class Member>
 std::vector<std::int64_t> collect(const std::vector<MoviePacket>& packets, Member member) {
@@ -191,14 +243,42 @@ std::vector<std::int64_t> Movie::durations() const {
     return collect(packets, &MoviePacket::duration);
 }
 
+std::int64_t MovieSound::peak(std::int64_t begin, std::int64_t end, int channel) const {
+    std::int64_t loudestFrame = begin;
+    for (std::int64_t frame = begin; frame < end; ++frame) {
+        if (std::abs(at(frame, channel)) > std::abs(at(loudestFrame, channel))) {
+            loudestFrame = frame;
+        }
+    }
+    return loudestFrame;
+}
+
+float MovieSound::loudest(std::int64_t begin, std::int64_t end) const {
+    float loudest = 0;
+    for (std::int64_t frame = begin; frame < end; ++frame) {
+        for (int channel = 0; channel < channels; ++channel) {
+            loudest = std::max(loudest, std::abs(at(frame, channel)));
+        }
+    }
+    return loudest;
+}
+
 Movie readMovie(std::span<const std::byte> bytes, MovieDetail detail) {
-    return Reader(bytes).read(detail);
+    return Reader(bytes, AVMEDIA_TYPE_VIDEO).read(detail);
 }
 
 Movie readMovie(const std::filesystem::path& path, MovieDetail detail) {
-    std::ifstream stream(path, std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
+    const std::vector<char> bytes = contentOf(path);
     return readMovie(std::as_bytes(std::span(bytes)), detail);
+}
+
+MovieSound readSound(std::span<const std::byte> bytes) {
+    return Reader(bytes, AVMEDIA_TYPE_AUDIO).readSound();
+}
+
+MovieSound readSound(const std::filesystem::path& path) {
+    const std::vector<char> bytes = contentOf(path);
+    return readSound(std::as_bytes(std::span(bytes)));
 }
 
 std::string movieBoxes(std::span<const std::byte> bytes) {

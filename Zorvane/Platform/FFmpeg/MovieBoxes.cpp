@@ -1,6 +1,7 @@
 #include "Zorvane/Platform/FFmpeg/MovieBoxes.hpp"
 
 #include <cstring>
+#include <limits>
 
 namespace zorvane {
 namespace {
@@ -20,11 +21,9 @@ std::uint32_t bigEndian32(std::span<const std::byte> bytes) {
     return value;
 }
 
-LargeBoxHeader header(std::uint32_t size, std::string_view type) {
-    LargeBoxHeader header{};
-    putBigEndian(size, std::span(header).first<4>());
-    std::memcpy(header.data() + 4, type.data(), 4);
-    return header;
+void putHeader(std::uint32_t size, std::string_view type, std::span<std::byte> bytes) {
+    putBigEndian(size, bytes.first<4>());
+    std::memcpy(bytes.data() + 4, type.data(), 4);
 }
 
 std::span<const std::byte> contentOf(std::span<const std::byte> boxes, const MovieBox& box) {
@@ -72,14 +71,23 @@ std::optional<std::size_t> findTrackMedia(std::span<const std::byte> fragment, s
     return std::nullopt;
 }
 
-LargeBoxHeader reservedBox() {
-    return header(MovieBox::largeHeaderSize, "free");
+ReservedSpace reservedBox() {
+    ReservedSpace space{};
+    putHeader(space.size(), "free", space);
+    return space;
 }
 
-LargeBoxHeader mediaDataHeader(std::uint64_t size) {
-    LargeBoxHeader result = header(1, "mdat");  // 1 says that the size follows the type
-    putBigEndian(size, std::span(result).last<8>());
-    return result;
+ReservedSpace mediaDataHeader(std::uint64_t size) {
+    ReservedSpace space{};
+    const std::uint64_t smallSize = size - MovieBox::headerSize;
+    if (smallSize <= std::numeric_limits<std::uint32_t>::max()) {
+        putHeader(MovieBox::headerSize, "free", space);
+        putHeader(static_cast<std::uint32_t>(smallSize), "mdat", std::span(space).last<MovieBox::headerSize>());
+    } else {
+        putHeader(1, "mdat", space);  // 1 says that the size follows the type
+        putBigEndian(size, std::span(space).last<8>());
+    }
+    return space;
 }
 
 }  // namespace zorvane

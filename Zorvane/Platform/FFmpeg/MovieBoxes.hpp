@@ -16,14 +16,13 @@ struct MovieBox {
     std::size_t size = 0;  ///< with its header
 
     static constexpr std::size_t headerSize = 8;
-    /// Enough for a box of any size.
-    static constexpr std::size_t largeHeaderSize = 16;
 
     std::size_t end() const { return offset + size; }
     std::size_t contentOffset() const { return offset + headerSize; }
 };
 
-using LargeBoxHeader = std::array<std::byte, MovieBox::largeHeaderSize>;
+/// Room for the header of a box of any size.
+using ReservedSpace = std::array<std::byte, 16>;
 
 /// The first box of that type among the outermost boxes, or nothing.
 std::optional<MovieBox> findBox(std::span<const std::byte> boxes, std::string_view type);
@@ -32,10 +31,11 @@ std::optional<MovieBox> findBox(std::span<const std::byte> boxes, std::string_vi
 /// nothing if it has none. `fragment` is the box `moof`.
 std::optional<std::size_t> findTrackMedia(std::span<const std::byte> fragment, std::uint32_t track);
 
-/// A box of 16 bytes that readers skip.
-LargeBoxHeader reservedBox();
+/// A box that readers skip.
+ReservedSpace reservedBox();
 
-/// The header of a box of media data that spans `size` bytes, this header included.
-LargeBoxHeader mediaDataHeader(std::uint64_t size);
+/// The header of a box of media data, of which the content and this space together are `size` bytes. Some readers know
+/// no sizes of 64 bits, so a box that can do without has a small header, behind an empty box that fills the space.
+ReservedSpace mediaDataHeader(std::uint64_t size);
 
 }  // namespace zorvane

@@ -109,7 +109,7 @@ void MovieFile::writeFragment() {
 
 void MovieFile::reserveHeader(std::vector<std::byte>& bytes) {
     reservedHeader_ = requireBox(bytes, "ftyp").end();
-    const LargeBoxHeader reserved = reservedBox();
+    const ReservedSpace reserved = reservedBox();
     bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(reservedHeader_), reserved.begin(), reserved.end());
 }
 

@@ -21,10 +21,10 @@ namespace zorvane {
 ///
 ///     ftyp | free | moov (no samples) | moof mdat | moof mdat | ...
 ///
-/// To finish it, an index of all samples is appended, and the header of `free`, which was made large enough for that,
-/// becomes that of one `mdat` box which spans everything in between:
+/// To finish it, an index of all samples is appended, and `free`, which was made large enough for that, becomes the
+/// header of one `mdat` box which spans everything in between:
 ///
-///     ftyp | mdat (moov moof mdat moof mdat ...) | moov (all samples)
+///     ftyp | free | mdat (moov moof mdat moof mdat ...) | moov (all samples)
 ///
 /// So nothing is ever copied, finishing costs the size of the index, and a reader finds a whole movie at every moment.
 /// The index is made by a second muxer that is given the same packets at the positions where they lie in the file.

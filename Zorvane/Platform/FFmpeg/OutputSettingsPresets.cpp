@@ -1,13 +1,23 @@
 #include "Zorvane/Platform/FFmpeg/OutputSettingsPresets.hpp"
 
 #include <algorithm>
+#include <cmath>
+
+#include "Zorvane/Platform/FFmpeg/EncoderOptions.hpp"
 
 namespace zorvane {
 namespace {
 
 CMVideoDimensions presetDimensions(AVOutputSettingsPreset preset) {
-    return preset == AVOutputSettingsPreset::hevc_7680x4320 ? CMVideoDimensions{7680, 4320}
-                                                            : CMVideoDimensions{3840, 2160};
+    switch (preset) {
+        case AVOutputSettingsPreset::h264_1920x1080:
+            return {1920, 1080};
+        case AVOutputSettingsPreset::h264_3840x2160:
+            return {3840, 2160};
+        case AVOutputSettingsPreset::hevc_7680x4320:
+            return {7680, 4320};
+    }
+    return {};
 }
 
 /// The highest quantiser at which small text and thin coloured lines can't be told from the screen, looking closely.
@@ -31,22 +41,38 @@ AVVideoSettings hevcSettings() {
     return settings;
 }
 
+/// At full bandwidth, for each channel.
+constexpr std::int32_t channelBitRate = 80'000;
+
+/// Lower rates have fewer frequencies to describe.
+std::int32_t bitRate(double sampleRate, std::int32_t channels) {
+    const double bandwidth = std::min(sampleRate / 44100, 1.0);
+    return static_cast<std::int32_t>(std::lround(channelBitRate * channels * bandwidth));
+}
+
 }  // namespace
 
 void PresetSettingsAssistant::setSourceVideoFormat(const CMFormatDescription& format) {
-    source_ = format.dimensions;
+    sourcePicture_ = format.dimensions;
+}
+
+void PresetSettingsAssistant::setSourceAudioFormat(const CMFormatDescription& format) {
+    sourceSound_ = format.audioFormat;
 }
 
 std::optional<AVAudioSettings> PresetSettingsAssistant::audioSettings() const {
+    const AVAudioFormat source = sourceSound_.value_or(AVAudioFormat{});
     AVAudioSettings settings;
-    settings.numberOfChannels = 2;
+    settings.sampleRate = nearestAudioRate(source.sampleRate);
+    settings.numberOfChannels = static_cast<std::int32_t>(std::clamp(source.channelCount, 1U, 8U));
+    settings.bitRate = bitRate(settings.sampleRate, *settings.numberOfChannels);
     return settings;
 }
 
 std::optional<AVVideoSettings> PresetSettingsAssistant::videoSettings() const {
     AVVideoSettings settings = preset_ == AVOutputSettingsPreset::hevc_7680x4320 ? hevcSettings() : h264Settings();
     const CMVideoDimensions largest = presetDimensions(preset_);
-    const CMVideoDimensions size = source_.value_or(largest);
+    const CMVideoDimensions size = sourcePicture_.value_or(largest);
     settings.width = std::min(size.width, largest.width);
     settings.height = std::min(size.height, largest.height);
     return settings;

@@ -14,12 +14,16 @@ class PresetSettingsAssistant final : public AVOutputSettingsAssistant {
     /// The settings depend on nothing but the source's size, which becomes the video's unless the preset is smaller.
     void setSourceVideoFormat(const CMFormatDescription& format) override;
 
+    /// Without it, sound is stereo at 48 kHz.
+    void setSourceAudioFormat(const CMFormatDescription& format) override;
+
     std::optional<AVAudioSettings> audioSettings() const override;
     std::optional<AVVideoSettings> videoSettings() const override;
 
   private:
     const AVOutputSettingsPreset preset_;
-    std::optional<CMVideoDimensions> source_;
+    std::optional<CMVideoDimensions> sourcePicture_;
+    std::optional<AVAudioFormat> sourceSound_;
 };
 
 }  // namespace zorvane

@@ -17,7 +17,7 @@ using std::chrono::milliseconds;
 using Status = AVAssetWriter::Status;
 using Ticks = std::vector<std::int64_t>;
 
-constexpr std::string_view finishedBoxes = "ftyp mdat moov";
+constexpr std::string_view finishedBoxes = "ftyp free mdat moov";
 
 TEST(FFmpegAssetWriterTest, MovieLastsFromTheSessionsStartToItsEnd) {
     WriterBench bench;

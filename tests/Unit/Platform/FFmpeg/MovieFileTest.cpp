@@ -39,7 +39,7 @@ TEST(MovieFileTest, FragmentsAndIndexOfManyPacketsAreWhole) {
     const std::array<std::optional<std::int64_t>, 1> end{180'000};
     movie.finish(end);
 
-    EXPECT_EQ(movieBoxes(record->bytes()), "ftyp mdat moov");
+    EXPECT_EQ(movieBoxes(record->bytes()), "ftyp free mdat moov");
     const Movie finished = readMovie(record->bytes());
     EXPECT_EQ(finished.packets.size(), 2U * perFragment);
     EXPECT_EQ(finished.duration, 180'000);

@@ -13,6 +13,7 @@
 #include "Zorvane/ZVError.hpp"
 #include "tests/Support/MovieReader.hpp"
 #include "tests/Support/PictureSource.hpp"
+#include "tests/Support/SoundSource.hpp"
 
 namespace zorvane::testing {
 
@@ -24,6 +25,13 @@ inline AVVideoSettings smallVideo(std::int32_t width = 64, std::int32_t height =
     return settings;
 }
 
+inline AVAudioSettings stereoSound(double sampleRate = 48000) {
+    AVAudioSettings settings;
+    settings.sampleRate = sampleRate;
+    settings.numberOfChannels = 2;
+    return settings;
+}
+
 inline std::string textOf(const std::exception_ptr& error) {
     return error ? localizedDescription(error) : "no error";
 }
@@ -31,7 +39,14 @@ inline std::string textOf(const std::exception_ptr& error) {
 struct WriterBench {
     explicit WriterBench(const AVVideoSettings& settings = smallVideo(), FileRecord::Faults faults = {},
                          AVFileType fileType = AVFileType::quickTimeMovie)
-        : file(std::make_shared<FileRecord>(faults)), input(std::make_shared<AVAssetWriterInput>(settings)) {
+        : WriterBench(std::make_shared<AVAssetWriterInput>(settings), faults, fileType) {}
+
+    explicit WriterBench(const AVAudioSettings& settings, FileRecord::Faults faults = {},
+                         AVFileType fileType = AVFileType::quickTimeMovie)
+        : WriterBench(std::make_shared<AVAssetWriterInput>(settings), faults, fileType) {}
+
+    WriterBench(std::shared_ptr<AVAssetWriterInput> onlyInput, FileRecord::Faults faults, AVFileType fileType)
+        : file(std::make_shared<FileRecord>(faults)), input(std::move(onlyInput)) {
         FFmpegWriterParts parts;
         parts.clock = clock;
         parts.makeFile = [record = file](const std::filesystem::path&) { return std::make_unique<MemoryFile>(record); };
@@ -42,6 +57,12 @@ struct WriterBench {
     ~WriterBench() {
         writer.reset();
         Activity::waitUntilIdle();
+    }
+
+    /// Adds a track of sound to one of pictures.
+    void addSound(const AVAudioSettings& settings = stereoSound()) {
+        soundInput = std::make_shared<AVAssetWriterInput>(settings);
+        writer->add(soundInput);
     }
 
     bool start(CMTime sessionStart = kCMTimeZero) {
@@ -60,6 +81,12 @@ struct WriterBench {
         return taken;
     }
 
+    bool appendSound(const CMSampleBuffer& sample) {
+        const bool taken = soundInput->append(sample);
+        Activity::waitUntilIdle();
+        return taken;
+    }
+
     AVAssetWriter::Status finish() {
         writer->finishWriting([] {});
         Activity::waitUntilIdle();
@@ -68,9 +95,12 @@ struct WriterBench {
 
     Movie movie(MovieDetail detail = MovieDetail::packets) const { return readMovie(file->bytes(), detail); }
 
+    MovieSound sound() const { return readSound(file->bytes()); }
+
     const std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
     const std::shared_ptr<FileRecord> file;
     const std::shared_ptr<AVAssetWriterInput> input;
+    std::shared_ptr<AVAssetWriterInput> soundInput;
     std::shared_ptr<AVAssetWriter> writer;
     const CVPixelBufferRef black = makeGreyPicture(64, 48, 0);
     const CVPixelBufferRef white = makeGreyPicture(64, 48, 255);
