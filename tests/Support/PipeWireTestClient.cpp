@@ -127,6 +127,9 @@ struct PipeWireTestClient::State {
     static void onGlobal(void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
                          const spa_dict* properties) {
         auto& self = *static_cast<State*>(data);
+        if (const char* alias = properties ? spa_dict_lookup(properties, PW_KEY_PORT_ALIAS) : nullptr) {
+            self.ports[alias] = id;
+        }
         const char* name = properties ? spa_dict_lookup(properties, PW_KEY_METADATA_NAME) : nullptr;
         if (std::string_view(type) == PW_TYPE_INTERFACE_Metadata && name && std::string_view(name) == "default") {
             self.metadata =
@@ -167,6 +170,7 @@ struct PipeWireTestClient::State {
     pw_metadata* metadata = nullptr;
     int answered = -1;
     std::string error;
+    std::map<std::string, std::uint32_t> ports;  // by their names with their nodes'
     std::map<std::uint32_t, pw_proxy*> proxies;
     std::map<std::uint32_t, std::unique_ptr<Card>> cards;
 };
@@ -220,6 +224,17 @@ void PipeWireTestClient::removeNode(std::uint32_t node) {
     pw_proxy_destroy(state_->proxies.at(node));
     state_->proxies.erase(node);
     state_->awaitServer();
+}
+
+void PipeWireTestClient::link(const std::string& outputPort, const std::string& inputPort) {
+    const State::Lock lock(*state_);
+    const std::string output = std::to_string(state_->ports.at(outputPort));
+    const std::string input = std::to_string(state_->ports.at(inputPort));
+    const Properties properties{{PW_KEY_LINK_OUTPUT_PORT, output}, {PW_KEY_LINK_INPUT_PORT, input}};
+    const auto items = itemsOf(properties);
+    const spa_dict dictionary = dictionaryOf(items);
+    state_->keep(
+        pw_core_create_object(state_->core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &dictionary, 0));
 }
 
 std::uint32_t PipeWireTestClient::addCard(const Properties& properties, const PipeWireRoutes& routes) {

@@ -23,6 +23,9 @@ class PipeWireTestClient {
     std::uint32_t addNode(Properties properties);
     void removeNode(std::uint32_t node);
 
+    /// Sends sound from one port to another, by their names, as in `link("mic:output_1", "ears:input_1")`.
+    void link(const std::string& outputPort, const std::string& inputPort);
+
     /// A sound card with these routes. Returns its number at the server, for "device.id" of nodes.
     std::uint32_t addCard(const Properties& properties, const PipeWireRoutes& routes);
     void setRoutes(std::uint32_t card, const PipeWireRoutes& routes);

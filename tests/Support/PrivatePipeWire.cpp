@@ -21,6 +21,7 @@ constexpr const char* configuration = R"(
 context.properties = { core.daemon = true, core.name = pipewire-0, support.dbus = false }
 context.spa-libs = {
     audio.convert.* = audioconvert/libspa-audioconvert
+    audiotestsrc    = audiotestsrc/libspa-audiotestsrc
     support.*       = support/libspa-support
 }
 context.modules = [
@@ -31,8 +32,13 @@ context.modules = [
     { name = libpipewire-module-client-device }
     { name = libpipewire-module-access }
     { name = libpipewire-module-adapter }
+    { name = libpipewire-module-link-factory }
 ]
-context.objects = [ { factory = metadata, args = { metadata.name = default } } ]
+context.objects = [
+    { factory = metadata, args = { metadata.name = default } }
+    { factory = spa-node-factory
+      args = { factory.name = support.node.driver, node.name = driver, node.group = pipewire.dummy } }
+]
 )";
 
 /// In the child between fork and exec: only async-signal-safe calls.

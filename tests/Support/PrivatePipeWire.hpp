@@ -13,7 +13,8 @@
 namespace zorvane {
 
 /// Names a place for PipeWire's socket in the environment, where nothing runs at first. Without devices and without a
-/// session manager. Ends what it started and takes the environment back at the end.
+/// session manager, which means that nobody links but who is asked to. Ends what it started and takes the environment
+/// back at the end.
 class PrivatePipeWire {
   public:
     PrivatePipeWire();

@@ -14,7 +14,7 @@ namespace zorvane {
 PipeWireSoundSources soundOfMicrophone(const PipeWireSoundNode& node, std::uint32_t channelCount) {
     std::vector<PipeWireSoundPort> outputs;
     std::ranges::copy_if(node.ports, std::back_inserter(outputs),
-                         [](const auto& port) { return port.kind == PipeWireSoundPort::Kind::output; });
+                         [](const auto& port) { return port.kind != PipeWireSoundPort::Kind::input; });
     PipeWireSoundSources sources{.distance = {.side = PipeWireSoundDistance::Side::recorded}};
     if (outputs.empty()) {
         return sources;

@@ -36,7 +36,8 @@ class PipeWireMicrophone {
     NSKeyValueObservation listObservation_;
 };
 
-/// The wires from a microphone's ports to an input's channels, in their order; a single port goes to all.
+/// The wires from a microphone's ports to an input's channels, in their order; a single port goes to all. A microphone
+/// that exists in software only gives what is played into it, so that all its outputs are monitors.
 PipeWireSoundSources soundOfMicrophone(const PipeWireSoundNode& node, std::uint32_t channelCount);
 
 }  // namespace zorvane

@@ -11,10 +11,6 @@ std::uint32_t idOf(const spa_dict* properties, const char* key) {
     return numberOf<std::uint32_t>(properties, key).value_or(SPA_ID_INVALID);
 }
 
-bool isMonitor(const spa_dict* properties) {
-    return rawValue(properties, PW_KEY_PORT_MONITOR) == "true";
-}
-
 }  // namespace
 
 bool PipeWireWiring::add(std::uint32_t id, std::string_view type, const spa_dict* properties) {
@@ -24,7 +20,7 @@ bool PipeWireWiring::add(std::uint32_t id, std::string_view type, const spa_dict
         links_[id] = {.outputNode = idOf(properties, PW_KEY_LINK_OUTPUT_NODE),
                       .inputNode = idOf(properties, PW_KEY_LINK_INPUT_NODE)};
     } else if (type == PW_TYPE_INTERFACE_Port) {
-        if (rawValue(properties, PW_KEY_PORT_DIRECTION) == "out" && !isMonitor(properties)) {
+        if (rawValue(properties, PW_KEY_PORT_DIRECTION) == "out") {
             outputs_[id] = idOf(properties, PW_KEY_NODE_ID);
         }
     } else {

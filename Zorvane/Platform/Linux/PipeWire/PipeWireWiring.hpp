@@ -19,7 +19,7 @@ class PipeWireWiring {
     bool remove(std::uint32_t id);
     void clear();
 
-    /// How many channels a node gives, without those of a monitor.
+    /// How many ports give the node's sound or pictures.
     std::uint32_t outputCount(std::uint32_t node) const;
 
     /// Whether a node gives sound or pictures to one that doesn't belong to the client with this number.

@@ -7,13 +7,15 @@
 namespace zorvane {
 namespace {
 
-/// Of a cycle's time against the clock's own count. More is no jitter and no drift: one of the two has jumped.
-constexpr std::chrono::milliseconds mostDisagreement{100};
 constexpr std::uint32_t silentClock = UINT32_MAX;  // counts the silence that is put; no node has this number
 constexpr std::uint32_t silentFrames = 4096;       // are put at once
 
 std::chrono::nanoseconds lengthOf(std::int64_t frames, double rate) {
     return std::chrono::nanoseconds(std::llround(static_cast<double>(frames) / rate * 1e9));
+}
+
+std::int64_t framesIn(std::chrono::nanoseconds time, double rate) {
+    return static_cast<std::int64_t>(std::chrono::duration<double>(time).count() * rate);
 }
 
 AVAudioFormat sourceFormat(double rate, std::uint32_t channelCount) {
@@ -28,34 +30,42 @@ std::chrono::nanoseconds heardAt(const SoundCycle& cycle, const PipeWireSoundDis
 }
 
 SoundIntake::SoundIntake(const AVAudioFormat& output, AVAudioConverting& converting, SoundAligner::Sink sink)
-    : output_(output),
-      converting_(converting),
-      sink_(std::move(sink)),
-      silence_(silentFrames * output.channelCount) {}
+    : output_(output), converting_(converting), sink_(std::move(sink)), silence_(silentFrames * output.channelCount) {}
 
-void SoundIntake::take(const SoundCycle& cycle, const SoundRing::Parts& frames,
-                       const PipeWireSoundDistance& distance) {
+void SoundIntake::take(const SoundCycle& cycle, const SoundRing::Parts& frames, const PipeWireSoundDistance& distance) {
     const Place place{cycle, distance, zorvane::heardAt(cycle, distance)};
-    if (last_ && last_->cycle.clock == silentClock) {
-        fillUntil(place.heardAt);
+    if (isSilent()) {
+        fillUntil(place.heardAt + lengthOf(2, rate_));  // to cut two frames of sound is better than to leave a rest
     }
     put(place, frames);
 }
 
+bool SoundIntake::isSilent() const {
+    return last_ && last_->cycle.clock == silentClock;
+}
+
 void SoundIntake::fillUntil(std::chrono::nanoseconds time) {
     end_ = end_.value_or(time);
-    const double rate = rate_ > 0 ? rate_ : output_.sampleRate;
-    auto missing = static_cast<std::int64_t>(std::chrono::duration<double>(time - *end_).count() * rate);
-    std::int64_t position = 0;
-    if (last_ && last_->cycle.clock == silentClock) {
-        position = last_->cycle.position + last_->cycle.frames;
+    prepareAligner(rate_ > 0 ? rate_ : output_.sampleRate);
+    auto missing = framesIn(time - *end_, rate_);
+    if (missing > 0 && !isSilent()) {
+        endSound();
+        missing = framesIn(time - *end_, rate_);
     }
     while (missing > 0) {
         const auto frames = static_cast<std::uint32_t>(std::min<std::int64_t>(missing, silentFrames));
-        const SoundCycle cycle{silentClock, position, *end_, rate, frames};
+        const std::int64_t position = isSilent() ? last_->cycle.position + last_->cycle.frames : 0;
+        const SoundCycle cycle{silentClock, position, *end_, rate_, frames};
         put({cycle, {}, cycle.time}, {std::span(silence_).first(std::size_t{frames} * output_.channelCount), {}});
-        position += frames;
         missing -= frames;
+    }
+}
+
+/// The sound that was handed over may end a little beside where the last cycle's time says.
+void SoundIntake::endSound() {
+    aligner_->restart();
+    if (deliveredUntil_) {
+        end_ = std::chrono::nanoseconds(std::llround(deliveredUntil_->seconds() * 1e9));
     }
 }
 
@@ -72,14 +82,10 @@ void SoundIntake::put(const Place& place, const SoundRing::Parts& frames) {
     end_ = place.heardAt + lengthOf(cycle.frames, cycle.rate);
 }
 
+/// What jumps within one clock is the aligner's.
 bool SoundIntake::isContinued(const Place& place) const {
-    if (!last_ || last_->cycle.clock != place.cycle.clock || last_->cycle.rate != place.cycle.rate ||
-        last_->distance != place.distance) {
-        return false;
-    }
-    const std::int64_t advance = place.cycle.position - last_->cycle.position;
-    const auto disagreement = place.heardAt - last_->heardAt - lengthOf(advance, place.cycle.rate);
-    return advance >= last_->cycle.frames && std::chrono::abs(disagreement) < mostDisagreement;
+    return last_ && last_->cycle.clock == place.cycle.clock && last_->cycle.rate == place.cycle.rate &&
+           last_->distance == place.distance;
 }
 
 void SoundIntake::prepareAligner(double rate) {

@@ -22,9 +22,9 @@ namespace zorvane {
 /// an application or the monitor of a sink hands over is played later, by the latency of the sink.
 std::chrono::nanoseconds heardAt(const SoundCycle& cycle, const PipeWireSoundDistance& distance);
 
-/// Brings cycles onto the host clock by an aligner, which is restarted where one clock of the graph follows another one:
-/// its number or its rate is different, it goes back, or it disagrees with the host's by more than any delay explains.
-/// Time that runs on without cycles can be given as silence, which then joins the sound on both sides.
+/// Brings cycles onto the host clock by an aligner, which begins anew where another clock of the graph counts, or the
+/// distance from the air is another one. Time that runs on without cycles can be given as silence, which then joins the
+/// sound on both sides.
 ///
 /// Pure: no thread, no clock. Used by one thread at a time.
 class SoundIntake {
@@ -46,6 +46,8 @@ class SoundIntake {
 
     void put(const Place& place, const SoundRing::Parts& frames);
     bool isContinued(const Place& place) const;
+    bool isSilent() const;
+    void endSound();
     void prepareAligner(double rate);
     void process(std::int64_t position, std::chrono::nanoseconds time, std::span<const float> frames);
     void deliver(const CMSampleBuffer& sample);
