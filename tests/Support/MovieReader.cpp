@@ -152,7 +152,8 @@ class Reader {
         const Owner<AVPacket> packet(av_packet_alloc());
         int result = 0;
         while ((result = av_read_frame(format_.get(), packet.get())) >= 0) {
-            if (packet->stream_index == stream_->index) {
+            const bool isWhole = (packet->flags & AV_PKT_FLAG_CORRUPT) == 0;
+            if (packet->stream_index == stream_->index && isWhole) {
                 const bool isKey = (packet->flags & AV_PKT_FLAG_KEY) != 0;
                 packets.push_back({packet->pts, packet->dts, packet->duration, isKey});
                 function(packet.get());
@@ -189,11 +190,11 @@ class Reader {
                 plane(frame, 2, halfWidth, halfHeight)};
     }
 
-    // In its place, so that a hole is heard as one.
+    // In its place, so that a hole is heard as one. In a fragmented movie the padding has times before 0.
     static void addFrame(const AVFrame& frame, MovieSound& sound) {
-        const auto begin = static_cast<std::size_t>(frame.pts * sound.channels);
+        const auto begin = static_cast<std::size_t>(std::max<std::int64_t>(frame.pts, 0) * sound.channels);
         sound.samples.resize(std::max(sound.samples.size(), begin));
-        for (int index = 0; index < frame.nb_samples; ++index) {
+        for (auto index = std::max<std::int64_t>(-frame.pts, 0); index < frame.nb_samples; ++index) {
             for (int channel = 0; channel < sound.channels; ++channel) {
                 sound.samples.push_back(reinterpret_cast<const float*>(frame.extended_data[channel])[index]);
             }

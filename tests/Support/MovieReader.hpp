@@ -79,7 +79,8 @@ struct MovieSound {
 
 enum class MovieDetail : std::uint8_t { packets, pictures };
 
-/// Throws `std::runtime_error` when this is no movie, or not a whole one, or has no such track.
+/// A packet that is cut off by the file's end is left out. Throws `std::runtime_error` when this is no movie, or not a
+/// whole one, or has no such track.
 Movie readMovie(std::span<const std::byte> bytes, MovieDetail detail = MovieDetail::packets);
 Movie readMovie(const std::filesystem::path& path, MovieDetail detail = MovieDetail::packets);
 
