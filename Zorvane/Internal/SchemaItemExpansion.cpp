@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Zorvane/Internal/Recorders/AudioRecorderExpansion.hpp"
 #include "Zorvane/Internal/Recorders/ScreenRecorderExpansion.hpp"
 #include "Zorvane/ZVError.hpp"
 
@@ -22,18 +23,6 @@ Task<Recorders> refuse(std::string_view source) {
 
 Task<Recorders> createRecorders(WebcamSchemaItem, RecorderContext) {
     return refuse("webcams");
-}
-
-Task<Recorders> createRecorders(MicrophoneFileSchemaItem, RecorderContext) {
-    return refuse("microphones");
-}
-
-Task<Recorders> createRecorders(MicrophoneStreamSchemaItem, RecorderContext) {
-    return refuse("microphones");
-}
-
-Task<Recorders> createRecorders(SystemAudioSchemaItem, RecorderContext) {
-    return refuse("system audio");
 }
 
 Task<Recorders> createRecorders(AppleDeviceStaticOrientationItem, RecorderContext) {

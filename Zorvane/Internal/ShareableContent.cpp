@@ -71,6 +71,11 @@ std::shared_ptr<TokenBucket> ShareableContent::tokenBucket() {
     return contentAccess()->tokenBucket;
 }
 
+Task<SCShareableContent> ShareableContent::retrieve(ShareableContentError::Case timeoutError) {
+    const std::shared_ptr<TokenBucket> bucket = tokenBucket();
+    co_return co_await bucket->withToken(getContentWithRestart(SCShareableContentScope::all, timeoutError));
+}
+
 Task<SCShareableContent> ShareableContent::getContentWithRestart(SCShareableContentScope scope,
                                                                  ShareableContentError::Case timeoutError) {
     const Logger logger = Logger::forType<ShareableContent>();

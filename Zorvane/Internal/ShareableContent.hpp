@@ -19,6 +19,9 @@ class SCScreenCapture;
 /// after 4.1 seconds. A serialised object that serves a single call.
 class ShareableContent : public std::enable_shared_from_this<ShareableContent> {
   public:
+    /// All content there is, retrieved while holding the process's one token. Throws as `getContentWithRestart` does.
+    static Task<SCShareableContent> retrieve(ShareableContentError::Case timeoutError);
+
     /// One retrieval at a time in the process: every caller enters the bucket before it retrieves and exits after.
     static std::shared_ptr<TokenBucket> tokenBucket();
 

@@ -27,6 +27,13 @@ AudioSamplePath::AudioSamplePath(std::unique_ptr<AudioSampleSink> sink, const St
       prepareAdaptor_(RingBuffer<CMSampleBuffer>(heldSamples)),
       endAdaptor_(RingBuffer<CMTime>(1)) {}
 
+void AudioSamplePath::process(const CMSampleBuffer& sampleBuffer, const CMClock* clock) {
+    meter_.measure(sampleBuffer);
+    for (const CMSampleBuffer& filled : fillGap(placement_.place(sampleBuffer, clock))) {
+        handle(filled);
+    }
+}
+
 AudioGapFiller::Samples AudioSamplePath::fillGap(const CMSampleBuffer& sampleBuffer) {
     try {
         return gapFiller_.process(sampleBuffer);
@@ -41,37 +48,36 @@ AudioGapFiller::Samples AudioSamplePath::fillGap(const CMSampleBuffer& sampleBuf
     }
 }
 
-void AudioSamplePath::handle(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
+void AudioSamplePath::handle(const CMSampleBuffer& sampleBuffer) {
     interval_.refresh();
-    if (interval_.contains(hostTime.seconds())) {
-        keep(sampleBuffer, hostTime);
+    if (interval_.contains(sampleBuffer.presentationTimeStamp().seconds())) {
+        keep(sampleBuffer);
     } else {
         prepareAdaptor_.append(sampleBuffer);
     }
-    noteEnd(sampleBuffer, hostTime);
+    noteEnd(sampleBuffer);
 }
 
-void AudioSamplePath::keep(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
+void AudioSamplePath::keep(const CMSampleBuffer& sampleBuffer) {
     if (!std::exchange(didStart_, true)) {
-        start(sampleBuffer, hostTime);
+        start(sampleBuffer.presentationTimeStamp());
     }
     sink_->append(sampleBuffer);
 }
 
-void AudioSamplePath::start(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
+void AudioSamplePath::start(CMTime firstSampleTime) {
     using StartMessage = AudioSamplePathTraits::StartMessage;
     const auto message = [&](std::string_view what) {
         return fmt::format("Got first sample after recording interval start, {} {}.", what, traits_.activity);
     };
     const auto starting = [&] { return message("starting"); };
-    const auto time = [&] { return LogMetadata{{"hostTimeClockPTS", hostTime.logDescription()}}; };
+    const auto time = [&] { return LogMetadata{{"hostTimeClockPTS", firstSampleTime.logDescription()}}; };
     if (traits_.startMessage == StartMessage::trace) {
         logger_.trace(starting, time);
     } else if (traits_.startMessage == StartMessage::debug) {
         logger_.debug(starting, time);
     }
-    const std::int32_t timescale = sampleBuffer.presentationTimeStamp().timescale;
-    sink_->begin(CMTime::fromSeconds(interval_.recordFrom(), timescale));
+    sink_->begin(CMTime::fromSeconds(interval_.recordFrom(), firstSampleTime.timescale));
     const RingBuffer<CMSampleBuffer> held = prepareAdaptor_.buffer();
     for (const CMSampleBuffer& heldSample : held) {
         sink_->append(heldSample);
@@ -82,9 +88,10 @@ void AudioSamplePath::start(const CMSampleBuffer& sampleBuffer, CMTime hostTime)
     }
 }
 
-void AudioSamplePath::noteEnd(const CMSampleBuffer& sampleBuffer, CMTime hostTime) {
+void AudioSamplePath::noteEnd(const CMSampleBuffer& sampleBuffer) {
+    const CMTime begin = sampleBuffer.presentationTimeStamp();
     const CMTime duration = sampleBuffer.duration();
-    const CMTime end = duration.isNumeric() ? hostTime + duration : hostTime;
+    const CMTime end = duration.isNumeric() ? begin + duration : begin;
     if (end.seconds() >= interval_.recordUntil()) {
         endAdaptor_.append(end);
     }

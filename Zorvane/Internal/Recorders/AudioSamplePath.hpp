@@ -11,6 +11,7 @@
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
 #include "Zorvane/Internal/Recorders/AudioSampleSink.hpp"
+#include "Zorvane/Internal/Recorders/HostTimePlacement.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
 #include "Zorvane/Internal/SoundMeter.hpp"
 #include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
@@ -28,8 +29,9 @@ struct AudioSamplePathTraits {
     std::chrono::nanoseconds flushTolerance = std::chrono::milliseconds(1);
 };
 
-/// Gaps are filled with silence; before the recording's start the newest samples are held; the first sample inside the
-/// interval begins the sink at `recordFrom` and replays what is held; from then on samples go to the sink, in order.
+/// Samples are brought to the host clock; gaps are filled with silence; before the recording's start the newest samples
+/// are held; the first sample inside the interval begins the sink at `recordFrom` and replays what is held; from then
+/// on samples go to the sink, in order.
 ///
 /// `process` is called on one thread at a time, the rest on any.
 class AudioSamplePath {
@@ -37,14 +39,8 @@ class AudioSamplePath {
     AudioSamplePath(std::unique_ptr<AudioSampleSink> sink, const StableRecordingInterval& interval,
                     const Logger& logger, const AudioSamplePathTraits& traits);
 
-    /// Takes one sample of the source. `toHostTime` tells a sample's time on the host clock.
-    template <class ToHostTime>
-    void process(const CMSampleBuffer& sampleBuffer, const ToHostTime& toHostTime) {
-        meter_.measure(sampleBuffer);
-        for (const CMSampleBuffer& filled : fillGap(sampleBuffer)) {
-            handle(filled, toHostTime(filled));
-        }
-    }
+    /// Takes one sample of the source, whose clock is null if it has none.
+    void process(const CMSampleBuffer& sampleBuffer, const CMClock* clock);
 
     /// Ends with the first sample, or throws `error` after `timeout` seconds without one.
     Task<> waitForSample(double timeout, ZVError error) const;
@@ -62,15 +58,16 @@ class AudioSamplePath {
 
   private:
     AudioGapFiller::Samples fillGap(const CMSampleBuffer& sampleBuffer);
-    void handle(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
-    void keep(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
-    void start(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
-    void noteEnd(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
+    void handle(const CMSampleBuffer& sampleBuffer);
+    void keep(const CMSampleBuffer& sampleBuffer);
+    void start(CMTime firstSampleTime);
+    void noteEnd(const CMSampleBuffer& sampleBuffer);
 
     const Logger logger_;
     const AudioSamplePathTraits traits_;
     const std::unique_ptr<AudioSampleSink> sink_;
-    StableRecordingInterval interval_;  // belongs to the source's queue, as the gap filler and didStart_
+    StableRecordingInterval interval_;  // belongs to the source's queue, as all down to the meter, and didStart_
+    HostTimePlacement placement_;
     AudioGapFiller gapFiller_;
     SoundMeter meter_;
     PrepareRingBufferAdaptor<CMSampleBuffer> prepareAdaptor_;

@@ -93,6 +93,12 @@ void MediaOutput::endSession(StableRecordingInterval interval) {
     }
 }
 
+MasterPlaylist soundPlaylist(const AVAudioSettings& settings, std::string_view trackName) {
+    return {.audioChannelsCount = settings.numberOfChannels.value_or(1),
+            .audioTrackName = std::string(trackName),
+            .audioCodecName = "mp4a.40.2"};
+}
+
 std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,
                                                            MasterPlaylist masterPlaylist, const Logger& logger) {
     if (const auto* file = std::get_if<OutputDescription::SingleFile>(&description.form)) {

@@ -64,6 +64,9 @@ class MediaOutput {
     std::vector<std::shared_ptr<AVAssetWriterInput>> inputs_;
 };
 
+/// The playlist of sound alone, whose track has this name for people.
+MasterPlaylist soundPlaylist(const AVAudioSettings& settings, std::string_view trackName);
+
 /// The writers of a described output, the playlist for the case that it is segmented. Throws what the platform throws.
 std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,
                                                            MasterPlaylist masterPlaylist, const Logger& logger);

@@ -9,7 +9,10 @@ namespace zorvane {
 namespace {
 
 AVFileType fileTypeFor(const std::filesystem::path& url) {
-    return url.extension() == ".mp4" ? AVFileType::mpeg4 : AVFileType::quickTimeMovie;
+    if (url.extension() == ".mp4") {
+        return AVFileType::mpeg4;
+    }
+    return url.extension() == ".m4a" ? AVFileType::appleM4A : AVFileType::quickTimeMovie;
 }
 
 }  // namespace

@@ -16,13 +16,6 @@
 namespace zorvane {
 namespace {
 
-/// All content there is, with the process's one token held meanwhile.
-Task<SCShareableContent> retrieveContent(ShareableContentError::Case timeoutError) {
-    const std::shared_ptr<TokenBucket> bucket = ShareableContent::tokenBucket();
-    co_return co_await bucket->withToken(
-        ShareableContent::getContentWithRestart(SCShareableContentScope::all, timeoutError));
-}
-
 template <class T, class IDs, class GetID>
 std::vector<T> keepListed(std::vector<T> all, const IDs& ids, GetID getID) {
     std::erase_if(all, [&](const T& one) { return std::find(ids.begin(), ids.end(), getID(one)) == ids.end(); });
@@ -105,7 +98,7 @@ CGRect ResolvedContentFilter::globalCrop() const {
 Task<ResolvedContentFilter> createDisplayFilter(std::uint32_t displaySerialNumber, DisplayFilterOptions options,
                                                 Logger logger) {
     const std::optional<CGDirectDisplayID> displayID = displayIDFor(displaySerialNumber);
-    SCShareableContent content = co_await retrieveContent(ShareableContentError::Case::timeoutRecordDisplay);
+    SCShareableContent content = co_await ShareableContent::retrieve(ShareableContentError::Case::timeoutRecordDisplay);
     const auto display = std::find_if(content.displays.begin(), content.displays.end(),
                                       [&](const SCDisplay& candidate) { return candidate.displayID == displayID; });
     if (display == content.displays.end()) {
@@ -124,7 +117,7 @@ Task<ResolvedContentFilter> createDisplayFilter(std::uint32_t displaySerialNumbe
 }
 
 Task<ResolvedContentFilter> createWindowBasedCropFilter(std::uint32_t windowID, Logger logger) {
-    SCShareableContent content = co_await retrieveContent(ShareableContentError::Case::timeoutRecordWindow);
+    SCShareableContent content = co_await ShareableContent::retrieve(ShareableContentError::Case::timeoutRecordWindow);
     const auto found = std::find_if(content.windows.begin(), content.windows.end(),
                                     [&](const SCWindow& window) { return window.windowID == windowID; });
     if (found == content.windows.end()) {

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <utility>
 
+#include "Zorvane/Platform/CoreMedia/CMClock.hpp"
+
 namespace zorvane {
 namespace {
 
@@ -25,6 +27,12 @@ ZVError noVideoError() {
 ZVError noAudioError() {
     return ZVError::internalError("No audio samples received from system audio.",
                                   "No audio from system audio. If this problem persists, try rebooting your computer.");
+}
+
+/// The sample's time on the host clock: that of its arrival when the stream has no clock to convert from.
+CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const SCStream& stream) {
+    const CMClock* clock = stream.synchronizationClock();
+    return clock ? clock->convertToHostTime(sampleBuffer.presentationTimeStamp()) : hostTimeClockTime();
 }
 
 }  // namespace
@@ -95,8 +103,7 @@ void ScreenStreamCoordinator::stream(SCStream& stream, const CMSampleBuffer& sam
             return;
         case SCStreamOutputType::audio:
             if (audioPath_) {
-                audioPath_->process(sampleBuffer,
-                                    [&](const CMSampleBuffer& filled) { return hostTimeOf(filled, stream); });
+                audioPath_->process(sampleBuffer, stream.synchronizationClock());
             }
             return;
     }

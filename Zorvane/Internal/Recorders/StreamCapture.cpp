@@ -4,7 +4,6 @@
 
 #include "Zorvane/Internal/Concurrency/Continuation.hpp"
 #include "Zorvane/Internal/LogPieces.hpp"
-#include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/ZVError.hpp"
 
@@ -80,11 +79,6 @@ Task<std::exception_ptr> stopCapture(SCStream& stream, Logger logger) {
         co_return error;
     }
     co_return nullptr;
-}
-
-CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const SCStream& stream) {
-    const CMClock* clock = stream.synchronizationClock();
-    return clock ? clock->convertToHostTime(sampleBuffer.presentationTimeStamp()) : hostTimeClockTime();
 }
 
 }  // namespace zorvane

@@ -8,7 +8,6 @@
 #include "Zorvane/Internal/AbortSignal.hpp"
 #include "Zorvane/Internal/Concurrency/Task.hpp"
 #include "Zorvane/Internal/Logger.hpp"
-#include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
 
 namespace zorvane {
@@ -25,8 +24,5 @@ Task<> startCapture(SCStream& stream, Logger logger);
 /// Ends when no more samples come, also in a cancelled task; returns null, or after logging it the error with which the
 /// stream failed to stop. That it had stopped before is no error. The stream outlives the task.
 Task<std::exception_ptr> stopCapture(SCStream& stream, Logger logger);
-
-/// The sample's time on the host clock: that of its arrival when the stream has no clock to convert from.
-CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const SCStream& stream);
 
 }  // namespace zorvane

@@ -22,9 +22,11 @@ VirtualDevice VirtualDevice::deskViewCamera(std::string uniqueID, std::string lo
     return device;
 }
 
-VirtualDevice VirtualDevice::microphone(std::string uniqueID, std::string localizedName) {
+VirtualDevice VirtualDevice::microphone(std::string uniqueID, std::string localizedName,
+                                        const AVAudioFormat& soundFormat) {
     VirtualDevice device = camera(std::move(uniqueID), std::move(localizedName));
     device.mediaType = AVMediaType::audio;
+    device.soundFormat = soundFormat;
     return device;
 }
 
@@ -40,6 +42,21 @@ VirtualDevice VirtualDevice::phone(std::string uniqueID, std::string localizedNa
     device.mediaType = AVMediaType::muxed;
     device.deviceType = AVCaptureDeviceType::externalUnknown;
     return device;
+}
+
+CMFormatDescription VirtualCaptureDevice::activeFormat() const {
+    CMFormatDescription description;
+    if (device_.mediaType == AVMediaType::audio) {
+        MutexLock lock(mutex_);
+        description.mediaType = CMMediaType::audio;
+        description.audioFormat = soundFormat_;
+    }
+    return description;
+}
+
+void VirtualCaptureDevice::setSoundFormat(const AVAudioFormat& format) {
+    MutexLock lock(mutex_);
+    soundFormat_ = format;
 }
 
 NSKeyValueObservation VirtualCaptureDevice::observeSuspended(std::function<void()> handler) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 #include "Zorvane/Platform/AVFoundation/AVCaptureDevice.hpp"
 #include "Zorvane/Platform/Foundation/NSKeyValueObservers.hpp"
 
@@ -23,11 +24,13 @@ struct VirtualDevice {
     std::string localizedName;
     std::string modelID = "Virtual Model";
     std::string manufacturer = "Virtual Maker";
+    AVAudioFormat soundFormat{AVAudioCommonFormat::float32, 48000, 1};  ///< of a microphone
 
     static VirtualDevice camera(std::string uniqueID, std::string localizedName);
     static VirtualDevice builtInCamera(std::string uniqueID, std::string localizedName);
     static VirtualDevice deskViewCamera(std::string uniqueID, std::string localizedName);
-    static VirtualDevice microphone(std::string uniqueID, std::string localizedName);
+    static VirtualDevice microphone(std::string uniqueID, std::string localizedName,
+                                    const AVAudioFormat& soundFormat = {AVAudioCommonFormat::float32, 48000, 1});
     static VirtualDevice builtInMicrophone(std::string uniqueID, std::string localizedName);
     /// Shows up once the screens of phones are switched on.
     static VirtualDevice phone(std::string uniqueID, std::string localizedName);
@@ -36,7 +39,8 @@ struct VirtualDevice {
 /// The live device, as the library sees it.
 class VirtualCaptureDevice final : public AVCaptureDevice {
   public:
-    explicit VirtualCaptureDevice(VirtualDevice device) : device_(std::move(device)) {}
+    explicit VirtualCaptureDevice(VirtualDevice device)
+        : device_(std::move(device)), soundFormat_(device_.soundFormat) {}
 
     const VirtualDevice& description() const { return device_; }
 
@@ -49,9 +53,11 @@ class VirtualCaptureDevice final : public AVCaptureDevice {
     bool isConnected() const override { return isConnected_; }
     bool isSuspended() const override { return isSuspended_; }
     AVCaptureDevicePairing pairing() const override { return pairing_; }
+    CMFormatDescription activeFormat() const override;
     NSKeyValueObservation observeSuspended(std::function<void()> handler) override;
 
     void setConnected(bool isConnected) { isConnected_ = isConnected; }
+    void setSoundFormat(const AVAudioFormat& format);
     /// These two tell the observers.
     void setSuspended(bool isSuspended);
     void setPairing(AVCaptureDevicePairing pairing);
@@ -62,6 +68,8 @@ class VirtualCaptureDevice final : public AVCaptureDevice {
     std::atomic<bool> isSuspended_ = false;
     std::atomic<AVCaptureDevicePairing> pairing_ = AVCaptureDevicePairing::notApplicable;
     NSKeyValueObservers<> observers_;
+    mutable Mutex mutex_;
+    AVAudioFormat soundFormat_ ZV_GUARDED_BY(mutex_);
 };
 
 }  // namespace zorvane

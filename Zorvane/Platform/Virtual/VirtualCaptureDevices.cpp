@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Virtual/VirtualCaptureSession.hpp"
+
 namespace zorvane {
 
 class VirtualCaptureDevices::Session final : public AVCaptureDeviceDiscoverySession {
@@ -54,10 +58,52 @@ std::string VirtualCaptureDevices::defaultDeviceID(AVMediaType mediaType) {
     return first == devices_.end() ? std::string() : (*first)->uniqueID();
 }
 
+std::shared_ptr<AVCaptureDevice> VirtualCaptureDevices::deviceWithUniqueID(const std::string& uniqueID) {
+    const auto device = find(uniqueID);
+    return device && device->isConnected() ? device : nullptr;
+}
+
+AVCaptureDeviceInput VirtualCaptureDevices::makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
+    if (!deviceWithUniqueID(device->uniqueID())) {
+        throw NSError(AVFoundationErrorDomain, AVErrorDeviceWasDisconnected,
+                      {.localizedDescription = "The device was unplugged."});
+    }
+    return {std::move(device)};
+}
+
+std::shared_ptr<AVCaptureSession> VirtualCaptureDevices::makeCaptureSession() {
+    return std::make_shared<VirtualCaptureSession>(shared_from_this());
+}
+
+VirtualMicrophone VirtualCaptureDevices::microphone(const std::string& uniqueID) const {
+    MutexLock lock(mutex_);
+    const auto known = microphones_.find(uniqueID);
+    return known == microphones_.end() ? VirtualMicrophone() : known->second;
+}
+
+void VirtualCaptureDevices::changeMicrophone(const std::string& uniqueID,
+                                             const std::function<void(VirtualMicrophone&)>& change) {
+    MutexLock lock(mutex_);
+    VirtualMicrophone& microphone = microphones_[uniqueID];
+    change(microphone);
+    const AVAudioFormat format = microphone.format;
+    lock.unlock();
+    if (const auto device = find(uniqueID)) {
+        device->setSoundFormat(format);
+    }
+}
+
+bool VirtualCaptureDevices::isPresent(const std::string& uniqueID) const {
+    const auto device = find(uniqueID);
+    return device && device->isConnected() && !device->isSuspended();
+}
+
 void VirtualCaptureDevices::plug(VirtualDevice device) {
     const AVMediaType mediaType = device.mediaType;
+    const AVAudioFormat soundFormat = device.soundFormat;
     auto plugged = std::make_shared<VirtualCaptureDevice>(std::move(device));
     MutexLock lock(mutex_);
+    microphones_[plugged->uniqueID()].format = soundFormat;
     const auto place = std::ranges::find(devices_, plugged->uniqueID(), &VirtualCaptureDevice::uniqueID);
     if (place == devices_.end()) {
         devices_.push_back(std::move(plugged));

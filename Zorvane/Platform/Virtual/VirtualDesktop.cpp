@@ -19,7 +19,7 @@ VirtualDesktop::VirtualDesktop(std::shared_ptr<HostClock> clock, const std::vect
     : clock_(std::move(clock)),
       origin_(clock_->now()),
       script_(Executor::makeStrand("zv.virtual.script")),
-      captureDevices_(std::make_shared<VirtualCaptureDevices>()) {
+      captureDevices_(std::make_shared<VirtualCaptureDevices>(clock_)) {
     for (const VirtualDisplay& display : displays) {
         state_.scene.put(display);
     }

@@ -13,6 +13,7 @@ class VirtualOutputSettingsAssistant final : public AVOutputSettingsAssistant {
         : preset_(preset), conditions_(std::move(conditions)) {}
 
     void setSourceVideoFormat(const CMFormatDescription&) override {}
+    void setSourceAudioFormat(const CMFormatDescription& format) override { sourceSound_ = format.audioFormat; }
 
     std::optional<AVAudioSettings> audioSettings() const override {
         if (!conditions_.hasAudioSettings) {
@@ -20,6 +21,12 @@ class VirtualOutputSettingsAssistant final : public AVOutputSettingsAssistant {
         }
         AVAudioSettings settings;
         settings.numberOfChannels = conditions_.audioChannels;
+        if (sourceSound_) {
+            settings.sampleRate = sourceSound_->sampleRate;
+        }
+        if (sourceSound_ && conditions_.audioChannels) {
+            settings.numberOfChannels = static_cast<std::int32_t>(sourceSound_->channelCount);
+        }
         return settings;
     }
 
@@ -38,6 +45,7 @@ class VirtualOutputSettingsAssistant final : public AVOutputSettingsAssistant {
   private:
     const AVOutputSettingsPreset preset_;
     const VirtualWritingConditions conditions_;
+    std::optional<AVAudioFormat> sourceSound_;
 };
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "Zorvane/Platform/Virtual/VirtualCaptureDevice.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDesktop.hpp"
+#include "Zorvane/Platform/Virtual/VirtualMicrophone.hpp"
 
 namespace zorvane {
 
@@ -117,6 +118,12 @@ class VirtualMoment {
     const VirtualMoment& suspendDevice(std::string uniqueID) const;
     const VirtualMoment& resumeDevice(std::string uniqueID) const;
     const VirtualMoment& pairDevice(std::string uniqueID, AVCaptureDevicePairing pairing) const;
+    /// Changes what a microphone hears or how it fails.
+    const VirtualMoment& changeMicrophone(std::string uniqueID, std::function<void(VirtualMicrophone&)> change) const;
+    /// Somebody whistles into a microphone; 0 is silence.
+    const VirtualMoment& playToMicrophone(std::string uniqueID, double frequency) const;
+    /// Its blocks that begin in the next `seconds` get lost.
+    const VirtualMoment& loseMicrophoneSound(std::string uniqueID, double seconds) const;
     /// The user makes it the main one of its media type.
     const VirtualMoment& chooseDevice(AVMediaType mediaType, std::string uniqueID) const;
 

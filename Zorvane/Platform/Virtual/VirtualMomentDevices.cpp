@@ -1,5 +1,6 @@
 // The words of a script about the machine and the devices at it.
 
+#include <cmath>
 #include <utility>
 
 #include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
@@ -68,6 +69,24 @@ const VirtualMoment& VirtualMoment::resumeDevice(std::string uniqueID) const {
 const VirtualMoment& VirtualMoment::pairDevice(std::string uniqueID, AVCaptureDevicePairing pairing) const {
     return changeDevices(
         [id = std::move(uniqueID), pairing](VirtualCaptureDevices& devices) { devices.setPairing(id, pairing); });
+}
+
+const VirtualMoment& VirtualMoment::changeMicrophone(std::string uniqueID,
+                                                     std::function<void(VirtualMicrophone&)> change) const {
+    return changeDevices([id = std::move(uniqueID), change = std::move(change)](VirtualCaptureDevices& devices) {
+        devices.changeMicrophone(id, change);
+    });
+}
+
+const VirtualMoment& VirtualMoment::playToMicrophone(std::string uniqueID, double frequency) const {
+    return changeMicrophone(std::move(uniqueID),
+                            [frequency](VirtualMicrophone& microphone) { microphone.frequency = frequency; });
+}
+
+const VirtualMoment& VirtualMoment::loseMicrophoneSound(std::string uniqueID, double seconds) const {
+    const auto until = hostTime_ + std::chrono::nanoseconds(std::llround(seconds * 1e9));
+    return changeMicrophone(std::move(uniqueID),
+                            [until](VirtualMicrophone& microphone) { microphone.lostUntil = until; });
 }
 
 const VirtualMoment& VirtualMoment::chooseDevice(AVMediaType mediaType, std::string uniqueID) const {

@@ -31,7 +31,8 @@ Platform makeVirtualPlatform() {
     desktop->now().animate(display.displayID, {.framesPerPhase = 120, .rest = 2}).playTone(440);
     desktop->now()
         .plugDevice(VirtualDevice::camera("virtual.camera", "Virtual Camera"))
-        .plugDevice(VirtualDevice::microphone("virtual.microphone", "Virtual Microphone"));
+        .plugDevice(VirtualDevice::microphone("virtual.microphone", "Virtual Microphone"))
+        .playToMicrophone("virtual.microphone", 330);
     Platform platform = makeVirtualPlatform(std::move(desktop));
     platform.mediaWriting = nullptr;  // the default one, which writes files
     return platform;

@@ -25,10 +25,6 @@ bool isUsable(const SCStreamConfiguration& configuration) {
 
 }  // namespace
 
-CMTime VirtualStream::Clock::convertToHostTime(CMTime time) const {
-    return time + CMTime::make(behind_.count(), 1'000'000'000);
-}
-
 std::shared_ptr<VirtualStream> VirtualStream::make(std::shared_ptr<VirtualDesktop> desktop,
                                                    const SCContentFilter& filter,
                                                    const SCStreamConfiguration& configuration,
@@ -48,7 +44,7 @@ VirtualStream::VirtualStream(std::shared_ptr<VirtualDesktop> desktop, const SCCo
       delegate_(std::move(delegate)),
       clock_(desktop_->withState([](VirtualDesktopState& state) {
           const auto offset = state.conditions.streamClockOffset;
-          return offset ? std::make_optional<Clock>(*offset) : std::nullopt;
+          return offset ? std::make_optional<VirtualClock>(*offset) : std::nullopt;
       })) {}
 
 // A sample on its way holds the stream; a source never does.

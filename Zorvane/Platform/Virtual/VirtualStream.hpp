@@ -7,9 +7,9 @@
 #include <optional>
 
 #include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
-#include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCContentFilter.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
+#include "Zorvane/Platform/Virtual/VirtualClock.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDesktop.hpp"
 
 namespace zorvane {
@@ -46,17 +46,6 @@ class VirtualStream final : public SCStream,
   private:
     enum class State : std::uint8_t { made, running, stopped };
 
-    /// A clock that shows less than the host clock by a fixed time.
-    class Clock final : public CMClock {
-      public:
-        explicit Clock(std::chrono::nanoseconds behind) : behind_(behind) {}
-        std::chrono::nanoseconds behind() const { return behind_; }
-        CMTime convertToHostTime(CMTime time) const override;
-
-      private:
-        const std::chrono::nanoseconds behind_;
-    };
-
     /// Where the samples of one type go.
     struct Receiver {
         std::weak_ptr<SCStreamOutput> output;
@@ -76,7 +65,7 @@ class VirtualStream final : public SCStream,
     const bool capturesAudio_;
     const bool isConfigured_;  // so that pictures can be drawn; told at the start
     const std::weak_ptr<SCStreamDelegate> delegate_;
-    const std::optional<Clock> clock_;
+    const std::optional<VirtualClock> clock_;
     std::atomic<State> state_{State::made};
     std::shared_ptr<VirtualPictureSource> pictures_;
     std::shared_ptr<VirtualSoundSource> sounds_;

@@ -8,7 +8,9 @@
 #include "Zorvane/Internal/AudioGapFiller.hpp"
 #include "Zorvane/Internal/FrameRepeater.hpp"
 #include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
+#include "Zorvane/Internal/Recorders/AudioSamplePath.hpp"
 #include "Zorvane/Internal/RecordingIntervalBoundedRetimer.hpp"
+#include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "tests/Support/AllocationCounter.hpp"
 #include "tests/Support/LogCapture.hpp"
 #include "tests/Support/ManualTime.hpp"
@@ -115,6 +117,20 @@ TEST_F(SampleAllocationTest, WatchingSoundForGaps) {
               }),
               0u);
     EXPECT_EQ(handled, 1010u) << "no gaps";
+}
+
+TEST_F(SampleAllocationTest, BringingSoundFromItsSourceToTheHost) {
+    auto sink = std::make_unique<HostAudioSampleSink>([this](const CMSampleBuffer&) { return ++handled > 0; }, logger);
+    AudioSamplePath path(std::move(sink), StableRecordingInterval(recording(1)), logger, {});
+    const HostTimeSynchronizationClock clockOfSource;
+    const CMSampleBuffer sample = testing::sound(at(1, 48000), 480);
+    EXPECT_EQ(allocations([&](int index) {
+                  CMSampleTimingInfo timing = sample.timing();
+                  timing.presentationTimeStamp = CMTime::make(48000 + 480 * index, 48000);
+                  path.process(sample.copyWithNewTiming(timing), &clockOfSource);
+              }),
+              0u);
+    EXPECT_EQ(handled, 1010u);
 }
 
 }  // namespace

@@ -160,13 +160,9 @@ TEST(OutputDescription, SideFilesFollowTheNameOfTheMedia) {
 TEST(SchemaItemExpansion, SaysWhichSourcesThisVersionCanNotRecord) {
     const LogCapture log;
     const RecorderContext context{"/bundle", StableRecordingInterval(std::make_shared<VolatileRecordingInterval>()),
-                                  log.logger<ZVRecorder>(), [](const AbortSignal&) {}};
+                                  log.logger<ZVRecorder>(), [](const AbortSignal&) {}, nullptr};
     const std::vector<std::pair<Item, std::string>> rows{
         {Item::webcam("mic", "cam"), "webcams"},
-        {Item::microphone("mic"), "microphones"},
-        {Item::_microphone("mic", [](const CMSampleBuffer&) { return true; }), "microphones"},
-        {Item::systemAudio(), "system audio"},
-        {Item::applicationAudio(4), "system audio"},
         {Item::appleDeviceStaticOrientation("phone"), "connected phones and tablets"},
     };
     for (const auto& [item, source] : rows) {
