@@ -84,10 +84,13 @@ class ZVSchemaItem {
     static ZVSchemaItem microphone(std::string microphoneID, Filename filename = std::nullopt);
     static ZVSchemaItem microphone(std::string microphoneID, ZVAudioOutputOptions output);
 
-    /// Hears a microphone's sound as it comes and tells by its result whether it wants more. Called on the capture's
-    /// own queue; it must be fast.
+    /// Takes one sample of sound: interleaved frames with their time on the host clock. True: the host has taken it,
+    /// and may keep it. False: the host isn't ready; it is offered the same sample again, with the next one that comes.
+    /// Called one at a time, on the capture's own queue and at the end on the one that finishes; it must not block.
     using SampleCallback = std::function<bool(const CMSampleBuffer& sample)>;
-    /// Hands a microphone's sound to the host; writes no file.
+    /// Hands a microphone's sound to the host; writes no file. The first sample holds the recording's start, or comes
+    /// before it; every sample begins where the one before has ended, with silence where the microphone gave nothing.
+    /// `ZVRecorder::stop` ends once the host has taken all of it.
     static ZVSchemaItem _microphone(std::string microphoneID, SampleCallback callback);
 
     /// The sound of all applications but the excluded ones.

@@ -1,8 +1,11 @@
 /// Everything a host needs of Zorvane, in one header.
 #pragma once
 
+#include "Zorvane/Platform/AVFoundation/AVAudioFormat.hpp"
+#include "Zorvane/Platform/AVFoundation/AVAudioPCMBuffer.hpp"
 #include "Zorvane/Platform/AppKit/NSImage.hpp"
 #include "Zorvane/Platform/CoreGraphics/CGGeometry.hpp"
+#include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
 #include "Zorvane/Platform/CoreMedia/CMTime.hpp"
 #include "Zorvane/Sources/ZVAppleDevice.hpp"
 #include "Zorvane/Sources/ZVCamera.hpp"

@@ -2,6 +2,7 @@
 // half a second of the virtual desktop into the directory it is given, which must not exist yet.
 #include <Zorvane/Zorvane.hpp>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -21,16 +22,25 @@ void require(bool condition, const std::string& text) {
     }
 }
 
-zorvane::ZVRecorder makeRecorder(const std::filesystem::path& bundle) {
+zorvane::ZVRecorder makeRecorder(const std::filesystem::path& bundle, std::atomic<double>& secondsHeard) {
     const auto displays = zorvane::ZVDisplay::displays();
     require(displays.size() == 1, "the virtual desktop should have one display");
-    return zorvane::ZVRecorder({zorvane::ZVRecorder::SchemaItem::display(displays.front()->id(), {}, "screen.mov")},
-                               bundle);
+    const auto microphones = zorvane::ZVMicrophone::microphones();
+    require(microphones.size() == 1, "the virtual desktop should have one microphone");
+    const auto hear = [&secondsHeard](const zorvane::CMSampleBuffer& sample) {
+        secondsHeard = secondsHeard + sample.audioBuffer()->frameLength() / sample.audioBuffer()->format().sampleRate;
+        return true;
+    };
+    using Item = zorvane::ZVRecorder::SchemaItem;
+    return zorvane::ZVRecorder(
+        {Item::display(displays.front()->id(), {}, "screen.mov"), Item::_microphone(microphones.front()->id(), hear)},
+        bundle);
 }
 
 void recordHalfASecond(const std::filesystem::path& bundle) {
-    zorvane::ZVRecorder recorder = makeRecorder(bundle);
-    require(recorder.debugDescription() == "ZVRecorder: 1 recorder items", recorder.debugDescription());
+    std::atomic<double> secondsHeard = 0;
+    zorvane::ZVRecorder recorder = makeRecorder(bundle, secondsHeard);
+    require(recorder.debugDescription() == "ZVRecorder: 2 recorder items", recorder.debugDescription());
     recorder.prepare().get();
     recorder.start().get();
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
@@ -44,6 +54,7 @@ void recordHalfASecond(const std::filesystem::path& bundle) {
     const auto movie = zorvane::ZVMediaInfo::read(bundle / result.bundleInfo.files.front().filename);
     const double length = movie.duration.value_or(0);
     std::cout << "recorded " << recorded << " s into a movie of " << length << " s\n";
+    require(secondsHeard >= recorded, "the sound should be as long as the recording");
     require(recorded >= 0.5 && std::abs(length - recorded) < 0.002, "the movie should be as long as the recording");
 }
 
