@@ -6,10 +6,12 @@
 #include <cmath>
 #include <condition_variable>
 #include <mutex>
+#include <set>
 
 #include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegAudioConverter.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSocket.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundGraph.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundInput.hpp"
 #include "tests/Desktop/PipeWire/DeviceWatcher.hpp"
@@ -29,8 +31,8 @@ class WiredInput {
     WiredInput(const PipeWireSoundInput::Settings& settings, Choice choice)
         : session_(std::make_shared<PipeWireSession>()), state_(std::make_shared<State>(session_, settings)) {
         graph_ = std::make_shared<PipeWireSoundGraph>([state = state_, choice = std::move(choice)](const auto& scene) {
-            state->input.setSources(choice(scene));
             const std::lock_guard lock(state->mutex);
+            state->input.setSources(choice(scene));
             state->scene = scene;
             state->changed.notify_all();
         });
@@ -157,6 +159,38 @@ TEST_F(PipeWireSoundInputTest, ALinkOfAnotherProgramIsTakenAway) {
         [](const auto& scene) { return heardBy(scene, "ears") == std::vector<std::string>{"chosen"}; }));
     EXPECT_TRUE(input.sound().waitForMoreFrames(4800)) << "the chosen one goes on";
     EXPECT_LT(largestErrorOfTime(input.sound().samples()), 0.02) << "seconds";
+}
+
+TEST(PipeWireSessionManagerTest, LeavesAnInputAloneWhoseSourceIsGone) {
+    if (pipeWireStatus().reachability != PipeWireStatus::Reachability::reachable) {
+        GTEST_SKIP() << "there is no desktop with a PipeWire and its session manager";
+    }
+    std::set<std::string> heard;
+    WiredInput input({.name = "ears", .output = mono}, [&heard](const PipeWireSoundScene& scene) {
+        const auto names = heardBy(scene, "ears");
+        heard.insert(names.begin(), names.end());
+        return wires({{"chosen", 0}})(scene);
+    });
+    PipeWireTestClient client;
+    for (int round = 0; round < 3; ++round) {
+        auto chosen = std::make_unique<PipeWireTestMicrophone>(PipeWireTestMicrophone::Settings{.name = "chosen"});
+        client.setDefault("default.configured.audio.source", R"({ "name": "chosen" })");
+        ASSERT_TRUE(input.waitForScene([](const auto& scene) {
+            return scene.defaultSourceName == "chosen" && heardBy(scene, "ears").size() == 1;
+        }));
+        ASSERT_TRUE(input.sound().waitForMoreFrames(4800));
+        chosen.reset();
+        const std::string other = "other" + std::to_string(round);
+        const PipeWireTestMicrophone another({.name = other});
+        client.setDefault("default.configured.audio.source", R"({ "name": ")" + other + "\" }");
+        // When the manager has chosen the other one as the default, it has also looked for new sources for all streams.
+        ASSERT_TRUE(input.waitForScene(
+            [&](const auto& scene) { return scene.defaultSourceName == other && heardBy(scene, "ears").empty(); }));
+    }
+    input.waitForScene([&](const auto&) {
+        EXPECT_THAT(heard, testing::ElementsAre("chosen"));
+        return true;
+    });
 }
 
 TEST_F(PipeWireSoundInputTest, ASceneTellsOfNodesPortsProcessesAndDefaults) {
