@@ -1,7 +1,8 @@
-// What a picture costs the writer, from its append to the file, and what starting and finishing cost.
+// What a picture and a second of sound cost the writer, from append to file, and what starting and finishing cost.
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -134,6 +135,109 @@ void BM_WriteScrollingPicture(benchmark::State& state) {
     report(state, processorSeconds() - before, recording);
 }
 BENCHMARK(BM_WriteScrollingPicture)->Arg(4)->Iterations(300)->Unit(benchmark::kMillisecond);
+
+/// A movie of sound alone, in blocks of 10 ms.
+class SoundRecording {
+  public:
+    SoundRecording() : path_(std::filesystem::temp_directory_path() / "zorvane-writer-benchmark-sound.mov") {
+        std::filesystem::remove(path_);
+        FFmpegMediaWriting media;
+        const auto assistant = media.makeOutputSettingsAssistant(AVOutputSettingsPreset::h264_1920x1080);
+        input_ = std::make_shared<AVAssetWriterInput>(*assistant->audioSettings());
+        writer_ = media.makeAssetWriter(path_, AVFileType::quickTimeMovie);
+        writer_->add(input_);
+        if (!writer_->startWriting()) {
+            std::rethrow_exception(writer_->error());
+        }
+        writer_->startSession(kCMTimeZero);
+    }
+
+    ~SoundRecording() {
+        writer_.reset();
+        std::filesystem::remove(path_);
+    }
+
+    void append(const std::shared_ptr<AVAudioPCMBuffer>& block) {
+        while (!input_->isReadyForMoreMediaData()) {
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+        const CMTime time = CMTime::make(blocks_++, 100);
+        input_->append(CMSampleBuffer::audio(block, {CMTime::make(1, 48000), time, kCMTimeInvalid}, nullptr));
+    }
+
+    void finish() {
+        writer_->endSession(CMTime::make(blocks_, 100));
+        std::promise<void> finished;
+        writer_->finishWriting([&finished] { finished.set_value(); });
+        finished.get_future().wait();
+        if (const auto error = writer_->error()) {
+            std::rethrow_exception(error);
+        }
+    }
+
+    void skip(std::int64_t blocks) { blocks_ += blocks; }
+
+    std::uintmax_t fileSize() const { return std::filesystem::file_size(path_); }
+
+  private:
+    const std::filesystem::path path_;
+    std::shared_ptr<AVAssetWriterInput> input_;
+    std::shared_ptr<AVAssetWriter> writer_;
+    std::int64_t blocks_ = 0;
+};
+
+/// One second of stereo sound: a chord under noise, or nothing.
+std::vector<std::shared_ptr<AVAudioPCMBuffer>> makeSecond(float level) {
+    constexpr AVAudioFormat format{AVAudioCommonFormat::float32, 48000, 2};
+    constexpr std::uint32_t frames = 480;
+    std::mt19937 random(1);
+    std::vector<std::shared_ptr<AVAudioPCMBuffer>> blocks;
+    for (std::uint32_t block = 0; block < 100; ++block) {
+        blocks.push_back(AVAudioPCMBuffer::make(format, frames));
+        blocks.back()->setFrameLength(frames);
+        auto* sample = reinterpret_cast<float*>(blocks.back()->mutableBytes().data());
+        for (std::uint32_t frame = 0; frame < frames; ++frame) {
+            const float time = static_cast<float>(block * frames + frame) / 48000;
+            for (const float pitch : {220.0F, 277.0F}) {
+                const float noise = static_cast<float>(random() % 2000) / 1000 - 1;
+                const float tone = std::sin(6.2831853F * pitch * time) + std::sin(6.2831853F * 5 * pitch * time) / 3;
+                *sample++ = level * (tone + noise / 10) / 2;
+            }
+        }
+    }
+    return blocks;
+}
+
+/// What a second of sound costs: of a processor, and in the file.
+void BM_WriteSecondOfSound(benchmark::State& state) {
+    const auto second = makeSecond(state.range(0) == 0 ? 0 : 0.5F);
+    SoundRecording recording;
+    const double before = processorSeconds();
+    for (auto _ : state) {
+        for (const auto& block : second) {
+            recording.append(block);
+        }
+    }
+    recording.finish();
+    const auto seconds = static_cast<double>(state.iterations());
+    state.counters["cpu_ms_per_second"] = (processorSeconds() - before) * 1e3 / seconds;
+    state.counters["bytes_per_second"] = static_cast<double>(recording.fileSize()) / seconds;
+}
+BENCHMARK(BM_WriteSecondOfSound)->ArgName("sound")->Arg(0)->Arg(1)->Iterations(120)->Unit(benchmark::kMillisecond);
+
+/// An hour without a sample, which is silence as soon as the next sample shows it.
+void BM_FillHourOfSilence(benchmark::State& state) {
+    const auto second = makeSecond(0.5F);
+    for (auto _ : state) {
+        SoundRecording recording;
+        recording.append(second.front());
+        recording.skip(std::int64_t{3600} * 100);
+        recording.append(second.front());
+        recording.finish();
+        state.counters["bytes_per_second"] = static_cast<double>(recording.fileSize()) / 3600;
+    }
+}
+BENCHMARK(BM_FillHourOfSilence)->UseRealTime()->Iterations(3)->Unit(benchmark::kMillisecond);
 
 void BM_StartWriting(benchmark::State& state) {
     for (auto _ : state) {

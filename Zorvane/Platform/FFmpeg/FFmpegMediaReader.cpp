@@ -39,7 +39,7 @@ Input open(const std::filesystem::path& url) {
     return input;
 }
 
-/// How far the packets of one stream reach.
+/// How far the packets of one stream reach that are presented: sound's padding lies before 0, and isn't.
 struct Extent {
     std::uint64_t packetCount = 0;
     std::int64_t begin = AV_NOPTS_VALUE;
@@ -48,7 +48,8 @@ struct Extent {
     void add(const AVPacket& packet) {
         packetCount++;
         if (packet.pts != AV_NOPTS_VALUE) {
-            begin = begin == AV_NOPTS_VALUE ? packet.pts : std::min(begin, packet.pts);
+            const std::int64_t first = std::max<std::int64_t>(packet.pts, 0);
+            begin = begin == AV_NOPTS_VALUE ? first : std::min(begin, first);
             end = end == AV_NOPTS_VALUE ? packet.pts + packet.duration : std::max(end, packet.pts + packet.duration);
         }
     }
