@@ -19,6 +19,16 @@ namespace {
 /// A packet depends on three blocks at most, and the encoder's rate control settles in a few more.
 constexpr std::int64_t blocksUntilSteady = 8;
 
+/// The encoder ends with an error at what is no number or far too loud, and one bad sample must not end a recording.
+/// There is room for 18 dB more than full scale.
+float bearable(float sample) {
+    constexpr float loudest = 8;
+    if (sample >= -loudest && sample <= loudest) {
+        return sample;
+    }
+    return sample > loudest ? loudest : sample < -loudest ? -loudest : 0;
+}
+
 const AVCodec& audioEncoder() {
     const AVCodec* const codec = avcodec_find_encoder_by_name("aac");
     if (!codec) {
@@ -64,7 +74,7 @@ void AudioEncoder::append(std::span<const float> samples, PacketSink& sink) {
         for (std::size_t channel = 0; channel < channels; ++channel) {
             const std::span<float> room = plane(channel).subspan(filled_, frames);
             for (std::size_t frame = 0; frame < frames; ++frame) {
-                room[frame] = samples[frame * channels + channel];
+                room[frame] = bearable(samples[frame * channels + channel]);
             }
         }
         samples = samples.subspan(frames * channels);

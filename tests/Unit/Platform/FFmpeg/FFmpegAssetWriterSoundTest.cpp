@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -173,6 +174,18 @@ TEST(FFmpegAssetWriterSoundTest, FormatThatChangesLosesNothing) {
         ASSERT_NEAR(sound.at(frame, 1), 0.25, 0.05) << frame;
     }
     EXPECT_EQ(sound.peak(76'000, 96'000), 84'000);
+}
+
+TEST(FFmpegAssetWriterSoundTest, SamplesThatAreNoNumbersDoNotEndTheRecording) {
+    using Limits = std::numeric_limits<double>;
+    SoundBench bench;
+    double begin = 0;
+    for (const double level : {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), 1e30, -1e6}) {
+        bench.play(begin, 4'800, steady(level));
+        begin += 0.1;
+    }
+    bench.play(0.5, 24'000, clickAt(12'000));
+    EXPECT_EQ(bench.finishAt(1).peak(30'000, 48'000), 36'000);
 }
 
 TEST(FFmpegAssetWriterSoundTest, WithoutAnEndTheTrackEndsWithItsLastFrame) {
