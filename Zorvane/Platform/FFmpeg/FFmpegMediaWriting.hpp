@@ -6,7 +6,7 @@
 
 namespace zorvane {
 
-/// Makes writers of single movie files with one video track.
+/// Makes writers of single movie files, with pictures, sound or both.
 class FFmpegMediaWriting final : public AVMediaWriting {
   public:
     /// Parts that are left empty are those of the machine: its file system, the current platform's clock.

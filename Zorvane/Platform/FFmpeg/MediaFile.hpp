@@ -3,8 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <optional>
 #include <span>
 
@@ -57,8 +55,5 @@ class MediaFile {
     /// packets. Precondition: not empty.
     virtual void finish(std::span<const std::optional<std::int64_t>> endTicks) = 0;
 };
-
-/// Makes the file of tracks with these formats. Throws `NSError`.
-using MediaFileMaker = std::function<std::unique_ptr<MediaFile>(std::span<const MediaTrackFormat> formats)>;
 
 }  // namespace zorvane
