@@ -2,9 +2,11 @@
 //
 // CPU time measured on two shared cores of a virtual machine, -O2, and what is not to be passed there:
 //
-//     alignStereo             0 us      15 us
-//     alignSurround           0 us      60 us
-//     alignMonoIntegers       0 us      15 us
+//     alignStereo           4.5 us, less than half a thousandth of a core      15 us
+//     alignSurround          13 us                                             40 us
+//     alignMonoIntegers     4.4 us                                             15 us
+//
+// Nothing of this allocates, in the FFmpeg libraries either.
 #include <benchmark/benchmark.h>
 
 #include <chrono>

@@ -15,16 +15,13 @@ class Listening {
   public:
     explicit Listening(unsigned seed = 1) : random_(seed) { loop.lock(position, reported()); }
 
-    void listen(double seconds, std::int64_t blockSize = 480) {
+    void listen(double seconds) {
+        constexpr std::int64_t blockSize = 480;
         for (const double end = trueTime + seconds; trueTime < end;) {
-            skip(blockSize);
+            position += blockSize;
+            trueTime += blockSize / (48000 * (1 + deviation));
             loop.observe(position, reported());
         }
-    }
-
-    void skip(std::int64_t frames) {
-        position += frames;
-        trueTime += static_cast<double>(frames) / (48000 * (1 + deviation));
     }
 
     double error() const { return loop.hostSeconds(position) - trueTime; }
@@ -66,20 +63,6 @@ TEST(DelayLockedLoopTest, FindsPlaceAndRateAmongJitterWithinSeconds) {
     RecordProperty("rate_ppm", std::to_string(worstRate * 1e6));
 }
 
-TEST(DelayLockedLoopTest, BlocksOfAnySizeAndGapsAreInOrder) {
-    for (const std::int64_t blockSize : {16, 256, 8192}) {
-        Listening source;
-        source.jitter = 0.001;
-        source.deviation = 0.0001;
-        source.listen(60, blockSize);
-        EXPECT_LT(std::abs(source.error()), 0.0003) << blockSize;
-        source.skip(10 * 48000);
-        EXPECT_LT(std::abs(source.error()), 0.0005) << blockSize;
-        source.listen(0.1, blockSize);
-        EXPECT_LT(std::abs(source.error()), 0.0005) << blockSize;
-    }
-}
-
 TEST(DelayLockedLoopTest, FollowsAClockThatChangesItsRate) {
     Listening source;
     source.listen(60);
@@ -92,23 +75,6 @@ TEST(DelayLockedLoopTest, FollowsAClockThatChangesItsRate) {
     EXPECT_LT(worst, 0.001);
     EXPECT_LT(std::abs(source.error()), 0.00001);
     EXPECT_NEAR(source.loop.rateDeviation(), 0.0001, 1e-6);
-}
-
-TEST(DelayLockedLoopTest, RatesFarOffTheNominalOneAreNotFollowed) {
-    for (const double deviation : {-0.08, 0.08}) {
-        Listening source;
-        source.deviation = deviation;
-        source.listen(10);
-        EXPECT_NEAR(std::abs(source.loop.rateDeviation()), DelayLockedLoop::greatestDeviation, 1e-9);
-    }
-}
-
-TEST(DelayLockedLoopTest, TimesOfEarlierFramesArePassedOver) {
-    Listening source;
-    source.listen(10);
-    const double before = source.loop.hostSeconds(source.position);
-    source.loop.observe(source.position - 1, std::chrono::seconds(2000));
-    EXPECT_EQ(source.loop.hostSeconds(source.position), before);
 }
 
 }  // namespace

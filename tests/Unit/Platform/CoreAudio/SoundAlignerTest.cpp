@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "AlignerBench.hpp"
@@ -16,22 +17,23 @@ using ::testing::SizeIs;
 
 constexpr double frame48k = 1.0 / 48000;
 
-std::string microseconds(double seconds) {
-    return std::to_string(seconds * 1e6);
+/// The worst lateness of a click in each of so many steps, once the aligner has had ten of them to settle.
+double worstOf(AlignerBench& bench, int steps, double seconds) {
+    for (int step = 0; step < steps; ++step) {
+        bench.play(seconds);
+        bench.click();
+    }
+    bench.aligner.restart();
+    EXPECT_THAT(bench.runs, SizeIs(1));
+    EXPECT_THAT(bench.clickFrames, SizeIs(steps));
+    return bench.worstLateness(10);
 }
 
 TEST(SoundAlignerTest, ClicksComeOutAtTheFrameOfTheirHostTimeWhateverTheSourcesRate) {
     for (const double rate : {44100.0, 48000.0, 96000.0}) {
         for (const double deviation : {-0.0002, 0.0, 0.0002}) {
             AlignerBench bench(rate, 48000, {.deviation = deviation}, 1024);
-            for (int second = 0; second < 180; ++second) {
-                bench.play(1);
-                bench.click();
-            }
-            bench.aligner.restart();
-            EXPECT_THAT(bench.runs, SizeIs(1));
-            ASSERT_THAT(bench.clickFrames, SizeIs(180));
-            EXPECT_LT(bench.worstLateness(10), frame48k) << rate << " " << deviation;
+            EXPECT_LT(worstOf(bench, 180, 1), frame48k) << rate << " " << deviation;
             EXPECT_LT(bench.worstLateness(), 0.0005) << rate << " " << deviation;
             EXPECT_NEAR(bench.aligner.rateDeviation(), deviation, 1e-6);
         }
@@ -42,35 +44,18 @@ TEST(SoundAlignerTest, SoundStaysWithinAMillisecondForFiveMinutesOfJitterAndDrif
     double worst = 0;
     for (const double deviation : {-0.0002, 0.0002}) {
         AlignerBench bench(48000, 48000, {.deviation = deviation, .jitter = 0.005});
-        for (int second = 0; second < 300; ++second) {
-            bench.play(1);
-            bench.click();
-        }
-        bench.aligner.restart();
-        EXPECT_THAT(bench.runs, SizeIs(1));
-        EXPECT_THAT(bench.clickFrames, SizeIs(300));
-        worst = std::max(worst, bench.worstLateness(10));
+        worst = std::max(worst, worstOf(bench, 300, 1));
         EXPECT_LT(bench.worstLateness(), 0.0055);
     }
     EXPECT_LT(worst, 0.001);
-    RecordProperty("worst_us", microseconds(worst));
+    RecordProperty("worst_us", std::to_string(worst * 1e6));
 }
 
 TEST(SoundAlignerTest, NoDriftAddsUpInTwoHours) {
-    double worst = 0;
-    for (const double deviation : {-0.0002, 0.0002}) {
-        AlignerBench bench(8000, 8000, {.deviation = deviation, .jitter = 0.005}, 80);  // a low rate, to be quick
-        for (int step = 0; step < 1440; ++step) {
-            bench.play(5);
-            bench.click();
-        }
-        bench.play(1);
-        EXPECT_THAT(bench.runs, SizeIs(1));
-        EXPECT_THAT(bench.clickFrames, SizeIs(1440));
-        worst = std::max(worst, bench.worstLateness(10));
-    }
+    AlignerBench bench(8000, 8000, {.deviation = 0.0002, .jitter = 0.005}, 80);  // a low rate, to be quick
+    const double worst = worstOf(bench, 1440, 5);
     EXPECT_LT(worst, 0.001);
-    RecordProperty("worst_us", microseconds(worst));
+    RecordProperty("worst_us", std::to_string(worst * 1e6));
 }
 
 TEST(SoundAlignerTest, AWrongFirstTimeIsMendedWithoutAJump) {
@@ -134,7 +119,7 @@ TEST(SoundAlignerTest, SoundOnEitherSideOfAGapIsCompleteAndDoesNotReachAcross) {
 }
 
 TEST(SoundAlignerTest, WhatASourceGivesAgainIsCutOff) {
-    AlignerBench bench(48000, 48000, {});
+    AlignerBench bench(48000, 48000, {}, 960);
     bench.keepsSamples = true;
     bench.level = 0.5;
     bench.playFrames(4800);
@@ -219,7 +204,7 @@ TEST(SoundAlignerTest, ASourceThatSleptIsHeardAfterItsSleep) {
 }
 
 TEST(SoundAlignerTest, ACountThatJumpsAgainstTheHostTimeIsANewCount) {
-    for (const std::int64_t offset : {-480000L, 1L << 40}) {
+    for (const std::int64_t offset : {-480000L, -9600L, 9600L, 1L << 40}) {
         AlignerBench bench(48000, 48000, {});
         bench.play(10);
         bench.positionOffset = offset;
@@ -245,34 +230,21 @@ TEST(SoundAlignerTest, ASourceWithAWrongRateKeepsItsTime) {
 TEST(SoundAlignerTest, FormatsAreConvertedOnTheWay) {
     FFmpegAudioConverting converting;
     const AVAudioFormat output{AVAudioCommonFormat::float32, 48000, 2};
-    std::vector<float> heard;
     std::int64_t frames = 0;
     const auto hear = [&](const CMSampleBuffer& sample) {
-        ASSERT_EQ(sample.formatDescription()->audioFormat, output);
-        EXPECT_EQ(sample.presentationTimeStamp().timescale, 48000);
+        EXPECT_EQ(sample.formatDescription()->audioFormat, output);
         EXPECT_EQ(sample.duration(), CMTime::make(sample.numSamples(), 48000));
+        EXPECT_EQ(sample.presentationTimeStamp(), CMTime::make(5 * 48000 + frames, 48000));
         const auto* samples = reinterpret_cast<const float*>(sample.audioBuffer()->bytes().data());
-        heard.assign(samples, samples + 2);
+        EXPECT_NEAR(samples[0], 0.25, 1e-3);
+        EXPECT_NEAR(samples[1], 0.25, 1e-3);
         frames += sample.numSamples();
     };
-
-    const std::vector<std::int16_t> monoSecond(44100, 8192);
-    SoundAligner mono({AVAudioCommonFormat::int16, 44100, 1}, output, converting, hear);
-    mono.process({0, std::chrono::seconds(5), std::as_bytes(std::span(monoSecond))});
-    mono.restart();
+    const std::vector<std::int16_t> second(44100, 8192);
+    SoundAligner aligner({AVAudioCommonFormat::int16, 44100, 1}, output, converting, hear);
+    aligner.process({7, std::chrono::seconds(5), std::as_bytes(std::span(second))});
+    aligner.restart();
     EXPECT_EQ(frames, 48000);
-    EXPECT_NEAR(heard[0], 0.25, 1e-3);
-    EXPECT_EQ(heard[0], heard[1]);
-
-    std::vector<std::int32_t> surround(6 * 48000);
-    for (std::size_t frame = 0; frame < 48000; ++frame) {
-        surround[6 * frame] = 1 << 29;         // front left
-        surround[6 * frame + 5] = -(1 << 29);  // surround right
-    }
-    SoundAligner six({AVAudioCommonFormat::int32, 48000, 6}, output, converting, hear);
-    six.process({0, std::chrono::seconds(5), std::as_bytes(std::span(surround))});
-    EXPECT_NEAR(heard[0], 0.25, 1e-3);
-    EXPECT_NEAR(heard[1], -0.25 * std::sqrt(0.5), 1e-3);
 
     EXPECT_THROW(SoundAligner({AVAudioCommonFormat::int16, 44100, 12}, output, converting, hear), NSError);
 }
