@@ -102,7 +102,7 @@ void AudioEncoder::drain(PacketSink& sink) {
     send(nullptr, sink);
 }
 
-std::span<float> AudioEncoder::plane(std::size_t channel) {
+std::span<float> AudioEncoder::plane(std::size_t channel) const {
     return {reinterpret_cast<float*>(block_->extended_data[channel]), blockSize_};
 }
 
@@ -127,7 +127,7 @@ void AudioEncoder::encodeBlock(PacketSink& sink) {
     send(block_.get(), sink);
 }
 
-bool AudioEncoder::isBlockSilent() {
+bool AudioEncoder::isBlockSilent() const {
     for (std::size_t channel = 0; channel < format_.channelCount; ++channel) {
         if (!std::ranges::all_of(plane(channel), [](float sample) { return sample == 0; })) {
             return false;

@@ -34,10 +34,10 @@ class AudioEncoder {
     void drain(PacketSink& sink);
 
   private:
-    std::span<float> plane(std::size_t channel);
+    std::span<float> plane(std::size_t channel) const;
     void advance(std::uint32_t frames, PacketSink& sink);
     void encodeBlock(PacketSink& sink);
-    bool isBlockSilent();
+    bool isBlockSilent() const;
     void send(AVFrame* frame, PacketSink& sink);
     void emit(PacketSink& sink);
 

@@ -8,7 +8,10 @@ namespace {
 using time_arithmetic::divideToNearest;
 using time_arithmetic::Int128;
 
-constexpr std::int64_t toleratedPerSecond = 1000;  // one part of it
+/// A millisecond in frames.
+constexpr std::int64_t tolerance(std::int64_t sampleRate) {
+    return sampleRate / 1000;
+}
 
 /// Seconds as an exact fraction.
 struct Span {
@@ -33,13 +36,13 @@ AudioTimeline::Place AudioTimeline::place(CMTime time, std::uint32_t frameCount)
     }
     const std::int64_t late = framesLate(time);
     const bool joinsSound = runBegin_ + runLength_ > 0;
-    const std::int64_t tolerance = joinsSound ? runRate_ / toleratedPerSecond : 0;
+    const std::int64_t tolerated = joinsSound ? tolerance(runRate_) : 0;
     Place place;
-    if (late > tolerance) {
+    if (late > tolerated) {
         runBegin_ = trackFrame(time);
         runLength_ = 0;
         place.runBegin = runBegin_;
-    } else if (late < -tolerance) {
+    } else if (late < -tolerated) {
         place.skipped = static_cast<std::uint32_t>(std::min<std::int64_t>(-late, frameCount));
     }
     place.taken = frameCount - place.skipped;

@@ -83,16 +83,21 @@ void AudioTrack::convert(std::span<const std::byte> sound, std::int64_t end, Pac
         encode({reinterpret_cast<const float*>(sound.data()), sound.size() / sizeof(float)}, end, sink);
         return;
     }
-    const std::size_t channels = encoder_.format().channelCount;
     const std::size_t pieceSize = pieceFrames * source_->bytesPerFrame();
     while (!sound.empty()) {
-        std::span<const std::byte> piece = sound.first(std::min(sound.size(), pieceSize));
-        sound = sound.subspan(piece.size());
-        for (std::size_t frames = converted_.size() / channels; frames == converted_.size() / channels; piece = {}) {
-            frames = converter_->convert(piece, std::as_writable_bytes(std::span(converted_)));
-            encode(std::span(converted_).first(frames * channels), end, sink);
-        }
+        convertPiece(sound.first(std::min(sound.size(), pieceSize)), end, sink);
+        sound = sound.subspan(std::min(sound.size(), pieceSize));
     }
+}
+
+void AudioTrack::convertPiece(std::span<const std::byte> piece, std::int64_t end, PacketSink& sink) {
+    const std::size_t channels = encoder_.format().channelCount;
+    std::size_t samples = 0;
+    do {
+        samples = converter_->convert(piece, std::as_writable_bytes(std::span(converted_))) * channels;
+        encode(std::span(converted_).first(samples), end, sink);
+        piece = {};
+    } while (samples == converted_.size());
 }
 
 void AudioTrack::encode(std::span<const float> samples, std::int64_t end, PacketSink& sink) {

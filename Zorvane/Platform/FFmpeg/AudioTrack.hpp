@@ -34,6 +34,7 @@ class AudioTrack final : public MediaTrack {
     void changeSource(const AVAudioFormat& format, PacketSink& sink);
     void finishRun(std::int64_t runEnd, PacketSink& sink);
     void convert(std::span<const std::byte> sound, std::int64_t end, PacketSink& sink);
+    void convertPiece(std::span<const std::byte> piece, std::int64_t end, PacketSink& sink);
     void encode(std::span<const float> samples, std::int64_t end, PacketSink& sink);
     void fillUntil(std::int64_t end, PacketSink& sink);
     std::int64_t clipped(std::int64_t end) const;
