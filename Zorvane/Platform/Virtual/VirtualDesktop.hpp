@@ -97,6 +97,8 @@ class VirtualDisplayObserver {
     virtual void pictureChanged() = 0;
     virtual void oddSample(VirtualOddSample kind) = 0;
     virtual void stopped(std::exception_ptr error) = 0;
+    /// Null: there is sound again.
+    virtual void soundInterrupted(std::exception_ptr reason) = 0;
 };
 
 /// A script says what happens when, one line per event:

@@ -19,6 +19,11 @@ std::exception_ptr streamError(SCStreamErrorCode code, const char* description) 
         NSError(SCStreamErrorDomain, static_cast<std::int64_t>(code), {.localizedDescription = description}));
 }
 
+std::vector<SCDisplay> displaysOf(VirtualDesktop& desktop) {
+    return desktop.withState(
+        [](VirtualDesktopState& state) { return state.scene.shareableContent(SCShareableContentScope::all).displays; });
+}
+
 void tellPictureChanged(VirtualDesktop& desktop, CGDirectDisplayID displayID) {
     for (const auto& observer : desktop.observers(displayID)) {
         observer->pictureChanged();
@@ -83,10 +88,7 @@ const VirtualMoment& VirtualMoment::changeScene(std::function<void(VirtualScene&
 const VirtualMoment& VirtualMoment::changePicture(std::function<void(VirtualScene&)> change) const {
     return perform([change = std::move(change)](VirtualDesktop& desktop) {
         desktop.changeScene(change);
-        const auto displays = desktop.withState([](VirtualDesktopState& state) {
-            return state.scene.shareableContent(SCShareableContentScope::all).displays;
-        });
-        for (const SCDisplay& display : displays) {
+        for (const SCDisplay& display : displaysOf(desktop)) {
             tellPictureChanged(desktop, display.displayID);
         }
     });
@@ -199,6 +201,29 @@ const VirtualMoment& VirtualMoment::stopStreams(CGDirectDisplayID displayID, SCS
 
 const VirtualMoment& VirtualMoment::playTone(double frequency) const {
     return change([frequency](VirtualDesktopState& state) { state.sound.frequency = frequency; });
+}
+
+const VirtualMoment& VirtualMoment::playTone(std::int32_t processID, double frequency) const {
+    return change([=](VirtualDesktopState& state) { state.sound.applications[processID] = frequency; });
+}
+
+const VirtualMoment& VirtualMoment::interruptSound(std::exception_ptr reason) const {
+    return setSoundInterruption(std::move(reason));
+}
+
+const VirtualMoment& VirtualMoment::resumeSound() const {
+    return setSoundInterruption(nullptr);
+}
+
+const VirtualMoment& VirtualMoment::setSoundInterruption(std::exception_ptr reason) const {
+    return perform([reason](VirtualDesktop& desktop) {
+        desktop.withState([&](VirtualDesktopState& state) { state.sound.isInterrupted = reason != nullptr; });
+        for (const SCDisplay& display : displaysOf(desktop)) {
+            for (const auto& observer : desktop.observers(display.displayID)) {
+                observer->soundInterrupted(reason);
+            }
+        }
+    });
 }
 
 const VirtualMoment& VirtualMoment::loseSound(double seconds) const {

@@ -96,12 +96,18 @@ class VirtualMoment {
     const VirtualMoment& stopStreams(CGDirectDisplayID displayID, SCStreamErrorCode code) const;
 
     // Sound.
-    /// A sine of `frequency` Hz; 0 is silence.
+    /// A sine of `frequency` Hz, of no application; 0 is silence.
     const VirtualMoment& playTone(double frequency) const;
+    /// The same of an application, whether it is listed or not.
+    const VirtualMoment& playTone(std::int32_t processID, double frequency) const;
     /// Blocks that begin in the next `seconds` get lost.
     const VirtualMoment& loseSound(double seconds) const;
     /// Blocks that begin from here on are stamped later by `seconds` (a gap), or earlier if negative (an overlap).
     const VirtualMoment& shiftSound(double seconds) const;
+
+    /// Streams give no sound until further notice, and say so.
+    const VirtualMoment& interruptSound(std::exception_ptr reason) const;
+    const VirtualMoment& resumeSound() const;
 
     // The machine and the devices at it.
     const VirtualMoment& setMachine(VirtualMachine machine) const;
@@ -134,6 +140,7 @@ class VirtualMoment {
     const VirtualMoment& changeWindow(std::uint32_t windowID, std::function<void(SCWindow&)> change) const;
     /// As `changeScene`, and tells streams of all displays that their picture has changed.
     const VirtualMoment& changePicture(std::function<void(VirtualScene&)> change) const;
+    const VirtualMoment& setSoundInterruption(std::exception_ptr reason) const;
     const VirtualMoment& changeDevices(std::function<void(VirtualCaptureDevices&)> change) const;
 
     std::shared_ptr<VirtualDesktop> desktop_;

@@ -8,19 +8,23 @@ using std::chrono::nanoseconds;
 
 namespace {
 
-std::shared_ptr<const CMFormatDescription> soundFormat() {
+std::shared_ptr<const CMFormatDescription> soundFormat(const SCStreamConfiguration& configuration) {
     CMFormatDescription format;
     format.mediaType = CMMediaType::audio;
-    format.audioFormat = VirtualSound::format;
+    format.audioFormat = AVAudioFormat{.commonFormat = AVAudioCommonFormat::float32,
+                                       .sampleRate = configuration.sampleRate,
+                                       .channelCount = configuration.channelCount};
     return std::make_shared<const CMFormatDescription>(format);
 }
 
 }  // namespace
 
-VirtualSoundSource::VirtualSoundSource(std::shared_ptr<VirtualDesktop> desktop, Deliver deliver)
+VirtualSoundSource::VirtualSoundSource(std::shared_ptr<VirtualDesktop> desktop, SCAudibleProcesses audible,
+                                       const SCStreamConfiguration& configuration, Deliver deliver)
     : desktop_(std::move(desktop)),
+      audible_(std::move(audible)),
       deliver_(std::move(deliver)),
-      format_(soundFormat()),
+      format_(soundFormat(configuration)),
       strand_(Executor::makeStrand("zv.virtual.audio")) {}
 
 void VirtualSoundSource::post(std::function<void(VirtualSoundSource&)> job) {
@@ -54,6 +58,12 @@ void VirtualSoundSource::waitForBlock() {
     });
 }
 
+// In frames. The blocks are whole frames apart, so that all are rounded alike.
+CMTime VirtualSoundSource::stampOf(nanoseconds time) const {
+    const double seconds = std::chrono::duration<double>(time - stampOffset_).count();
+    return CMTime::fromSeconds(seconds, static_cast<std::int32_t>(format_->audioFormat->sampleRate));
+}
+
 void VirtualSoundSource::deliverBlock() {
     timer_.reset();
     if (!running_) {
@@ -61,11 +71,11 @@ void VirtualSoundSource::deliverBlock() {
     }
     const VirtualSound sound = desktop_->withState([](VirtualDesktopState& state) { return state.sound; });
     const nanoseconds heard = begin(block_);
-    if (!sound.isLost(heard)) {
+    if (!sound.isInterrupted && !sound.isLost(heard)) {
         CMSampleTimingInfo timing;
-        timing.duration = CMTime::make(1, static_cast<std::int32_t>(VirtualSound::format.sampleRate));
-        timing.presentationTimeStamp = CMTime::make((sound.stamp(heard) - stampOffset_).count(), 1'000'000'000);
-        deliver_(CMSampleBuffer::audio(sound.render(block_), timing, format_));
+        timing.duration = CMTime::make(1, static_cast<std::int32_t>(format_->audioFormat->sampleRate));
+        timing.presentationTimeStamp = stampOf(sound.stamp(heard));
+        deliver_(CMSampleBuffer::audio(sound.render(block_, *format_->audioFormat, audible_), timing, format_));
     }
     ++block_;
     waitForBlock();

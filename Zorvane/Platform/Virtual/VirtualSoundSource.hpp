@@ -19,7 +19,9 @@ class VirtualSoundSource final : public std::enable_shared_from_this<VirtualSoun
   public:
     using Deliver = std::function<void(const CMSampleBuffer& sample)>;
 
-    VirtualSoundSource(std::shared_ptr<VirtualDesktop> desktop, Deliver deliver);
+    /// `audible` is whose sound it is; rate and channels are the configuration's.
+    VirtualSoundSource(std::shared_ptr<VirtualDesktop> desktop, SCAudibleProcesses audible,
+                       const SCStreamConfiguration& configuration, Deliver deliver);
 
     /// The first block is the next to begin. `stampOffset` is what is taken from the host time to get a stamp.
     void start(std::chrono::nanoseconds stampOffset);
@@ -33,11 +35,13 @@ class VirtualSoundSource final : public std::enable_shared_from_this<VirtualSoun
     // On the strand:
     void waitForBlock();
     void deliverBlock();
+    CMTime stampOf(std::chrono::nanoseconds time) const;
     std::chrono::nanoseconds begin(std::int64_t block) const {
         return desktop_->origin() + block * VirtualSound::blockDuration;
     }
 
     const std::shared_ptr<VirtualDesktop> desktop_;
+    const SCAudibleProcesses audible_;
     const Deliver deliver_;
     const std::shared_ptr<const CMFormatDescription> format_;
     const std::shared_ptr<Executor> strand_;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Foundation/NSProcessInfo.hpp"
 #include "Zorvane/Platform/Virtual/VirtualPictureSource.hpp"
 #include "Zorvane/Platform/Virtual/VirtualSoundSource.hpp"
 
@@ -56,7 +57,8 @@ void VirtualStream::makeSources(const SCContentFilter& filter, const SCStreamCon
     };
     pictures_ = std::make_shared<VirtualPictureSource>(desktop_, filter, configuration, deliver);
     sounds_ = std::make_shared<VirtualSoundSource>(
-        desktop_, [deliver](const CMSampleBuffer& sample) { deliver(sample, SCStreamOutputType::audio); });
+        desktop_, audibleProcesses(filter, configuration, processIdentifier()), configuration,
+        [deliver](const CMSampleBuffer& sample) { deliver(sample, SCStreamOutputType::audio); });
 }
 
 VirtualStream::~VirtualStream() {
@@ -92,7 +94,7 @@ std::exception_ptr VirtualStream::obstacleToStart() const {
         if (!state.conditions.allowsScreenCapture()) {
             return std::make_exception_ptr(streamError(SCStreamErrorCode::userDeclined, "Capture is not permitted."));
         }
-        if (!isConfigured_) {
+        if (screenReceiver_ && !isConfigured_) {
             return std::make_exception_ptr(
                 streamError(SCStreamErrorCode::failedToStart, "The configuration has an empty size or no interval."));
         }
@@ -119,8 +121,10 @@ void VirtualStream::startCapture(Completion completion) {
     const nanoseconds stampOffset = clock_ ? clock_->behind() : desktop_->clock()->now();
     desktop_->add(weak_from_this());
     pictures_->strand()->post([completion = std::move(completion)] { completion(nullptr); });
-    pictures_->start(stampOffset);
-    if (capturesAudio_) {
+    if (screenReceiver_) {
+        pictures_->start(stampOffset);
+    }
+    if (audioReceiver_) {
         sounds_->start(stampOffset);
     }
 }
@@ -162,6 +166,21 @@ void VirtualStream::stopped(std::exception_ptr error) {
         auto delegate = stream ? stream->delegate_.lock() : nullptr;
         if (delegate) {
             delegate->streamDidStopWithError(*stream, error);
+        }
+    });
+}
+
+void VirtualStream::soundInterrupted(std::exception_ptr reason) {
+    if (!audioReceiver_ || state_ != State::running) {
+        return;
+    }
+    sounds_->strand()->post([weak = weak_from_this(), reason] {
+        auto stream = weak.lock();
+        auto delegate = stream ? stream->delegate_.lock() : nullptr;
+        if (delegate && reason) {
+            delegate->streamDidBecomeInactive(*stream, reason);
+        } else if (delegate) {
+            delegate->streamDidBecomeActive(*stream);
         }
     });
 }

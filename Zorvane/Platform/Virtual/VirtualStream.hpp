@@ -42,6 +42,7 @@ class VirtualStream final : public SCStream,
     void pictureChanged() override;
     void oddSample(VirtualOddSample kind) override;
     void stopped(std::exception_ptr error) override;
+    void soundInterrupted(std::exception_ptr reason) override;
 
   private:
     enum class State : std::uint8_t { made, running, stopped };
@@ -63,7 +64,7 @@ class VirtualStream final : public SCStream,
     const std::shared_ptr<VirtualDesktop> desktop_;
     const CGDirectDisplayID displayID_;
     const bool capturesAudio_;
-    const bool isConfigured_;  // so that pictures can be drawn; told at the start
+    const bool isConfigured_;  // so that pictures can be drawn; told at the start, if any are wanted
     const std::weak_ptr<SCStreamDelegate> delegate_;
     const std::optional<VirtualClock> clock_;
     std::atomic<State> state_{State::made};
