@@ -89,7 +89,7 @@ class ZVSchemaItem {
     /// Called one at a time, on the capture's own queue and at the end on the one that finishes; it must not block.
     using SampleCallback = std::function<bool(const CMSampleBuffer& sample)>;
     /// Hands a microphone's sound to the host; writes no file. The first sample holds the recording's start, or comes
-    /// before it; every sample begins where the one before has ended, with silence where the microphone gave nothing.
+    /// before it; every sample begins where the one before has ended, with silence in the gaps.
     /// `ZVRecorder::stop` ends once the host has taken all of it.
     static ZVSchemaItem _microphone(std::string microphoneID, SampleCallback callback);
 

@@ -1,5 +1,6 @@
 #include "Zorvane/Internal/Recorders/AudioFileRecorder.hpp"
 
+#include <memory>
 #include <utility>
 
 #include "Zorvane/Internal/Recorders/OutputSettings.hpp"
@@ -18,8 +19,8 @@ AudioFileRecorder::AudioFileRecorder(std::string id, const OutputDescription& ou
     const auto audioInput = output_->addAudioInput(settings);
     const AudioSamplePathTraits traits{.startMessage = AudioSamplePathTraits::StartMessage::trace};
     auto path = std::make_unique<AudioSamplePath>(output_->makeSink(audioInput), recordingInterval_, logger_, traits);
-    capture_ = MicrophoneCapture::make(microphone, DispatchQueue::serial("AudioFileRecorder.SampleBufferQueue"),
-                                       std::move(path), logger_, context.onNotice);
+    capture_.emplace(microphone, DispatchQueue::serial("AudioFileRecorder.SampleBufferQueue"), std::move(path), logger_,
+                     context.onNotice);
     output_->startWriting();
     logger_.info("Initialized.");
 }

@@ -1,7 +1,6 @@
 // Records a microphone to a file of sound, or to segments.
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,7 +34,7 @@ class AudioFileRecorder final : public Recorder {
     const Logger logger_;
     const StableRecordingInterval recordingInterval_;
     std::optional<MediaOutput> output_;
-    std::shared_ptr<MicrophoneCapture> capture_;
+    std::optional<MicrophoneCapture> capture_;
 };
 
 }  // namespace zorvane

@@ -1,5 +1,6 @@
 #include "Zorvane/Internal/Recorders/AudioStreamRecorder.hpp"
 
+#include <memory>
 #include <utility>
 
 namespace zorvane {
@@ -13,8 +14,8 @@ AudioStreamRecorder::AudioStreamRecorder(std::string id, const std::string& micr
                                        .startMessage = AudioSamplePathTraits::StartMessage::trace};
     auto path = std::make_unique<AudioSamplePath>(std::make_unique<HostAudioSampleSink>(std::move(callback), logger_),
                                                   context.recordingInterval, logger_, traits);
-    capture_ = MicrophoneCapture::make(microphone, DispatchQueue::serial("AudioStreamRecorderSampleBufferQueue"),
-                                       std::move(path), logger_, context.onNotice);
+    capture_.emplace(microphone, DispatchQueue::serial("AudioStreamRecorderSampleBufferQueue"), std::move(path),
+                     logger_, context.onNotice);
     logger_.info("Initialized.");
 }
 

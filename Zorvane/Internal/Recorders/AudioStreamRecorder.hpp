@@ -1,7 +1,7 @@
 // Hands a microphone's sound to a callback of the host.
 #pragma once
 
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +30,7 @@ class AudioStreamRecorder final : public Recorder {
   private:
     const std::string id_;
     const Logger logger_;
-    std::shared_ptr<MicrophoneCapture> capture_;
+    std::optional<MicrophoneCapture> capture_;
 };
 
 }  // namespace zorvane

@@ -59,26 +59,48 @@ std::shared_ptr<AVCaptureDevice> requireMicrophone(const std::string& microphone
     return device;
 }
 
-std::shared_ptr<MicrophoneCapture> MicrophoneCapture::make(const std::shared_ptr<AVCaptureDevice>& device,
-                                                           DispatchQueue sampleBufferQueue,
-                                                           std::unique_ptr<AudioSamplePath> path, const Logger& logger,
-                                                           NoticeHandler onNotice) {
-    const PoolBlockingScope blocking;
-    std::shared_ptr<MicrophoneCapture> capture(new MicrophoneCapture(device, std::move(path), logger));
-    capture->audioOutput_ = std::make_shared<AVCaptureDataOutput>(AVMediaType::audio, std::move(sampleBufferQueue));
-    capture->audioOutput_->setSampleBufferDelegate(capture);
-    capture->setUp(device);
-    capture->observeInterruptions(std::move(onNotice));
-    return capture;
-}
+/// Receives the session's samples. It outlives the session's deliveries, and never owns the session.
+class MicrophoneCapture::Coordinator final : public AVCaptureDataOutputSampleBufferDelegate {
+  public:
+    Coordinator(std::unique_ptr<AudioSamplePath> audioPath, const AVCaptureDataOutput& audioOutput,
+                const AVCaptureSession& session, const Logger& logger)
+        : path(std::move(audioPath)), audioOutput_(audioOutput), session_(session), logger_(logger) {}
 
-MicrophoneCapture::MicrophoneCapture(const std::shared_ptr<AVCaptureDevice>& device,
-                                     std::unique_ptr<AudioSamplePath> path, const Logger& logger)
+    void captureOutput(const AVCaptureDataOutput& output, const CMSampleBuffer& sampleBuffer) override {
+        if (&output == &audioOutput_) {
+            path->process(sampleBuffer, session_.synchronizationClock());
+        } else if (!std::exchange(didLogUnknownOutputWarning_, true)) {
+            logger_.warning("Got data from unknown output, ignoring.", [&] {
+                return LogMetadata{{"output", output.queue().label()}};
+            });
+        }
+    }
+
+    const std::unique_ptr<AudioSamplePath> path;
+
+  private:
+    const AVCaptureDataOutput& audioOutput_;
+    const AVCaptureSession& session_;
+    const Logger logger_;
+    bool didLogUnknownOutputWarning_ = false;  // of the sample queue
+};
+
+MicrophoneCapture::MicrophoneCapture(const std::shared_ptr<AVCaptureDevice>& device, DispatchQueue sampleBufferQueue,
+                                     std::unique_ptr<AudioSamplePath> path, const Logger& logger,
+                                     NoticeHandler onNotice)
     : logger_(logger),
       microphoneID_(device->uniqueID()),
       microphoneName_(device->localizedName()),
-      path_(std::move(path)),
-      session_(Platform::current()->captureDevices->makeCaptureSession()) {}
+      audioOutput_(std::make_shared<AVCaptureDataOutput>(AVMediaType::audio, std::move(sampleBufferQueue))) {
+    const PoolBlockingScope blocking;
+    session_ = Platform::current()->captureDevices->makeCaptureSession();
+    coordinator_ = std::make_shared<Coordinator>(std::move(path), *audioOutput_, *session_, logger_);
+    audioOutput_->setSampleBufferDelegate(coordinator_);
+    setUp(device);
+    observeInterruptions(std::move(onNotice));
+}
+
+MicrophoneCapture::~MicrophoneCapture() = default;
 
 void MicrophoneCapture::setUp(const std::shared_ptr<AVCaptureDevice>& device) {
     AVCaptureDeviceInput audioInput = openDevice(device, logger_);
@@ -123,7 +145,7 @@ void MicrophoneCapture::startRunning() {
 Task<> MicrophoneCapture::prepare() {
     startRunning();
     try {
-        co_await path_->waitForSample(firstSampleTimeout, noAudioError());
+        co_await coordinator_->path->waitForSample(firstSampleTimeout, noAudioError());
     } catch (const ZVCancelled&) {
         throw;
     } catch (...) {
@@ -134,9 +156,9 @@ Task<> MicrophoneCapture::prepare() {
 }
 
 Task<> MicrophoneCapture::finish() {
-    co_await path_->waitForEnd();
+    co_await coordinator_->path->waitForEnd();
     cancel();
-    co_await path_->flush();
+    co_await coordinator_->path->flush();
 }
 
 void MicrophoneCapture::cancel() {
@@ -145,20 +167,8 @@ void MicrophoneCapture::cancel() {
 }
 
 ZVSoundLevel MicrophoneCapture::soundLevel() const {
-    const SoundMeter::Level level = path_->level();
+    const SoundMeter::Level level = coordinator_->path->level();
     return {"Microphone", microphoneName_, level.peak, level.rms};
-}
-
-void MicrophoneCapture::captureOutput(const AVCaptureDataOutput& output, const CMSampleBuffer& sampleBuffer) {
-    if (&output != audioOutput_.get()) {
-        if (!didLogUnknownOutputWarning_.exchange(true)) {
-            logger_.warning("Got data from unknown output, ignoring.", [&] {
-                return LogMetadata{{"output", output.queue().label()}};
-            });
-        }
-        return;
-    }
-    path_->process(sampleBuffer, session_->synchronizationClock());
 }
 
 }  // namespace zorvane

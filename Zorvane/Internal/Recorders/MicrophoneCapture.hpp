@@ -1,7 +1,6 @@
 // The capture of one microphone, the same for all recorders that listen to one.
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <string>
 
@@ -23,13 +22,14 @@ std::shared_ptr<AVCaptureDevice> requireMicrophone(const std::string& microphone
 /// while it runs is waited for: the recording goes on with silence in the place, and the host is told.
 ///
 /// Made, prepared, and ended by `finish` or `cancel`; or destroyed at any time, which ends the capture.
-class MicrophoneCapture final : public AVCaptureDataOutputSampleBufferDelegate {
+class MicrophoneCapture {
   public:
-    /// Opens the device. Throws a `ZVError` (internal error) when it or its sound can't be had.
-    static std::shared_ptr<MicrophoneCapture> make(const std::shared_ptr<AVCaptureDevice>& device,
-                                                   DispatchQueue sampleBufferQueue,
-                                                   std::unique_ptr<AudioSamplePath> path, const Logger& logger,
-                                                   NoticeHandler onNotice);
+    /// Opens the device. Throws a `ZVError` (internal error) when it or its sound can't be had. Blocks.
+    MicrophoneCapture(const std::shared_ptr<AVCaptureDevice>& device, DispatchQueue sampleBufferQueue,
+                      std::unique_ptr<AudioSamplePath> path, const Logger& logger, NoticeHandler onNotice);
+    ~MicrophoneCapture();
+    MicrophoneCapture(const MicrophoneCapture&) = delete;
+    MicrophoneCapture& operator=(const MicrophoneCapture&) = delete;
 
     /// Starts to capture, and ends when samples come. Throws a `ZVError` (internal error) with a text for the user
     /// after 3 seconds without one.
@@ -42,11 +42,9 @@ class MicrophoneCapture final : public AVCaptureDataOutputSampleBufferDelegate {
 
     ZVSoundLevel soundLevel() const;
 
-    void captureOutput(const AVCaptureDataOutput& output, const CMSampleBuffer& sampleBuffer) override;
-
   private:
-    MicrophoneCapture(const std::shared_ptr<AVCaptureDevice>& device, std::unique_ptr<AudioSamplePath> path,
-                      const Logger& logger);
+    class Coordinator;
+
     void setUp(const std::shared_ptr<AVCaptureDevice>& device);
     void observeInterruptions(NoticeHandler onNotice);
     void startRunning();
@@ -54,9 +52,9 @@ class MicrophoneCapture final : public AVCaptureDataOutputSampleBufferDelegate {
     const Logger logger_;
     const std::string microphoneID_;
     const std::string microphoneName_;
-    const std::unique_ptr<AudioSamplePath> path_;
-    std::shared_ptr<AVCaptureDataOutput> audioOutput_;
-    std::atomic<bool> didLogUnknownOutputWarning_{false};
+    const std::shared_ptr<AVCaptureDataOutput> audioOutput_;
+    // The session goes first, with no sample under way. Whoever delivers one may hold the coordinator a little longer.
+    std::shared_ptr<Coordinator> coordinator_;
     std::shared_ptr<AVCaptureSession> session_;
     NSKeyValueObservation interruptions_;
 };

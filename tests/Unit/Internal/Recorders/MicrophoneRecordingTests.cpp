@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
+#include <thread>
 
 #include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
 #include "tests/Support/SoundRecording.hpp"
@@ -260,6 +262,27 @@ TEST_F(MicrophoneRecordingTest, AHostGetsAllSamplesInOrderAlsoWhenItRefusesForAW
     EXPECT_GE((last.presentationTimeStamp() + last.duration()).seconds(), hostSeconds(startedAt + 1.2));
     EXPECT_TRUE(result.bundleInfo.files.empty());
     EXPECT_TRUE(log.has(ZVLogLevel::info, "Couldn't flush all frames in buffer at once, retrying a bit."));
+}
+
+TEST_F(MicrophoneRecordingTest, ARecorderMayGoAtAnyMomentAndNoSampleComesAfterThat) {
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<bool> isGone = false;
+        std::atomic<int> late = 0;
+        make({Item::microphone("mic"), Item::_microphone("mic", [&](const CMSampleBuffer&) {
+                  late += isGone;
+                  return true;
+              })});
+        prepare();
+        start();
+        std::thread owner([&] {
+            recorder.reset();
+            isGone = true;
+        });
+        advance(0.05);
+        owner.join();
+        advance(0.05);
+        EXPECT_EQ(late, 0);
+    }
 }
 
 TEST_F(MicrophoneRecordingTest, AHostThatThrowsLosesTheSampleAndNothingElse) {
