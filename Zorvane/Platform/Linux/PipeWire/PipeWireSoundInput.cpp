@@ -4,7 +4,9 @@
 #include <sys/eventfd.h>
 
 #include <atomic>
+#include <exception>
 #include <optional>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -77,10 +79,9 @@ class PipeWireSoundInput::State final : public PipeWireClient {
 
   private:
     void run() {
-        const auto now = [] { return MonotonicClock::shared()->now(); };
         const bool fills = settings_.idle == Idle::silence;
         if (fills) {
-            intake_.fillUntil(now());
+            fillUntil(clock_->now());
         }
         while (!isEnding_) {
             pollfd wakeUp{.fd = feed_.wakeUp.get(), .events = POLLIN, .revents = 0};
@@ -88,16 +89,43 @@ class PipeWireSoundInput::State final : public PipeWireClient {
             eventfd_t count = 0;
             eventfd_read(feed_.wakeUp.get(), &count);
             takeAll();
-            if (fills) {
-                intake_.fillUntil(now() - silenceAfter);
+            if (fills && !isEnding_) {
+                fillUntil(clock_->now() - silenceAfter);
             }
         }
     }
 
     void takeAll() {
         while (const SoundCycle* cycle = isEnding_ ? nullptr : feed_.ring.front()) {
-            intake_.take(*cycle, feed_.ring.frontFrames(), distance());
+            reportingErrors([&] { intake_.take(*cycle, feed_.ring.frontFrames(), distance()); });
             feed_.ring.pop();
+        }
+        reportLoss();
+    }
+
+    void fillUntil(std::chrono::nanoseconds time) {
+        reportingErrors([&] { intake_.fillUntil(time); });
+    }
+
+    /// Once; a format that can't be converted fails in every cycle.
+    template <class Work>
+    void reportingErrors(const Work& work) {
+        try {
+            work();
+        } catch (const std::exception& error) {
+            if (!std::exchange(hasReportedError_, true)) {
+                Logger::forFile().error("Sound can't be captured", [&] {
+                    return LogMetadata{{"error", error.what()}};
+                });
+            }
+        }
+    }
+
+    void reportLoss() {
+        if (const auto lost = feed_.lostCycles.exchange(0, std::memory_order_relaxed); lost > 0) {
+            Logger::forFile().warning("Sound got lost, because it wasn't taken for a second", [&] {
+                return LogMetadata{{"cycles", std::to_string(lost)}};
+            });
         }
     }
 
@@ -111,6 +139,8 @@ class PipeWireSoundInput::State final : public PipeWireClient {
     SoundFeed feed_;
     std::optional<PipeWireSoundTap> tap_;  // the session's thread's
     SoundIntake intake_;                   // the sound thread's
+    bool hasReportedError_ = false;        // likewise
+    const std::shared_ptr<MonotonicClock> clock_ = MonotonicClock::shared();
     std::atomic<bool> isEnding_ = false;
     std::thread thread_;
     Mutex mutex_;

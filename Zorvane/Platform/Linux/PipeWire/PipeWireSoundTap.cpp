@@ -42,9 +42,7 @@ pw_filter* makeFilter(pw_core& core, const std::string& name) {
 }  // namespace
 
 SoundFeed::SoundFeed(std::uint32_t channels)
-    : channelCount(channels),
-      ring(channels, mostFrames, mostCycles),
-      wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    : channelCount(channels), ring(channels, mostFrames, mostCycles), wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (!wakeUp) {
         throw NSError::posix(errno, "make an event");
     }
@@ -158,12 +156,14 @@ void PipeWireSoundTap::onProcess(void* data, spa_io_position* position) {
     }
     // Some drivers that exist in software only have no clock; then what comes is counted, and happens now.
     const bool isTimed = clock.nsec != 0;
-    self.feed_.ring.push({.clock = clock.id,
-                          .position = isTimed ? static_cast<std::int64_t>(clock.position) : self.position_,
-                          .time = isTimed ? std::chrono::nanoseconds(clock.nsec) : monotonicTime(),
-                          .rate = static_cast<double>(clock.rate.denom) / clock.rate.num,
-                          .frames = frames},
-                         self.channels_);
+    const SoundCycle cycle{.clock = clock.id,
+                           .position = isTimed ? static_cast<std::int64_t>(clock.position) : self.position_,
+                           .time = isTimed ? std::chrono::nanoseconds(clock.nsec) : monotonicTime(),
+                           .rate = static_cast<double>(clock.rate.denom) / clock.rate.num,
+                           .frames = frames};
+    if (!self.feed_.ring.push(cycle, self.channels_)) {
+        self.feed_.lostCycles.fetch_add(1, std::memory_order_relaxed);
+    }
     self.position_ += frames;
     eventfd_write(self.feed_.wakeUp.get(), 1);
 }

@@ -3,6 +3,7 @@
 
 #include <pipewire/filter.h>
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -24,15 +25,16 @@ struct SoundFeed {
 
     const std::uint32_t channelCount;
     SoundRing ring;
-    const FileDescriptor wakeUp;  ///< an event that is signalled after each cycle
+    std::atomic<std::uint64_t> lostCycles{0};  ///< for which the ring had no room
+    const FileDescriptor wakeUp;               ///< an event that is signalled after each cycle
 };
 
 /// One port for each channel, and the links to them. It lives as long as a connection. On the session's thread, but for
 /// `process`, which runs on PipeWire's real-time thread and never again after the destructor has returned.
 ///
 /// The server tells who is linked to the node, in the order in which things happened. What isn't a wire that was asked
-/// for is taken away: a link that another program made, and one of ours that came too late and met another port, because
-/// the server had given the number of one that is gone to a new one.
+/// for is taken away: a link that another program made, and one of ours that came too late and met another port,
+/// because the server had given the number of one that is gone to a new one.
 class PipeWireSoundTap {
   public:
     /// `feed` outlives the tap. Throws `NSError` if PipeWire can't make a node.
@@ -66,11 +68,11 @@ class PipeWireSoundTap {
     const std::unique_ptr<pw_filter, FilterDeleter> filter_;
     PipeWireHook filterHook_;
     PipeWireProxy registry_;
-    std::vector<void*> ports_;                                // as the filter knows them
-    std::vector<const float*> channels_;                      // of one cycle; the real-time thread's
-    std::int64_t position_ = 0;                               // in our own count; the real-time thread's
-    std::map<std::uint32_t, std::uint64_t> serials_;          // of all ports, by their numbers
-    std::map<std::uint32_t, std::uint32_t> ownPorts_;         // numbers by channel
+    std::vector<void*> ports_;                         // as the filter knows them
+    std::vector<const float*> channels_;               // of one cycle; the real-time thread's
+    std::int64_t position_ = 0;                        // in our own count; the real-time thread's
+    std::map<std::uint32_t, std::uint64_t> serials_;   // of all ports, by their numbers
+    std::map<std::uint32_t, std::uint32_t> ownPorts_;  // numbers by channel
     std::set<PipeWireSoundWire> wires_;
     std::map<PipeWireSoundWire, std::unique_ptr<PipeWireProxy>> links_;
 };

@@ -75,6 +75,7 @@ void SoundIntake::put(const Place& place, const SoundRing::Parts& frames) {
     if (!isContinued(place)) {
         aligner_->restart();
     }
+    last_.reset();  // after an error the aligner begins anew
     const auto firstFrames = static_cast<std::int64_t>(frames.first.size() / output_.channelCount);
     process(cycle.position, place.heardAt, frames.first);
     process(cycle.position + firstFrames, place.heardAt + lengthOf(firstFrames, cycle.rate), frames.second);

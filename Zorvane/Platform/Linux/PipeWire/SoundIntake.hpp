@@ -26,7 +26,8 @@ std::chrono::nanoseconds heardAt(const SoundCycle& cycle, const PipeWireSoundDis
 /// distance from the air is another one. Time that runs on without cycles can be given as silence, which then joins the
 /// sound on both sides.
 ///
-/// Pure: no thread, no clock. Used by one thread at a time.
+/// Pure: no thread, no clock. Used by one thread at a time. What the converter or the sink throws passes through; the
+/// next cycle begins anew.
 class SoundIntake {
   public:
     /// `converting` outlives the intake.
