@@ -90,16 +90,15 @@ PipeWireTestMicrophone::~PipeWireTestMicrophone() {
     pw_thread_loop_destroy(state_->loop);
 }
 
-double largestErrorOfTime(const SoundCollector::Samples& samples) {
-    double largest = 0;
+double errorOfTime(const SoundCollector::Samples& samples) {
+    std::vector<double> errors;
     forEachFrame(samples, [&](double time, const float* channels) {
-        const double second = time - std::floor(time);
-        const bool isNearWrap = second < 0.05 || second > 0.95;  // where the filters of a resampler ring
-        if (!isNearWrap) {
-            largest = std::max(largest, std::abs(channels[0] - second));
-        }
+        const double difference = std::abs(channels[0] - (time - std::floor(time)));
+        errors.push_back(std::min(difference, 1 - difference));  // around the second
     });
-    return largest;
+    const auto middle = errors.begin() + static_cast<std::ptrdiff_t>(errors.size() / 2);
+    std::ranges::nth_element(errors, middle);
+    return *middle;
 }
 
 }  // namespace zorvane

@@ -30,7 +30,8 @@ class PipeWireTestMicrophone {
     const std::unique_ptr<State> state_;
 };
 
-/// The largest distance in time, in seconds, between where such a microphone's frames stand and when they were heard.
-double largestErrorOfTime(const SoundCollector::Samples& samples);
+/// The distance in time, in seconds, between where half of such a microphone's frames stand and when they were heard,
+/// or less. An overloaded machine makes that of some frames larger.
+double errorOfTime(const SoundCollector::Samples& samples);
 
 }  // namespace zorvane

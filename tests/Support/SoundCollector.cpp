@@ -66,4 +66,15 @@ void forEachFrame(const SoundCollector::Samples& samples,
     }
 }
 
+double shareOfFrames(const SoundCollector::Samples& samples,
+                     const std::function<bool(double time, const float* channels)>& condition) {
+    std::size_t all = 0;
+    std::size_t fitting = 0;
+    forEachFrame(samples, [&](double time, const float* channels) {
+        ++all;
+        fitting += condition(time, channels);
+    });
+    return static_cast<double>(fitting) / static_cast<double>(all);
+}
+
 }  // namespace zorvane

@@ -41,4 +41,10 @@ std::vector<std::int64_t> breaksIn(const SoundCollector::Samples& samples);
 void forEachFrame(const SoundCollector::Samples& samples,
                   const std::function<void(double time, const float* channels)>& visit);
 
+/// The share of the frames for which `condition` holds. On an overloaded machine PipeWire's programs miss their turns:
+/// then a cycle's sound is torn, missing, or with the time of the next cycle. So what holds for every frame in
+/// principle is asked of most.
+double shareOfFrames(const SoundCollector::Samples& samples,
+                     const std::function<bool(double time, const float* channels)>& condition);
+
 }  // namespace zorvane
