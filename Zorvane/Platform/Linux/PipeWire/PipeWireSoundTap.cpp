@@ -51,9 +51,9 @@ SoundFeed::SoundFeed(std::uint32_t channels)
 PipeWireSoundTap::PipeWireSoundTap(pw_core& core, const std::string& name, SoundFeed& feed)
     : core_(core),
       feed_(feed),
+      channels_(feed.channelCount),
       filter_(makeFilter(core, name)),
-      registry_(pw_core_get_registry(&core, PW_VERSION_REGISTRY, 0)),
-      channels_(feed.channelCount) {
+      registry_(pw_core_get_registry(&core, PW_VERSION_REGISTRY, 0)) {
     static const pw_filter_events filterEvents{.version = PW_VERSION_FILTER_EVENTS, .process = onProcess};
     static const pw_registry_events registryEvents{
         .version = PW_VERSION_REGISTRY_EVENTS, .global = onGlobal, .global_remove = onGlobalRemoved};

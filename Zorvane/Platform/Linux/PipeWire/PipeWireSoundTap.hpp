@@ -65,12 +65,13 @@ class PipeWireSoundTap {
 
     pw_core& core_;
     SoundFeed& feed_;
+    // What the real-time thread uses outlives the filter, whose end waits for it.
+    std::vector<const float*> channels_;  // of one cycle
+    std::int64_t position_ = 0;           // in our own count
+    std::vector<void*> ports_;            // as the filter knows them; constant once it is connected
     const std::unique_ptr<pw_filter, FilterDeleter> filter_;
     PipeWireHook filterHook_;
     PipeWireProxy registry_;
-    std::vector<void*> ports_;                         // as the filter knows them
-    std::vector<const float*> channels_;               // of one cycle; the real-time thread's
-    std::int64_t position_ = 0;                        // in our own count; the real-time thread's
     std::map<std::uint32_t, std::uint64_t> serials_;   // of all ports, by their numbers
     std::map<std::uint32_t, std::uint32_t> ownPorts_;  // numbers by channel
     std::set<PipeWireSoundWire> wires_;
