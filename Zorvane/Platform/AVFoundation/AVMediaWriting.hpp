@@ -23,7 +23,7 @@ class AVMediaWriting {
 
     /// A writer of fragmented MPEG-4 segments of one track, which it hands to the delegate; it has no file and its
     /// `outputURL` is empty.
-    virtual std::shared_ptr<AVAssetWriter> makeSegmentWriter(AVAssetSegmenting) { return nullptr; }
+    virtual std::shared_ptr<AVAssetWriter> makeSegmentWriter(AVAssetSegmenting segmenting) = 0;
 };
 
 }  // namespace zorvane

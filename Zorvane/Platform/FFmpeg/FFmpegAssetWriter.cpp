@@ -6,6 +6,7 @@
 #include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/FFmpeg/AudioTrack.hpp"
 #include "Zorvane/Platform/FFmpeg/MovieFile.hpp"
+#include "Zorvane/Platform/FFmpeg/SegmentFile.hpp"
 #include "Zorvane/Platform/FFmpeg/VideoTrack.hpp"
 #include "Zorvane/Platform/FFmpeg/WriterThread.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
@@ -32,15 +33,23 @@ bool canEncode(const AVAudioSettings& settings) {
 }  // namespace
 
 FFmpegAssetWriter::FFmpegAssetWriter(std::filesystem::path outputURL, AVFileType fileType, FFmpegWriterParts parts)
+    : FFmpegAssetWriter(std::move(outputURL), fileType, std::nullopt, std::move(parts)) {}
+
+FFmpegAssetWriter::FFmpegAssetWriter(AVAssetSegmenting segmenting, FFmpegWriterParts parts)
+    : FFmpegAssetWriter({}, AVFileType::mpeg4, std::move(segmenting), std::move(parts)) {}
+
+FFmpegAssetWriter::FFmpegAssetWriter(std::filesystem::path outputURL, AVFileType fileType,
+                                     std::optional<AVAssetSegmenting> segmenting, FFmpegWriterParts parts)
     : AVAssetWriter(std::move(outputURL)),
       fileType_(fileType),
+      segmenting_(std::move(segmenting)),
       parts_(std::move(parts)),
       queue_(std::make_shared<WriterQueue>()) {}
 
 FFmpegAssetWriter::~FFmpegAssetWriter() = default;
 
 bool FFmpegAssetWriter::canAddInput(const AVAssetWriterInput& input) const {
-    if (hasTrack(input.mediaType())) {
+    if (hasTrack(input.mediaType()) || (segmenting_ && !tracks_.empty())) {
         return false;
     }
     if (input.mediaType() == AVMediaType::audio) {
@@ -69,7 +78,7 @@ void FFmpegAssetWriter::doStartWriting() {
         media.tracks.push_back(makeTrack(settings));
         formats.push_back(media.tracks.back()->format());
     }
-    media.file = std::make_unique<MovieFile>(parts_.makeFile(outputURL()), fileType_, formats);
+    media.file = makeFile(formats);
     thread_ = std::make_unique<WriterThread>(queue_, parts_.clock, std::move(media),
                                              [this](std::exception_ptr error) { fail(std::move(error)); });
     queue_->open();
@@ -97,11 +106,27 @@ bool FFmpegAssetWriter::hasTrack(AVMediaType mediaType) const {
     });
 }
 
+std::unique_ptr<MediaFile> FFmpegAssetWriter::makeFile(std::span<const MediaTrackFormat> formats) {
+    if (!segmenting_) {
+        return std::make_unique<MovieFile>(parts_.makeFile(outputURL()), fileType_, formats);
+    }
+    auto handOut = [this](std::span<const std::byte> data, AVAssetSegmentType type,
+                          const std::optional<AVAssetSegmentReport>& report) {
+        if (const auto delegate = segmenting_->delegate.lock()) {
+            delegate->didOutputSegmentData(*this, data, type, report);
+        }
+    };
+    return std::make_unique<SegmentFile>(formats.front(), *segmenting_, std::move(handOut));
+}
+
 std::unique_ptr<MediaTrack> FFmpegAssetWriter::makeTrack(const TrackSettings& settings) const {
     if (const auto* const audio = std::get_if<AVAudioSettings>(&settings)) {
         return std::make_unique<AudioTrack>(*audio);
     }
     const auto& video = std::get<AVVideoSettings>(settings);
+    if (segmenting_) {
+        return std::make_unique<VideoTrack>(video, encoderFor(video), segmenting_->preferredOutputSegmentInterval);
+    }
     return std::make_unique<VideoTrack>(video, encoderFor(video));
 }
 

@@ -4,10 +4,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "Zorvane/Platform/AVFoundation/AVAssetSegment.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
 #include "Zorvane/Platform/FFmpeg/OutputFile.hpp"
 #include "Zorvane/Platform/FFmpeg/WriterQueue.hpp"
@@ -15,7 +18,9 @@
 
 namespace zorvane {
 
+class MediaFile;
 class MediaTrack;
+struct MediaTrackFormat;
 class WriterThread;
 
 /// What a writer works with.
@@ -31,9 +36,12 @@ struct FFmpegWriterParts {
 ///
 /// A process that ends in the middle leaves a movie that lacks its last second at most. Destroying a writer that wasn't
 /// finished does the same, at once. A writer may be destroyed on any thread, also by one of its own callbacks.
+///
+/// A writer of segments writes one track, and no file: see `SegmentFile`.
 class FFmpegAssetWriter final : public AVAssetWriter {
   public:
     FFmpegAssetWriter(std::filesystem::path outputURL, AVFileType fileType, FFmpegWriterParts parts);
+    FFmpegAssetWriter(AVAssetSegmenting segmenting, FFmpegWriterParts parts);
     ~FFmpegAssetWriter() override;
 
   private:
@@ -46,11 +54,15 @@ class FFmpegAssetWriter final : public AVAssetWriter {
 
     using TrackSettings = std::variant<AVVideoSettings, AVAudioSettings>;
 
+    FFmpegAssetWriter(std::filesystem::path outputURL, AVFileType fileType, std::optional<AVAssetSegmenting> segmenting,
+                      FFmpegWriterParts parts);
     bool hasTrack(AVMediaType mediaType) const;
+    std::unique_ptr<MediaFile> makeFile(std::span<const MediaTrackFormat> formats);
     std::unique_ptr<MediaTrack> makeTrack(const TrackSettings& settings) const;
     const std::string& encoderFor(const AVVideoSettings& settings) const;
 
     const AVFileType fileType_;
+    const std::optional<AVAssetSegmenting> segmenting_;
     const FFmpegWriterParts parts_;
     const std::shared_ptr<WriterQueue> queue_;
     std::vector<TrackSettings> tracks_;     // in the order of the queue's inputs

@@ -30,11 +30,19 @@ std::unique_ptr<AVOutputSettingsAssistant> FFmpegMediaWriting::makeOutputSetting
 
 std::shared_ptr<AVAssetWriter> FFmpegMediaWriting::makeAssetWriter(const std::filesystem::path& url,
                                                                    AVFileType fileType) {
+    return std::make_shared<FFmpegAssetWriter>(url, fileType, partsOfNow());
+}
+
+std::shared_ptr<AVAssetWriter> FFmpegMediaWriting::makeSegmentWriter(AVAssetSegmenting segmenting) {
+    return std::make_shared<FFmpegAssetWriter>(std::move(segmenting), partsOfNow());
+}
+
+FFmpegWriterParts FFmpegMediaWriting::partsOfNow() const {
     FFmpegWriterParts parts = parts_;
     if (!parts.clock) {
         parts.clock = Platform::current()->clock;
     }
-    return std::make_shared<FFmpegAssetWriter>(url, fileType, std::move(parts));
+    return parts;
 }
 
 }  // namespace zorvane

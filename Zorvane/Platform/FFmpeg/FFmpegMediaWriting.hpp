@@ -14,8 +14,11 @@ class FFmpegMediaWriting final : public AVMediaWriting {
 
     std::unique_ptr<AVOutputSettingsAssistant> makeOutputSettingsAssistant(AVOutputSettingsPreset preset) override;
     std::shared_ptr<AVAssetWriter> makeAssetWriter(const std::filesystem::path& url, AVFileType fileType) override;
+    std::shared_ptr<AVAssetWriter> makeSegmentWriter(AVAssetSegmenting segmenting) override;
 
   private:
+    FFmpegWriterParts partsOfNow() const;
+
     const FFmpegWriterParts parts_;
 };
 

@@ -44,7 +44,18 @@ std::uint32_t codecTag(AVCodecID codec) {
     }
 }
 
-constexpr const char* fragmentFlags = "frag_custom+delay_moov+default_base_moof+skip_trailer";
+/// Of the muxer's option "movflags"; null for none.
+const char* flags(Muxer::Form form) {
+    switch (form) {
+        case Muxer::Form::whole:
+            return nullptr;
+        case Muxer::Form::fragmented:
+            return "frag_custom+delay_moov+default_base_moof+skip_trailer";
+        case Muxer::Form::segmented:
+            return "frag_custom+dash+delay_moov+default_base_moof+skip_sidx+skip_trailer";
+    }
+    return nullptr;
+}
 
 /// One in which every track's end is a whole number, so that none is rounded. Long movies then need 64 bits for their
 /// length, which the muxer sees to.
@@ -143,8 +154,8 @@ void Muxer::addTrack(const MediaTrackFormat& format) {
 
 void Muxer::writeHeader(std::int32_t movieTimescale, Form form) {
     AVDictionary* options = nullptr;
-    if (form == Form::fragmented) {
-        av_dict_set(&options, "movflags", fragmentFlags, 0);
+    if (flags(form)) {
+        av_dict_set(&options, "movflags", flags(form), 0);
     }
     // Sound has the ticks of its rate by itself.
     av_dict_set_int(&options, "video_track_timescale", videoTimescale, 0);

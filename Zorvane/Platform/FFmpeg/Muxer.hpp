@@ -45,8 +45,9 @@ class MemorySink {
 /// the formats. Used by one thread at a time. All operations throw `NSError`.
 class Muxer {
   public:
-    /// Whole movies have their index in the trailer; fragmented ones get it in pieces.
-    enum class Form : std::uint8_t { whole, fragmented };
+    /// Whole movies have their index in the trailer; fragmented ones get it in pieces; segmented ones are fragmented,
+    /// and each fragment can be a file of its own behind the header.
+    enum class Form : std::uint8_t { whole, fragmented, segmented };
 
     Muxer(AVFileType fileType, std::span<const MediaTrackFormat> formats, Form form);
     ~Muxer();

@@ -5,10 +5,19 @@
 namespace zorvane {
 
 VideoTrack::VideoTrack(const AVVideoSettings& settings, const std::string& encoderName)
+    : VideoTrack(settings, encoderName,
+                 std::llround(settings.compressionProperties.maxKeyFrameIntervalDuration * videoTimescale), false) {}
+
+VideoTrack::VideoTrack(const AVVideoSettings& settings, const std::string& encoderName, CMTime segmentInterval)
+    : VideoTrack(settings, encoderName, std::llround(segmentInterval.seconds() * videoTimescale), true) {}
+
+VideoTrack::VideoTrack(const AVVideoSettings& settings, const std::string& encoderName, std::int64_t keyFrameTicks,
+                       bool isCut)
     : encoder_(settings, encoderName),
       preparer_(encoder_.picture(), settings.width, settings.height, settings.colorProperties.primaries),
       packet_(makePacket()),
-      keyFrameTicks_(std::llround(settings.compressionProperties.maxKeyFrameIntervalDuration * videoTimescale)) {}
+      keyFrameTicks_(keyFrameTicks),
+      isCut_(isCut) {}
 
 MediaTrackFormat VideoTrack::format() const {
     return {encoder_.codecParameters(), videoTimescale};
@@ -22,14 +31,25 @@ void VideoTrack::append(const CMSampleBuffer& sample, PacketSink& sink) {
     if (!place) {
         return;
     }
+    repeatAtCuts(place->tick, sink);
     preparer_.prepare(sample.imageBuffer());
     encoder_.encode(place->tick, kindOf(*place));
     moveTo(sink, place->replacesPrevious);
 }
 
 void VideoTrack::drain(PacketSink& sink) {
+    repeatAtCuts(timeline_.endTick().value_or(0), sink);
     encoder_.drain();
     moveTo(sink, false);
+}
+
+// The encoder keeps the content of the picture on show.
+void VideoTrack::repeatAtCuts(std::int64_t endTick, PacketSink& sink) {
+    while (isCut_ && nextKeyFrame_ > 0 && nextKeyFrame_ < endTick) {
+        encoder_.encode(nextKeyFrame_, VideoEncoder::PictureKind::key);
+        moveTo(sink, false);
+        nextKeyFrame_ += keyFrameTicks_;
+    }
 }
 
 // A picture that replaces the one before it must not depend on it.
