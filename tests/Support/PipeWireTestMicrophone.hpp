@@ -31,7 +31,11 @@ class PipeWireTestMicrophone {
 };
 
 /// The distance in time, in seconds, between where half of such a microphone's frames stand and when they were heard,
-/// or less. An overloaded machine makes that of some frames larger.
+/// or less.
 double errorOfTime(const SoundCollector::Samples& samples);
+
+/// What a right capture stays below on an overloaded machine too: two cycles of the graph. A program that misses its
+/// turn takes the next cycle's time for this cycle's sound, and if that is the first one, what follows joins it.
+inline constexpr double tolerableErrorOfTime = 0.045;
 
 }  // namespace zorvane

@@ -81,7 +81,7 @@ class PipeWireCaptureSessionTest : public testing::Test {
 TEST_F(PipeWireCaptureSessionTest, SoundOfEveryChannelStandsWhereItWasHeard) {
     constexpr std::uint32_t channelCount = 6;
     const PipeWireTestMicrophone microphone(
-        {.name = "mic", .channelCount = channelCount, .latency = std::chrono::milliseconds(80)});
+        {.name = "mic", .channelCount = channelCount, .latency = std::chrono::milliseconds(150)});
     const auto session = capture("mic");
     session->startRunning();
     ASSERT_TRUE(sound_->waitForFrames(96000));
@@ -102,7 +102,7 @@ TEST_F(PipeWireCaptureSessionTest, SoundOfEveryChannelStandsWhereItWasHeard) {
     EXPECT_GT(rightFrames, 0.5) << "each channel has its own";
     const double error = errorOfTime(samples);
     RecordProperty("error_us", static_cast<int>(error * 1e6));
-    EXPECT_LT(error, 0.02) << "seconds; the latency of 80 ms is taken out";
+    EXPECT_LT(error, tolerableErrorOfTime) << "the latency is taken out";
 }
 
 TEST_F(PipeWireCaptureSessionTest, ADeviceKeepsItsOwnRateThoughTheGraphHasAnother) {
@@ -139,7 +139,7 @@ TEST_F(PipeWireCaptureSessionTest, AMicrophoneThatIsUnpluggedIsReplacedByNoOther
     EXPECT_THAT(interruptions.waitFor(2), ElementsAre("The microphone “mic” was unplugged.", ""));
     EXPECT_TRUE(sound_->waitForMoreFrames(4800));
     session->stopRunning();
-    EXPECT_LT(errorOfTime(sound_->samples()), 0.02) << "seconds, in what came before and after";
+    EXPECT_LT(errorOfTime(sound_->samples()), tolerableErrorOfTime);
 }
 
 TEST_F(PipeWireCaptureSessionTest, ACaptureOutlivesARestartOfPipeWire) {
@@ -159,7 +159,7 @@ TEST_F(PipeWireCaptureSessionTest, ACaptureOutlivesARestartOfPipeWire) {
     EXPECT_EQ(told.back(), "");
     EXPECT_TRUE(sound_->waitForMoreFrames(4800));
     session->stopRunning();
-    EXPECT_LT(errorOfTime(sound_->samples()), 0.02) << "seconds";
+    EXPECT_LT(errorOfTime(sound_->samples()), tolerableErrorOfTime);
 }
 
 TEST_F(PipeWireCaptureSessionTest, NothingComesAfterTheStop) {

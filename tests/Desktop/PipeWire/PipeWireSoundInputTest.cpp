@@ -110,7 +110,7 @@ TEST_F(PipeWireSoundInputTest, ConvertsToTheRateThatIsWanted) {
     output.sampleRate = 44100;
     WiredInput input({.name = "ears", .output = output}, wires({{"mic", 0}}));
     ASSERT_TRUE(input.sound().waitForFrames(66150));
-    EXPECT_LT(errorOfTime(input.sound().samples()), 0.02) << "seconds";
+    EXPECT_LT(errorOfTime(input.sound().samples()), tolerableErrorOfTime);
 }
 
 TEST_F(PipeWireSoundInputTest, MixesWhatIsWiredToOneChannel) {
@@ -158,7 +158,7 @@ TEST_F(PipeWireSoundInputTest, ALinkOfAnotherProgramIsTakenAway) {
     EXPECT_TRUE(input.waitForScene(
         [](const auto& scene) { return heardBy(scene, "ears") == std::vector<std::string>{"chosen"}; }));
     EXPECT_TRUE(input.sound().waitForMoreFrames(4800)) << "the chosen one goes on";
-    EXPECT_LT(errorOfTime(input.sound().samples()), 0.02) << "seconds";
+    EXPECT_LT(errorOfTime(input.sound().samples()), tolerableErrorOfTime);
 }
 
 TEST(PipeWireSessionManagerTest, LeavesAnInputAloneWhoseSourceIsGone) {
