@@ -34,18 +34,26 @@ PipeWirePort::PipeWirePort(pw_registry* registry, std::uint32_t id, const spa_di
     observer_.objectAsked();
 }
 
+PipeWireSoundPort PipeWirePort::port(bool isOfMicrophone) const {
+    PipeWireSoundPort port = port_;
+    port.latency = isOfMicrophone && port.kind != PipeWireSoundPort::Kind::input ? sinceHeard_ : untilHeard_;
+    return port;
+}
+
+/// Sound that goes two ways has two latencies. Of what is played the longer one is true: the other way may be to one
+/// who records it and says that this takes no time.
 void PipeWirePort::onParameter(void* data, int, std::uint32_t, std::uint32_t, std::uint32_t, const spa_pod* value) {
     auto& self = *static_cast<PipeWirePort*>(data);
-    // A port has two: towards the devices behind it, which is what is asked for, and towards those before it.
-    const bool isInput = self.port_.kind == PipeWireSoundPort::Kind::input;
     spa_latency_info latency;
-    if (value && spa_latency_parse(value, &latency) >= 0 &&
-        latency.direction == (isInput ? SPA_DIRECTION_INPUT : SPA_DIRECTION_OUTPUT)) {
-        self.port_.latency = {.quanta = latency.min_quantum,
-                              .frames = latency.min_rate,
-                              .time = std::chrono::nanoseconds(latency.min_ns)};
-        self.observer_.objectChanged();
+    if (!value || spa_latency_parse(value, &latency) < 0) {
+        return;
     }
+    if (latency.direction == SPA_DIRECTION_INPUT) {
+        self.untilHeard_ = {latency.max_quantum, latency.max_rate, std::chrono::nanoseconds(latency.max_ns)};
+    } else {
+        self.sinceHeard_ = {latency.min_quantum, latency.min_rate, std::chrono::nanoseconds(latency.min_ns)};
+    }
+    self.observer_.objectChanged();
 }
 
 }  // namespace zorvane

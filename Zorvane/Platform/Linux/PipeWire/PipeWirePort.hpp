@@ -9,7 +9,7 @@
 
 namespace zorvane {
 
-/// Follows the port's latency.
+/// Follows the port's latencies: it has one towards the devices behind it and one towards those before it.
 class PipeWirePort {
   public:
     /// `properties` are those that the registry tells.
@@ -19,7 +19,8 @@ class PipeWirePort {
     std::uint32_t nodeID() const { return nodeID_; }
     /// Its number among the node's ports of its direction.
     std::uint32_t number() const { return number_; }
-    const PipeWireSoundPort& port() const { return port_; }
+    /// With the latency of one of a microphone's or of another node's ports.
+    PipeWireSoundPort port(bool isOfMicrophone) const;
 
   private:
     static void onParameter(void* self, int sequence, std::uint32_t parameter, std::uint32_t index, std::uint32_t next,
@@ -28,7 +29,9 @@ class PipeWirePort {
     const std::uint32_t id_;
     const std::uint32_t nodeID_;
     const std::uint32_t number_;
-    PipeWireSoundPort port_;
+    const PipeWireSoundPort port_;  // without latency
+    PipeWireLatency untilHeard_;
+    PipeWireLatency sinceHeard_;
     PipeWireObjectObserver& observer_;
     PipeWireProxy proxy_;
 };

@@ -13,6 +13,11 @@ bool isSound(std::string_view mediaClass) {
     return mediaClass.starts_with("Audio/") || mediaClass.ends_with("/Audio");
 }
 
+/// One that hears what happens in the room, though it may play there as well.
+bool isMicrophone(std::string_view mediaClass) {
+    return mediaClass.starts_with("Audio/Source") || mediaClass == "Audio/Duplex";
+}
+
 }  // namespace
 
 void PipeWireSoundGraph::add(pw_registry* registry, std::uint32_t id, std::string_view type,
@@ -91,7 +96,7 @@ PipeWireSoundNode PipeWireSoundGraph::describe(const PipeWireNode& node) const {
     }
     std::ranges::stable_sort(ports, {}, &PipeWirePort::number);
     for (const PipeWirePort* port : ports) {
-        description.ports.push_back(port->port());
+        description.ports.push_back(port->port(isMicrophone(description.mediaClass)));
     }
     return description;
 }

@@ -34,8 +34,8 @@ class PipeWireSoundInput::State final : public PipeWireClient {
     State(Settings settings, std::shared_ptr<AVAudioConverting> converting, Sink sink)
         : settings_(std::move(settings)),
           converting_(std::move(converting)),
-          feed_(settings_.output.channelCount),
-          intake_(settings_.output, *converting_, std::move(sink)) {}
+          feed_(settings_.channelCount.value_or(settings_.output.channelCount)),
+          intake_(feed_.channelCount, settings_.output, *converting_, std::move(sink)) {}
 
     std::uint32_t channelCount() const { return settings_.output.channelCount; }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Zorvane/Platform/AVFoundation/AVAudioConverter.hpp"
@@ -37,8 +38,9 @@ class PipeWireSoundInput {
     };
 
     struct Settings {
-        std::string name;      ///< for people, in lists of what records
-        AVAudioFormat output;  ///< its channels are the input's
+        std::string name;  ///< for people, in lists of what records
+        AVAudioFormat output;
+        std::optional<std::uint32_t> channelCount;  ///< of the input, mixed to the output's; as many as those if absent
         Idle idle = Idle::nothing;
     };
 

@@ -34,7 +34,7 @@ struct PipeWireSoundPort {
     std::uint64_t serial = 0;  ///< its own for ever
     Kind kind = Kind::output;
     std::string channel;      ///< such as "FL", "MONO", "AUX3"
-    PipeWireLatency latency;  ///< of a source's output: since it was heard; of a sink's input: until it is
+    PipeWireLatency latency;  ///< of a microphone's output: since it was heard; else until it is
 
     bool operator==(const PipeWireSoundPort&) const = default;
 };

@@ -3,6 +3,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <optional>
 #include <set>
 
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundScene.hpp"
@@ -26,6 +27,7 @@ struct PipeWireSoundDistance {
 
     Side side = Side::recorded;
     PipeWireLatency latency;
+    std::optional<std::uint32_t> monitoredSink;  ///< the node whose monitor gives the sound, if one does
 
     bool operator==(const PipeWireSoundDistance&) const = default;
 };

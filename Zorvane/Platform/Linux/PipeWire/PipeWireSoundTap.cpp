@@ -1,10 +1,12 @@
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundTap.hpp"
 
 #include <pipewire/link.h>
+#include <spa/param/latency-utils.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <ctime>
 #include <utility>
@@ -30,6 +32,26 @@ std::chrono::nanoseconds monotonicTime() {
     clock_gettime(CLOCK_MONOTONIC, &now);
     return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
 }
+
+constexpr auto filterFlags = static_cast<pw_filter_flags>(PW_FILTER_FLAG_RT_PROCESS | PW_FILTER_FLAG_CUSTOM_LATENCY);
+
+/// An application asks how long its sound takes to be heard, and is told what lies between the shortest and the longest
+/// way. One who only listens must not count, or pictures and sound of who is recorded would drift apart for its user.
+class LatencyOfNobody {
+  public:
+    LatencyOfNobody() {
+        spa_latency_info latency;
+        spa_latency_info_combine_start(&latency, SPA_DIRECTION_INPUT);
+        spa_pod_builder builder = SPA_POD_BUILDER_INIT(memory_.data(), static_cast<std::uint32_t>(memory_.size()));
+        parameter_ = spa_latency_build(&builder, SPA_PARAM_Latency, &latency);
+    }
+
+    const spa_pod** parameters() { return &parameter_; }
+
+  private:
+    alignas(spa_pod) std::array<std::uint8_t, 256> memory_{};
+    const spa_pod* parameter_;
+};
 
 pw_filter* makeFilter(pw_core& core, const std::string& name) {
     pw_filter* filter = pw_filter_new(&core, name.c_str(), nodeProperties(name));
@@ -59,7 +81,7 @@ PipeWireSoundTap::PipeWireSoundTap(pw_core& core, const std::string& name, Sound
         .version = PW_VERSION_REGISTRY_EVENTS, .global = onGlobal, .global_remove = onGlobalRemoved};
     pw_filter_add_listener(filter_.get(), filterHook_.get(), &filterEvents, this);
     addPorts();
-    if (const int result = pw_filter_connect(filter_.get(), PW_FILTER_FLAG_RT_PROCESS, nullptr, 0); result < 0) {
+    if (const int result = pw_filter_connect(filter_.get(), filterFlags, nullptr, 0); result < 0) {
         throw NSError::posix(-result, "connect a node of PipeWire");
     }
     registry_.listen(&registryEvents, this);
@@ -68,12 +90,13 @@ PipeWireSoundTap::PipeWireSoundTap(pw_core& core, const std::string& name, Sound
 PipeWireSoundTap::~PipeWireSoundTap() = default;
 
 void PipeWireSoundTap::addPorts() {
+    LatencyOfNobody latency;
     for (std::uint32_t channel = 0; channel < feed_.channelCount; ++channel) {
         const std::string name = "input_" + std::to_string(channel + 1);
         ports_.push_back(pw_filter_add_port(
             filter_.get(), PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS, 1,
             pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME, name.c_str(), nullptr),
-            nullptr, 0));
+            latency.parameters(), 1));
         if (!ports_.back()) {
             throw NSError::posix(errno, "make a port of PipeWire");
         }

@@ -26,15 +26,24 @@ AVAudioFormat sourceFormat(double rate, std::uint32_t channelCount) {
 
 std::chrono::nanoseconds heardAt(const SoundCycle& cycle, const PipeWireSoundDistance& distance) {
     const std::chrono::nanoseconds latency = distance.latency.at(cycle.frames, cycle.rate);
-    return distance.side == PipeWireSoundDistance::Side::recorded ? cycle.time - latency : cycle.time + latency;
+    if (distance.side == PipeWireSoundDistance::Side::recorded) {
+        return cycle.time - latency;
+    }
+    const bool isOfLastCycle = distance.monitoredSink == cycle.clock;
+    return cycle.time + latency - (isOfLastCycle ? lengthOf(cycle.frames, cycle.rate) : std::chrono::nanoseconds(0));
 }
 
-SoundIntake::SoundIntake(const AVAudioFormat& output, AVAudioConverting& converting, SoundAligner::Sink sink)
-    : output_(output), converting_(converting), sink_(std::move(sink)), silence_(silentFrames * output.channelCount) {}
+SoundIntake::SoundIntake(std::uint32_t channelCount, const AVAudioFormat& output, AVAudioConverting& converting,
+                         SoundAligner::Sink sink)
+    : channelCount_(channelCount),
+      output_(output),
+      converting_(converting),
+      sink_(std::move(sink)),
+      silence_(silentFrames * channelCount) {}
 
 void SoundIntake::take(const SoundCycle& cycle, const SoundRing::Parts& frames, const PipeWireSoundDistance& distance) {
     const Place place{cycle, distance, zorvane::heardAt(cycle, distance)};
-    if (isSilent()) {
+    if (fills_ && last_ && !isContinued(place)) {
         fillUntil(place.heardAt + lengthOf(2, rate_));  // to cut two frames of sound is better than to leave a rest
     }
     put(place, frames);
@@ -45,6 +54,7 @@ bool SoundIntake::isSilent() const {
 }
 
 void SoundIntake::fillUntil(std::chrono::nanoseconds time) {
+    fills_ = true;
     end_ = end_.value_or(time);
     prepareAligner(rate_ > 0 ? rate_ : output_.sampleRate);
     auto missing = framesIn(time - *end_, rate_);
@@ -56,7 +66,7 @@ void SoundIntake::fillUntil(std::chrono::nanoseconds time) {
         const auto frames = static_cast<std::uint32_t>(std::min<std::int64_t>(missing, silentFrames));
         const std::int64_t position = isSilent() ? last_->cycle.position + last_->cycle.frames : 0;
         const SoundCycle cycle{silentClock, position, *end_, rate_, frames};
-        put({cycle, {}, cycle.time}, {std::span(silence_).first(std::size_t{frames} * output_.channelCount), {}});
+        put({cycle, {}, cycle.time}, {std::span(silence_).first(std::size_t{frames} * channelCount_), {}});
         missing -= frames;
     }
 }
@@ -76,7 +86,7 @@ void SoundIntake::put(const Place& place, const SoundRing::Parts& frames) {
         aligner_->restart();
     }
     last_.reset();  // after an error the aligner begins anew
-    const auto firstFrames = static_cast<std::int64_t>(frames.first.size() / output_.channelCount);
+    const auto firstFrames = static_cast<std::int64_t>(frames.first.size() / channelCount_);
     process(cycle.position, place.heardAt, frames.first);
     process(cycle.position + firstFrames, place.heardAt + lengthOf(firstFrames, cycle.rate), frames.second);
     last_ = place;
@@ -92,7 +102,7 @@ bool SoundIntake::isContinued(const Place& place) const {
 void SoundIntake::prepareAligner(double rate) {
     if (rate != rate_) {
         rate_ = rate;
-        aligner_ = std::make_unique<SoundAligner>(sourceFormat(rate, output_.channelCount), output_, converting_,
+        aligner_ = std::make_unique<SoundAligner>(sourceFormat(rate, channelCount_), output_, converting_,
                                                   [this](const CMSampleBuffer& sample) { deliver(sample); });
     }
 }

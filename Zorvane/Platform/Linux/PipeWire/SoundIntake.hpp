@@ -19,19 +19,22 @@ namespace zorvane {
 ///
 /// At the time of a cycle a source hands over what it has recorded last. Its latency says how long ago the first frame
 /// of that was in the air: a sound card's is one quantum, in which its buffer fills, and what its converters take. What
-/// an application or the monitor of a sink hands over is played later, by the latency of the sink.
+/// an application or the monitor of a sink hands over is played later, by the latency of the sink. A sink by whose
+/// clock the cycle runs is the last one in it, so its monitor hands over what was played in the cycle before.
 std::chrono::nanoseconds heardAt(const SoundCycle& cycle, const PipeWireSoundDistance& distance);
 
 /// Brings cycles onto the host clock by an aligner, which begins anew where another clock of the graph counts, or the
 /// distance from the air is another one. Time that runs on without cycles can be given as silence, which then joins the
-/// sound on both sides.
+/// sound on both sides; once that was asked for, so is the time between two clocks. Frames that one clock lost are a
+/// gap.
 ///
 /// Pure: no thread, no clock. Used by one thread at a time. What the converter or the sink throws passes through; the
 /// next cycle begins anew.
 class SoundIntake {
   public:
-    /// `converting` outlives the intake.
-    SoundIntake(const AVAudioFormat& output, AVAudioConverting& converting, SoundAligner::Sink sink);
+    /// Takes so many channels and mixes them to the output's. `converting` outlives the intake.
+    SoundIntake(std::uint32_t channelCount, const AVAudioFormat& output, AVAudioConverting& converting,
+                SoundAligner::Sink sink);
 
     void take(const SoundCycle& cycle, const SoundRing::Parts& frames, const PipeWireSoundDistance& distance);
 
@@ -53,6 +56,7 @@ class SoundIntake {
     void process(std::int64_t position, std::chrono::nanoseconds time, std::span<const float> frames);
     void deliver(const CMSampleBuffer& sample);
 
+    const std::uint32_t channelCount_;
     const AVAudioFormat output_;
     AVAudioConverting& converting_;
     const SoundAligner::Sink sink_;
@@ -62,6 +66,7 @@ class SoundIntake {
     std::optional<Place> last_;
     std::optional<std::chrono::nanoseconds> end_;  // of what was put
     std::optional<CMTime> deliveredUntil_;
+    bool fills_ = false;  // it was asked for silence
 };
 
 }  // namespace zorvane

@@ -49,7 +49,7 @@ class SoundIntakeTest : public testing::Test {
 
     FFmpegAudioConverting converting_;
     SoundCollector heard_;
-    SoundIntake intake_{mono, converting_, [this](const CMSampleBuffer& sample) { heard_.add(sample); }};
+    SoundIntake intake_{1, mono, converting_, [this](const CMSampleBuffer& sample) { heard_.add(sample); }};
     double rate_ = 48000;
 };
 
@@ -59,6 +59,14 @@ TEST(SoundTimeTest, ASourceWasHeardBeforeItsCycleAndAPlayerIsHeardAfterIt) {
     EXPECT_EQ(heardAt(cycle, {Side::recorded, latency}), seconds(5) - milliseconds(15));
     EXPECT_EQ(heardAt(cycle, {Side::played, latency}), seconds(5) + milliseconds(15));
     EXPECT_EQ(heardAt(cycle, {}), seconds(5));
+}
+
+TEST(SoundTimeTest, TheMonitorOfASinkThatDrivesTheGraphIsACycleLate) {
+    const SoundCycle cycle{.clock = 30, .time = seconds(5), .rate = 48000, .frames = 480};
+    const PipeWireLatency latency{.time = milliseconds(50)};
+    const nanoseconds heard = seconds(5) + milliseconds(50);
+    EXPECT_EQ(heardAt(cycle, {Side::played, latency, 30}), heard - milliseconds(10));
+    EXPECT_EQ(heardAt(cycle, {Side::played, latency, 31}), heard) << "another one drives it";
 }
 
 TEST_F(SoundIntakeTest, AnotherClockOfTheGraphIsPlacedByItsTime) {
@@ -105,6 +113,38 @@ TEST_F(SoundIntakeTest, SilenceJoinsWhatCameBeforeAndWhatComesAfter) {
     EXPECT_NEAR(timesOf(0.5f).first, 10.0, 0.002);
     EXPECT_NEAR(timesOf(0.25f).first, 11.05, 0.002);
     EXPECT_TRUE(breaksIn(heard_.samples()).empty());
+}
+
+TEST_F(SoundIntakeTest, SilenceFillsTheTimeBetweenTwoClocksButNotWhatOneLost) {
+    intake_.fillUntil(seconds(10));
+    play(1, 0, seconds(10), 0.5f);
+    play(2, 77, seconds(10) + milliseconds(130), 0.25f);
+    play(2, 77 + 4800 + 480, seconds(10) + milliseconds(240), 0.25f);
+    intake_.fillUntil(seconds(11));
+    EXPECT_NEAR(timesOf(0.25f).first, 10.13, 0.002);
+    EXPECT_EQ(breaksIn(heard_.samples()), std::vector<std::int64_t>{480});
+}
+
+TEST(SoundIntakeMixTest, ChannelsThatTheOutputDoesNotHaveAreMixedIntoThoseThatItHas) {
+    FFmpegAudioConverting converting;
+    SoundCollector heard;
+    constexpr AVAudioFormat stereo{.sampleRate = 48000, .channelCount = 2};
+    SoundIntake intake(8, stereo, converting, [&](const CMSampleBuffer& sample) { heard.add(sample); });
+    std::vector<float> frames;
+    for (int frame = 0; frame < 4800; ++frame) {
+        frames.insert(frames.end(), {0.25f, 0, 0.5f, 0, 0, 0, 0, 0});  // left and centre
+    }
+    intake.take({1, 0, seconds(1), 48000, 4800}, {frames, {}}, {});
+    intake.fillUntil(seconds(1));
+    std::size_t right = 0;
+    forEachFrame(heard.samples(), [&](double time, const float* sample) {
+        if (time > 1.02 && time < 1.08) {
+            EXPECT_NEAR(sample[0] - sample[1], 0.25f, 0.001f) << "sides keep their level";
+            EXPECT_NEAR(sample[1], 0.5f * std::sqrt(0.5f), 0.01f);
+            ++right;
+        }
+    });
+    EXPECT_GT(right, 2000u);
 }
 
 }  // namespace
