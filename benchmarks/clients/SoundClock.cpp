@@ -36,7 +36,9 @@ nanoseconds nextFrameHeardAt(pw_stream* stream, double rate) {
     return nanoseconds(time.now) + length(ahead, rate) + length(static_cast<double>(time.delay), graphRate);
 }
 
-SoundPlayer::SoundPlayer(Wave wave) : wave_(std::move(wave)) {
+SoundPlayer::SoundPlayer(Wave wave) : SoundPlayer(std::move(wave), Settings()) {}
+
+SoundPlayer::SoundPlayer(Wave wave, const Settings& settings) : wave_(std::move(wave)) {
     static const pw_stream_events events = [] {
         pw_stream_events made{};
         made.version = PW_VERSION_STREAM_EVENTS;
@@ -49,6 +51,9 @@ SoundPlayer::SoundPlayer(Wave wave) : wave_(std::move(wave)) {
     pw_thread_loop_lock(loop_);
     pw_properties* properties = pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Playback",
                                                   PW_KEY_APP_NAME, "Test Client", nullptr);
+    for (const auto& [key, value] : settings.properties) {
+        pw_properties_set(properties, key.c_str(), value.c_str());
+    }
     stream_ = pw_stream_new_simple(pw_thread_loop_get_loop(loop_), "test client", properties, &events, this);
     std::array<std::uint8_t, 1024> buffer{};
     spa_pod_builder builder = SPA_POD_BUILDER_INIT(buffer.data(), static_cast<std::uint32_t>(buffer.size()));
@@ -56,7 +61,7 @@ SoundPlayer::SoundPlayer(Wave wave) : wave_(std::move(wave)) {
     format.format = SPA_AUDIO_FORMAT_F32;
     format.rate = static_cast<std::uint32_t>(rate);
     format.channels = 1;
-    format.position[0] = SPA_AUDIO_CHANNEL_MONO;
+    format.position[0] = settings.channel;
     const spa_pod* parameter = spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &format);
     const auto flags = static_cast<pw_stream_flags>(PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS |
                                                     PW_STREAM_FLAG_RT_PROCESS);

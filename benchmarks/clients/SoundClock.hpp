@@ -2,10 +2,13 @@
 #pragma once
 
 #include <pipewire/pipewire.h>
+#include <spa/param/audio/raw.h>
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <string>
 
 namespace zorvane::benchmarks {
 
@@ -21,7 +24,13 @@ class SoundPlayer {
     /// The sample that is to be heard at a moment, between -1 and 1. Called on PipeWire's real-time thread.
     using Wave = std::function<float(std::chrono::nanoseconds heardAt)>;
 
+    struct Settings {
+        std::map<std::string, std::string> properties;  ///< of the stream, beside its usual ones
+        std::uint32_t channel = SPA_AUDIO_CHANNEL_MONO;
+    };
+
     explicit SoundPlayer(Wave wave);
+    SoundPlayer(Wave wave, const Settings& settings);
     SoundPlayer(const SoundPlayer&) = delete;
     SoundPlayer& operator=(const SoundPlayer&) = delete;
     ~SoundPlayer();

@@ -62,6 +62,18 @@ void SampleCollector::streamDidStopWithError(SCStream&, std::exception_ptr error
     changed_.notify_all();
 }
 
+void SampleCollector::streamDidBecomeInactive(SCStream&, std::exception_ptr reason) {
+    const std::lock_guard lock(mutex_);
+    absences_.push_back(std::move(reason));
+    changed_.notify_all();
+}
+
+void SampleCollector::streamDidBecomeActive(SCStream&) {
+    const std::lock_guard lock(mutex_);
+    absences_.push_back(nullptr);
+    changed_.notify_all();
+}
+
 void SampleCollector::keepBuffers(bool keep) {
     const std::lock_guard lock(mutex_);
     keepsBuffers_ = keep;
@@ -85,6 +97,11 @@ std::vector<CollectedSample> SampleCollector::pictures() const {
     std::vector<CollectedSample> all = samples();
     std::erase_if(all, [](const CollectedSample& sample) { return !sample.isPicture(); });
     return all;
+}
+
+std::vector<std::exception_ptr> SampleCollector::absences() const {
+    const std::lock_guard lock(mutex_);
+    return absences_;
 }
 
 std::vector<std::exception_ptr> SampleCollector::stops() const {

@@ -35,6 +35,8 @@ class SampleCollector final : public SCStreamOutput, public SCStreamDelegate {
   public:
     void stream(SCStream& stream, const CMSampleBuffer& sampleBuffer, SCStreamOutputType type) override;
     void streamDidStopWithError(SCStream& stream, std::exception_ptr error) override;
+    void streamDidBecomeInactive(SCStream& stream, std::exception_ptr reason) override;
+    void streamDidBecomeActive(SCStream& stream) override;
 
     void keepBuffers(bool keep);
     std::size_t keptBuffers() const;
@@ -42,6 +44,8 @@ class SampleCollector final : public SCStreamOutput, public SCStreamDelegate {
     std::vector<CollectedSample> samples() const;
     std::vector<CollectedSample> pictures() const;
     std::vector<std::exception_ptr> stops() const;
+    /// Why sound went away, and null for each time that it came back.
+    std::vector<std::exception_ptr> absences() const;
 
     /// Blocks until `condition` holds for the samples so far; false when it doesn't within ten seconds.
     bool waitUntil(const std::function<bool(const std::vector<CollectedSample>&)>& condition) const;
@@ -53,6 +57,7 @@ class SampleCollector final : public SCStreamOutput, public SCStreamDelegate {
     std::vector<CMSampleBuffer> kept_;
     std::vector<CollectedSample> samples_;
     std::vector<std::exception_ptr> stops_;
+    std::vector<std::exception_ptr> absences_;
 };
 
 /// The code of an `NSError` of the stream domain; nothing for null and for any other error.

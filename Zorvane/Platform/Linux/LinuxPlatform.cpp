@@ -7,6 +7,7 @@
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureAccess.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureDevices.hpp"
+#include "Zorvane/Platform/Linux/LinuxScreenCapture.hpp"
 #include "Zorvane/Platform/Linux/Phone/PhoneDevices.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureDevices.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
@@ -40,7 +41,8 @@ Platform makeLinuxPlatform() {
     platform.captureAccess = std::make_shared<LinuxCaptureAccess>(session);
     platform.windowList = std::make_shared<X11WindowList>(desktop, catalog);
     platform.workspace = std::make_shared<X11Workspace>(desktop, catalog, session, readImageFile);
-    platform.screenCapture = std::make_shared<X11ScreenCapture>(session, catalog);
+    platform.screenCapture = std::make_shared<LinuxScreenCapture>(std::make_shared<X11ScreenCapture>(session, catalog),
+                                                                  pipeWire, platform.audioConverting, catalog);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();
     return platform;

@@ -2,7 +2,16 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+
 namespace zorvane {
+
+std::exception_ptr makeStreamError(SCStreamErrorCode code, std::string localizedDescription) {
+    return std::make_exception_ptr(NSError(SCStreamErrorDomain, static_cast<std::int64_t>(code),
+                                           {.localizedDescription = std::move(localizedDescription)}));
+}
 
 std::string SCStreamConfiguration::debugDescription() const {
     return fmt::format(

@@ -39,6 +39,9 @@ enum class SCStreamErrorCode : std::int32_t {
     systemStoppedStream = -3821,
 };
 
+/// An `NSError` of that domain.
+std::exception_ptr makeStreamError(SCStreamErrorCode code, std::string localizedDescription);
+
 /// How a stream captures. A plain value; a stream takes a copy when it is made.
 struct SCStreamConfiguration {
     bool showsCursor = true;

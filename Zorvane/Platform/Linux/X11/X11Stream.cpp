@@ -4,17 +4,12 @@
 
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
-#include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
 #include "Zorvane/Platform/Linux/X11/XAnswerLimit.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 
 namespace zorvane {
 namespace {
-
-std::exception_ptr streamError(SCStreamErrorCode code, std::string text) {
-    return std::make_exception_ptr(NSError(SCStreamErrorDomain, static_cast<std::int64_t>(code), {std::move(text)}));
-}
 
 CMSampleTimingInfo timingAt(std::chrono::nanoseconds time) {
     constexpr std::int32_t nanosecondsPerSecond = 1'000'000'000;
@@ -39,8 +34,7 @@ X11Stream::~X11Stream() {
 void X11Stream::addStreamOutput(std::weak_ptr<SCStreamOutput> output, SCStreamOutputType type,
                                 DispatchQueue sampleHandlerQueue) {
     if (type != SCStreamOutputType::screen) {
-        std::rethrow_exception(
-            streamError(SCStreamErrorCode::failedToStart, "The X11 backend can't record system audio."));
+        std::rethrow_exception(makeStreamError(SCStreamErrorCode::internalError, "An X server has no sound."));
     }
     output_ = std::move(output);
     queue_ = std::move(sampleHandlerQueue);
@@ -55,12 +49,12 @@ void X11Stream::startCapture(Completion completion) {
             return;
         }
     }
-    completion(streamError(SCStreamErrorCode::attemptToStartStreamState, "The stream was started before."));
+    completion(makeStreamError(SCStreamErrorCode::attemptToStartStreamState, "The stream was started before."));
 }
 
 void X11Stream::stopCapture(Completion completion) {
     if (!endRunning()) {
-        completion(streamError(SCStreamErrorCode::attemptToStopStreamState, "The stream isn't running."));
+        completion(makeStreamError(SCStreamErrorCode::attemptToStopStreamState, "The stream isn't running."));
         return;
     }
     joinThread();
@@ -103,7 +97,7 @@ void X11Stream::capture(Completion started) {
     }
     const bool wasRunning = endRunning();
     if (!wasRunning) {
-        error = streamError(SCStreamErrorCode::failedToStart, "The stream was stopped while it started.");
+        error = makeStreamError(SCStreamErrorCode::failedToStart, "The stream was stopped while it started.");
     }
     if (started) {
         started(std::move(error));
