@@ -164,8 +164,10 @@ TEST_F(PipeWireCaptureSessionTest, ACaptureOutlivesARestartOfPipeWire) {
 
 TEST_F(PipeWireCaptureSessionTest, NothingComesAfterTheStop) {
     const PipeWireTestMicrophone microphone({.name = "mic"});
+    std::vector<std::unique_ptr<Interruptions>> interruptions;
     for (int round = 0; round < 10; ++round) {
         const auto session = capture("mic");
+        interruptions.push_back(std::make_unique<Interruptions>(*session));
         session->startRunning();
         session->startRunning();
         if (round % 2 == 0) {
@@ -178,6 +180,10 @@ TEST_F(PipeWireCaptureSessionTest, NothingComesAfterTheStop) {
     }
     const auto session = capture("mic");
     session->startRunning();
+    ASSERT_TRUE(sound_->waitForMoreFrames(1)) << "by when all that was before has ended";
+    for (const auto& told : interruptions) {
+        EXPECT_THAT(told->waitFor(0), testing::IsEmpty());
+    }
     service_.kill();  // in the middle of it, and of the end of the session
 }
 

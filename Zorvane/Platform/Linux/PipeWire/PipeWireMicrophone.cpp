@@ -3,6 +3,7 @@
 #include <pipewire/keys.h>
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 #include <utility>
 
@@ -38,7 +39,13 @@ class PipeWireMicrophone::Wiring {
 
     PipeWireSoundInput& input() { return *input_; }
 
+    /// From here on nothing is told: not the end of the graph either, which is one of the connection for it.
+    void end() { isEnded_ = true; }
+
     void sceneChanged(const PipeWireSoundScene& scene) {
+        if (isEnded_) {
+            return;
+        }
         scene_ = scene;
         if (const PipeWireSoundNode* node = deviceNode()) {
             connect(*node);
@@ -51,7 +58,7 @@ class PipeWireMicrophone::Wiring {
     /// The list may know a new node before the graph or after it. That one is gone is told by the graph, which also
     /// tells why.
     void listChanged() {
-        if (const PipeWireSoundNode* node = deviceNode()) {
+        if (const PipeWireSoundNode* node = isEnded_ ? nullptr : deviceNode()) {
             connect(*node);
         }
     }
@@ -84,6 +91,7 @@ class PipeWireMicrophone::Wiring {
     const std::unique_ptr<PipeWireSoundInput> input_;
     const PresenceHandler handler_;
     PipeWireSoundScene scene_;
+    std::atomic<bool> isEnded_ = false;
     bool isPresent_ = true;  // until the graph has told otherwise
 };
 
@@ -109,6 +117,7 @@ PipeWireMicrophone::PipeWireMicrophone(std::shared_ptr<PipeWireSession> session,
 }
 
 PipeWireMicrophone::~PipeWireMicrophone() {
+    wiring_->end();
     session_->remove(graph_);
     wiring_->input().stop();
 }

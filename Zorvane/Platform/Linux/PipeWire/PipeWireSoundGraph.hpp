@@ -21,7 +21,8 @@ namespace zorvane {
 class PipeWireSoundGraph final : public PipeWireModel {
   public:
     /// Called on the session's thread with each new scene, complete: all that was asked for has come. A burst of
-    /// changes is one change. The first scene comes soon after `add`, also if PipeWire isn't there.
+    /// changes is one change. The first scene comes soon after `add`, also if PipeWire isn't there; the last one, when
+    /// the graph is removed, is one without a connection.
     using Observer = std::function<void(const PipeWireSoundScene& scene)>;
 
     explicit PipeWireSoundGraph(Observer observer) : observer_(std::move(observer)) {}
