@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
@@ -101,14 +100,12 @@ class AVCaptureDevices {
     virtual std::string defaultDeviceID(AVMediaType mediaType) = 0;
 
     /// The connected device with this id, or null.
-    virtual std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string&) { return nullptr; }
+    virtual std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string& uniqueID) = 0;
 
     /// Opens a device. Throws `NSError` when it is gone or refuses.
-    virtual AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
-        return {std::move(device)};
-    }
+    virtual AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) = 0;
 
-    virtual std::shared_ptr<AVCaptureSession> makeCaptureSession() { return nullptr; }
+    virtual std::shared_ptr<AVCaptureSession> makeCaptureSession() = 0;
 };
 
 }  // namespace zorvane

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 #include "Zorvane/Platform/AVFoundation/AVCaptureDevice.hpp"

@@ -87,6 +87,11 @@ class SilentDevices final : public AVCaptureDevices {
         return std::make_shared<Session>();
     }
     std::string defaultDeviceID(AVMediaType) override { return {}; }
+    std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string&) override { return nullptr; }
+    AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) override {
+        return {std::move(device)};
+    }
+    std::shared_ptr<AVCaptureSession> makeCaptureSession() override { return nullptr; }
 };
 
 TEST_F(AppleDeviceDiscoveryTest, WaitsASecondAtMostForTheFirstList) {
