@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Platform/Foundation/NSProcessInfo.hpp"
 
 namespace zorvane {
@@ -110,7 +111,13 @@ void LinuxStream::startCapture(Completion completion) {
     }
     sound_->start([weak = weak_from_this(), completion = std::move(completion)](std::exception_ptr error) {
         const auto self = weak.lock();
-        self && !error ? self->startPictures(completion) : completion(error ? error : goneWhileStarting());
+        if (!self) {
+            completion(error ? error : goneWhileStarting());
+        } else if (error) {
+            self->failToStart(completion, error);
+        } else {
+            self->startPictures(completion);
+        }
     });
 }
 
@@ -120,12 +127,18 @@ void LinuxStream::startPictures(Completion completion) {
         return;
     }
     pictures_->startCapture([this, completion = std::move(completion)](std::exception_ptr error) {
-        if (error) {
-            state_ = State::ended;
-            stopSound();
-        }
-        completion(std::move(error));
+        error ? failToStart(completion, error) : completion(nullptr);
     });
+}
+
+/// Not on the calling thread, which may be one that mustn't wait for sound's.
+void LinuxStream::failToStart(Completion completion, std::exception_ptr error) {
+    state_ = State::ended;
+    auto end = [self = shared_from_this(), completion = std::move(completion), error = std::move(error)] {
+        self->stopSound();
+        completion(error);
+    };
+    Executor::pool()->post(std::move(end));
 }
 
 void LinuxStream::stopCapture(Completion completion) {

@@ -59,6 +59,7 @@ class LinuxStream final : public SCStream, public std::enable_shared_from_this<L
     PipeWireSystemSound::Handlers soundHandlers();
 
     void startPictures(Completion completion);
+    void failToStart(Completion completion, std::exception_ptr error);
     void picturesEnded(std::exception_ptr error);
     bool change(State from, State to);
     void stopSound();

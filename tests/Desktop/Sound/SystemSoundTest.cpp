@@ -1,10 +1,14 @@
 #include <unistd.h>
 
-#include <memory>
-#include <optional>
+#include <algorithm>
+#include <future>
+#include <string>
+#include <utility>
 
 #include "tests/Desktop/Sound/SystemSoundFixture.hpp"
 #include "tests/Support/PipeWireTestClient.hpp"
+#include "tests/Support/PrivatePipeWire.hpp"
+#include "tests/Support/WaitUntil.hpp"
 
 namespace zorvane {
 namespace {
@@ -87,6 +91,111 @@ TEST_F(SystemSoundTest, TheCurrentProcessIsLeftOutOnRequest) {
     EXPECT_TRUE(all.waitForTone(low));
     EXPECT_TRUE(others.waitForTone(high));
     EXPECT_LT(others.heard().level(low, others.heard().begin(), others.heard().end()), inaudible);
+}
+
+/// Further speakers, which can be made the default ones.
+class SystemSoundSinkTest : public SystemSoundTest {
+  protected:
+    static constexpr const char* firstSink = "zorvane-test-speakers";
+    static constexpr const char* secondSink = "second-speakers";
+
+    ~SystemSoundSinkTest() override { makeDefault(firstSink); }
+
+    std::uint32_t addSink(const char* position) {
+        return client_.addNode(
+            {{"media.class", "Audio/Sink"}, {"node.name", secondSink}, {"audio.position", position}});
+    }
+    void makeDefault(const std::string& name) {
+        client_.setDefault("default.configured.audio.sink", "{ \"name\": \"" + name + "\" }");
+    }
+
+    PipeWireTestClient client_;
+};
+
+TEST_F(SystemSoundSinkTest, TheSystemsSoundIsThatOfTheDefaultSinkWhicheverThatIs) {
+    const std::uint32_t second = addSink("FL,FR");
+    const auto onFirst = play(low, oneProcess, {{"target.object", firstSink}, {"node.dont-reconnect", "true"}});
+    const auto onSecond = play(high, otherProcess, {{"target.object", secondSink}, {"node.dont-reconnect", "true"}});
+    const SoundStream stream = listen(soundOf(excludingApplications));
+    ASSERT_TRUE(stream.waitForTone(low));
+    EXPECT_LT(stream.heard().recentLevel(high), inaudible);
+    makeDefault(secondSink);
+    EXPECT_TRUE(stream.waitForTone(high));
+    EXPECT_TRUE(stream.waitFor([](const HeardSound& recent) { return recent.recentLevel(low) < inaudible; }));
+    client_.removeNode(second);
+    EXPECT_TRUE(stream.waitForTone(low)) << "the default sink is gone, and another one has become it";
+    EXPECT_TRUE(stream.heard().isContiguous());
+}
+
+TEST_F(SystemSoundSinkTest, TheCentreOfSurroundSpeakersIsHeardOnBothSides) {
+    addSink("FL,FR,FC,LFE,SL,SR");
+    makeDefault(secondSink);
+    const auto voice =
+        play(low, oneProcess, {{"target.object", secondSink}, {"stream.dont-remix", "true"}}, SPA_AUDIO_CHANNEL_FC);
+    const SoundStream system = listen(soundOf(excludingApplications));
+    const SoundStream application = listen(soundOf(includingApplications, {oneProcess}));
+    for (const SoundStream* stream : {&system, &application}) {
+        for (const std::uint32_t side : {0u, 1u}) {
+            EXPECT_TRUE(
+                stream->waitFor([](const HeardSound& recent) { return recent.recentLevel(low) > loud * 0.6; }, side));
+        }
+    }
+}
+
+TEST_F(SystemSoundTest, AnApplicationThatPlaysWithoutAWindowIsListedUntilItEnds) {
+    auto player = play(low, oneProcess);
+    const auto isListed = [&] {
+        std::promise<SCShareableContent> promise;
+        platform_.screenCapture->getShareableContent(SCShareableContentScope::all,
+                                                     [&](SCShareableContent content, std::exception_ptr error) {
+                                                         EXPECT_EQ(error, nullptr);
+                                                         promise.set_value(std::move(content));
+                                                     });
+        const auto applications = promise.get_future().get().applications;
+        const auto found = std::ranges::find(applications, oneProcess, &SCRunningApplication::processID);
+        EXPECT_TRUE(found == applications.end() || found->applicationName == "Test Client") << found->applicationName;
+        return found != applications.end();
+    };
+    EXPECT_TRUE(isListed());
+    player.reset();
+    waitUntil([&] { return !isListed(); });
+}
+
+class SystemSoundServiceTest : public ::testing::Test {
+  protected:
+    PrivatePipeWire service_;
+    const Platform platform_ = makeLinuxPlatform();
+    SoundStream stream_{*platform_.screenCapture, soundOf(excludingApplications)};
+};
+
+TEST_F(SystemSoundServiceTest, WithoutPipeWireNoSoundStarts) {
+    const auto error = stream_.start();
+    EXPECT_EQ(test::streamErrorCode(error), SCStreamErrorCode::failedToStart);
+    EXPECT_EQ(test::streamErrorCode(stream_.stop()), SCStreamErrorCode::attemptToStopStreamState);
+    EXPECT_TRUE(stream_.collector().samples().empty());
+}
+
+TEST_F(SystemSoundServiceTest, AServiceThatHangsFailsTheStart) {
+    service_.startAndWait();
+    service_.suspend();
+    EXPECT_EQ(test::streamErrorCode(stream_.start()), SCStreamErrorCode::failedToStart);
+    service_.resume();
+}
+
+TEST_F(SystemSoundServiceTest, TheEndOfPipeWireIsToldAndSoIsItsReturnWhileSilenceGoesOn) {
+    service_.startAndWait();
+    ASSERT_EQ(stream_.start(), nullptr);
+    service_.kill();
+    waitUntil([&] { return stream_.collector().absences().size() == 1; });
+    EXPECT_NE(stream_.collector().absences().front(), nullptr);
+    EXPECT_TRUE(stream_.waitSeconds(0.3));
+    service_.start();
+    waitUntil([&] { return stream_.collector().absences().size() == 2; });
+    EXPECT_EQ(stream_.collector().absences().back(), nullptr);
+    EXPECT_TRUE(stream_.waitSeconds(0.3));
+    EXPECT_TRUE(stream_.heard().isContiguous());
+    EXPECT_EQ(stream_.stop(), nullptr);
+    EXPECT_TRUE(stream_.collector().stops().empty());
 }
 
 }  // namespace
