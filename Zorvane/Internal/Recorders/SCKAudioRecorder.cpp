@@ -174,7 +174,7 @@ Task<std::vector<ZVBundleInfo::FileAsset>> SCKAudioRecorder::finish() {
         std::rethrow_exception(error);
     }
     co_await coordinator_->path->flush();
-    co_return co_await output_->finish(ZVBundleInfo::FileAssetType::audio, recordingInterval_);
+    co_return co_await output_->finish(ZVBundleInfo::FileAssetType::systemAudio, recordingInterval_);
 }
 
 RecorderStatistics SCKAudioRecorder::statistics() const {

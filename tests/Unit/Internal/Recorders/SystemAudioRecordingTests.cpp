@@ -62,7 +62,7 @@ TEST_F(SystemAudioRecordingTest, AFileIsFullOfSoundInItsPlaceAndNoPictureIsTaken
     EXPECT_EQ(movie().tracks[0].audioSettings->numberOfChannels, 2);
     ASSERT_EQ(result.bundleInfo.files.size(), 1u);
     EXPECT_EQ(result.bundleInfo.files[0].filename, "appaudio-41.m4a");
-    EXPECT_EQ(result.bundleInfo.files[0].type, ZVBundleInfo::FileAssetType::audio);
+    EXPECT_EQ(result.bundleInfo.files[0].type, ZVBundleInfo::FileAssetType::systemAudio);
 }
 
 TEST_F(SystemAudioRecordingTest, WhatCanNotBeRecordedIsToldBeforeAnyStreamExists) {
