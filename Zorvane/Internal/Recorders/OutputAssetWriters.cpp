@@ -9,10 +9,7 @@ namespace zorvane {
 namespace {
 
 AVFileType fileTypeFor(const std::filesystem::path& url) {
-    if (url.extension() == ".mp4") {
-        return AVFileType::mpeg4;
-    }
-    return url.extension() == ".m4a" ? AVFileType::appleM4A : AVFileType::quickTimeMovie;
+    return url.extension() == ".mp4" ? AVFileType::mpeg4 : AVFileType::quickTimeMovie;
 }
 
 }  // namespace

@@ -34,8 +34,8 @@ class OutputAssetWriters {
 /// One movie file that holds all media.
 class SingleFileOutputAssetWriters final : public OutputAssetWriters {
   public:
-    /// The extension "mp4" gives an MPEG-4 file, "m4a" one of sound alone, every other a QuickTime movie. Throws what
-    /// the platform throws.
+    /// The extension "mp4" gives an MPEG-4 file, every other, "m4a" as well, a QuickTime movie. Throws what the
+    /// platform throws.
     explicit SingleFileOutputAssetWriters(const std::filesystem::path& url);
 
     AVAssetWriter& audioAssetWriter() const override { return *sharedAssetWriter_; }

@@ -170,11 +170,14 @@ Task<> SCKAudioRecorder::cancel() {
 Task<std::vector<ZVBundleInfo::FileAsset>> SCKAudioRecorder::finish() {
     logger_.trace("Finishing.");
     co_await coordinator_->path->waitForEnd();
-    if (const std::exception_ptr error = co_await stopCapture(*stream_, logger_)) {
-        std::rethrow_exception(error);
-    }
+    const std::exception_ptr stopError = co_await stopCapture(*stream_, logger_);
     co_await coordinator_->path->flush();
-    co_return co_await output_->finish(ZVBundleInfo::FileAssetType::systemAudio, recordingInterval_);
+    std::vector<ZVBundleInfo::FileAsset> files =
+        co_await output_->finish(ZVBundleInfo::FileAssetType::systemAudio, recordingInterval_);
+    if (stopError) {
+        std::rethrow_exception(stopError);  // only now: the file is closed all the same
+    }
+    co_return files;
 }
 
 RecorderStatistics SCKAudioRecorder::statistics() const {
