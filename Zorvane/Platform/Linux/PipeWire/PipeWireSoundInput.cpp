@@ -74,7 +74,7 @@ class PipeWireSoundInput::State final : public PipeWireClient {
             const MutexLock lock(mutex_);
             distance_ = sources.distance;
         }
-        tap_->setWires(sources.wires);
+        tap_->setWires(sources.wires, sources.distance.side);
     }
 
   private:

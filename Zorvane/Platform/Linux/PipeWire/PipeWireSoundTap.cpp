@@ -103,7 +103,8 @@ void PipeWireSoundTap::addPorts() {
     }
 }
 
-void PipeWireSoundTap::setWires(std::set<PipeWireSoundWire> wires) {
+void PipeWireSoundTap::setWires(std::set<PipeWireSoundWire> wires, Side side) {
+    side_ = side;
     wires_ = std::move(wires);
     std::erase_if(links_, [this](const auto& link) { return !wires_.contains(link.first); });
     linkWhatIsMissing();
@@ -122,7 +123,9 @@ void PipeWireSoundTap::linkWhatIsMissing() {
 std::unique_ptr<PipeWireProxy> PipeWireSoundTap::link(std::uint32_t outputPort, std::uint32_t inputPort) {
     const std::string output = std::to_string(outputPort);
     const std::string input = std::to_string(inputPort);
-    const spa_dict_item items[] = {{PW_KEY_LINK_OUTPUT_PORT, output.c_str()}, {PW_KEY_LINK_INPUT_PORT, input.c_str()}};
+    const spa_dict_item items[] = {{PW_KEY_LINK_OUTPUT_PORT, output.c_str()},
+                                   {PW_KEY_LINK_INPUT_PORT, input.c_str()},
+                                   {PW_KEY_LINK_PASSIVE, side_ == Side::played ? "true" : "false"}};
     const spa_dict properties = SPA_DICT_INIT_ARRAY(items);
     return std::make_unique<PipeWireProxy>(
         pw_core_create_object(&core_, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties, 0));

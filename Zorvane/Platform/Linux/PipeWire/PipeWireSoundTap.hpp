@@ -43,8 +43,11 @@ class PipeWireSoundTap {
     PipeWireSoundTap& operator=(const PipeWireSoundTap&) = delete;
     ~PipeWireSoundTap();
 
-    /// Links as soon as all ports concerned are there.
-    void setWires(std::set<PipeWireSoundWire> wires);
+    using Side = PipeWireSoundDistance::Side;
+
+    /// Links as soon as all ports concerned are there. To hear what is recorded wakes a microphone; to hear what is
+    /// played keeps nothing awake: speakers sleep while nobody plays.
+    void setWires(std::set<PipeWireSoundWire> wires, Side side);
 
   private:
     struct FilterDeleter {
@@ -75,6 +78,7 @@ class PipeWireSoundTap {
     std::map<std::uint32_t, std::uint64_t> serials_;   // of all ports, by their numbers
     std::map<std::uint32_t, std::uint32_t> ownPorts_;  // numbers by channel
     std::set<PipeWireSoundWire> wires_;
+    Side side_ = Side::recorded;
     std::map<PipeWireSoundWire, std::unique_ptr<PipeWireProxy>> links_;
 };
 
