@@ -16,6 +16,7 @@ struct ScreenRecordingOptions {
     bool captureAudio = false;
     std::optional<CGRect> cropRect;
     RecordMode mode = RecordMode::sRGB;
+    OutputDescription output{OutputDescription::SingleFile{"/bundle/display-77.mov"}};
 };
 
 class ScreenRecordingTest : public VirtualWorldTest {
@@ -26,7 +27,7 @@ class ScreenRecordingTest : public VirtualWorldTest {
         const SCDisplay display{.displayID = 1, .frame = CGRect::make(0, 0, 320, 200)};
         ScreenRecorderParameters parameters{
             .id = "item1",
-            .outputDescription = {OutputDescription::SingleFile{"/bundle/display-77.mov"}},
+            .outputDescription = options.output,
             .content = {.filter = {.display = display}, .display = display, .cropRect = options.cropRect},
             .captureAudio = options.captureAudio,
             .mode = options.mode,
