@@ -2,8 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <exception>
 #include <utility>
 
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Foundation/PrivateFiles.hpp"
 
@@ -104,7 +107,14 @@ bool SegmentedCoordinator::write(const fs::path& url, std::span<const std::byte>
 
 void SegmentedCoordinator::tellHost(fs::path url) const {
     parameters_.segmentCallbackQueue.async(
-        [callback = parameters_.segmentCallback, url = std::move(url)] { callback(url); });
+        [callback = parameters_.segmentCallback, logger = parameters_.logger, url = std::move(url)] {
+            const PoolBlockingScope blocking;  // a host may well send the file away here
+            try {
+                callback(url);
+            } catch (...) {
+                logger.error("The segment callback threw.", errorMetadata(std::current_exception()));
+            }
+        });
 }
 
 bool SegmentedCoordinator::writePlaylist(MediaPlaylist::Ending ending) const {

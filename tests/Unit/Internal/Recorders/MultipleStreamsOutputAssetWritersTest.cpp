@@ -3,9 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <iterator>
 #include <set>
+#include <stdexcept>
+#include <thread>
 
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
 #include "Zorvane/Internal/Recorders/WriterSession.hpp"
@@ -88,13 +93,19 @@ class MultipleStreamsOutputAssetWritersTest : public testing::VirtualWorldTest {
     std::shared_ptr<AVAssetWriterInput> audio;
     std::shared_ptr<AVAssetWriterInput> video;
     std::optional<DispatchQueue> callbackQueue;  // on which a callback must run, if one was given
+    std::function<void()> inCallback;            // what else the host does in it
 
   private:
     void note(const fs::path& url) {
         EXPECT_TRUE(fs::exists(url)) << url;
         EXPECT_TRUE(!callbackQueue || callbackQueue->isCurrent());
-        MutexLock lock(mutex);
-        toldFiles.push_back(url.filename());
+        {
+            MutexLock lock(mutex);
+            toldFiles.push_back(url.filename());
+        }
+        if (inCallback) {
+            inCallback();
+        }
     }
 
     mutable Mutex mutex;
@@ -158,6 +169,41 @@ TEST_F(MultipleStreamsOutputAssetWritersTest, AStreamWithoutAnInputDoesNotExist)
     EXPECT_TRUE(textOf("talk.m3u8").ends_with("\ntalk-audio.m3u8\n"));
     EXPECT_EQ(writers->videoAssetWriter().status(), AVAssetWriter::Status::unknown);
     EXPECT_EQ(writers->videoAssetWriter().error(), nullptr);
+}
+
+TEST_F(MultipleStreamsOutputAssetWritersTest, ACallbackThatThrowsIsLoggedAndCalledAgain) {
+    inCallback = [] { throw std::runtime_error("no network"); };
+    make();
+    addVideo();
+    begin();
+    show(0);
+    endAt(7);
+    EXPECT_THAT(told(), ElementsAre("talk-video-0000.mp4", "talk-video-0001.m4s", "talk-video-0002.m4s"));
+    EXPECT_TRUE(log.has(ZVLogLevel::error, "The segment callback threw."));
+}
+
+TEST_F(MultipleStreamsOutputAssetWritersTest, CallbacksThatBlockHoldUpNoOtherJob) {
+    std::promise<void> permission;
+    const std::shared_future<void> permitted = permission.get_future().share();
+    const unsigned more = std::max(4U, std::thread::hardware_concurrency()) + 1;  // than the pool has threads
+    const auto writer = writing->makeSegmentWriter({});
+    for (unsigned number = 0; number < more; ++number) {
+        const SegmentedCoordinator::Parameters parameters{
+            .directoryURL = directory.path(),
+            .filenamePrefix = std::to_string(number),
+            .targetDuration = 6,
+            .segmentCallbackQueue = DispatchQueue::serial("Host"),
+            .segmentCallback = [permitted](const fs::path&) { permitted.wait(); },
+            .playlistHandler = nullptr,
+            .logger = log.logger<SegmentedCoordinator>()};
+        SegmentedCoordinator(parameters)
+            .didOutputSegmentData(*writer, std::vector<std::byte>(1), AVAssetSegmentType::initialization, std::nullopt);
+    }
+    std::promise<void> ran;
+    DispatchQueue::serial("Other").async([&ran] { ran.set_value(); });
+    EXPECT_EQ(ran.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    permission.set_value();
+    Activity::waitUntilIdle();
 }
 
 TEST_F(MultipleStreamsOutputAssetWritersTest, ASegmentThatCanNotBeWrittenIsLostAndNoOther) {
