@@ -38,7 +38,7 @@ class DelayLockedLoop {
   private:
     void predict(std::int64_t position);
 
-    const double nominalRate_;
+    double nominalRate_;
     std::int64_t position_ = 0;  // of the last time
     double time_ = 0;            // of that frame, in seconds
     double slope_ = 1;           // host seconds in one nominal second of the source

@@ -32,6 +32,7 @@ constexpr double fastestApproach = 0.002;
 struct SoundAligner::State {
     State(const AVAudioFormat& source, const AVAudioFormat& output, AVAudioConverting& converting, Sink sink);
 
+    void take(const AVAudioFormat& newSource);
     void process(const SourceSoundBlock& block);
     void follow(const SourceSoundBlock& block, std::int64_t frames);
     void begin(const SourceSoundBlock& block);
@@ -46,9 +47,10 @@ struct SoundAligner::State {
     std::int64_t heldOutput() const;
     std::int64_t outputFrames(double sourceFrames) const;
 
-    const AVAudioFormat source;
+    AVAudioConverting& converting;
+    AVAudioFormat source;
     const AVAudioFormat output;
-    const std::unique_ptr<AVAudioConverter> converter;
+    std::unique_ptr<AVAudioConverter> converter;
     SoundBlocks blocks;
     DelayLockedLoop loop;
     std::vector<std::byte> dropped;  // where frames go that nobody wants
@@ -60,13 +62,22 @@ struct SoundAligner::State {
 };
 
 SoundAligner::State::State(const AVAudioFormat& sourceFormat, const AVAudioFormat& outputFormat,
-                           AVAudioConverting& converting, Sink sink)
-    : source(sourceFormat),
+                           AVAudioConverting& convertingFormats, Sink sink)
+    : converting(convertingFormats),
+      source(sourceFormat),
       output(outputFormat),
       converter(converting.makeConverter(source, output, AVAudioConverting::Rate::adjustable)),
       blocks(output, std::move(sink)),
       loop(source.sampleRate),
       dropped(output.bytesPerFrame() * 512) {}
+
+void SoundAligner::State::take(const AVAudioFormat& newSource) {
+    auto next = converting.makeConverter(newSource, output, AVAudioConverting::Rate::adjustable);
+    end();
+    converter = std::move(next);
+    source = newSource;
+    loop = DelayLockedLoop(source.sampleRate);
+}
 
 void SoundAligner::State::process(const SourceSoundBlock& block) {
     const auto frames = static_cast<std::int64_t>(block.frames.size() / source.bytesPerFrame());
@@ -206,6 +217,10 @@ void SoundAligner::process(const SourceSoundBlock& block) {
 
 void SoundAligner::restart() {
     state_->end();
+}
+
+void SoundAligner::restart(const AVAudioFormat& source) {
+    state_->take(source);
 }
 
 double SoundAligner::rateDeviation() const {

@@ -46,7 +46,7 @@ class SoundAligner {
     using Sink = std::function<void(const CMSampleBuffer& sample)>;
 
     /// Of the same channel count or another; sample rates as in the formats. Throws `NSError` for formats that can't
-    /// be converted.
+    /// be converted. `converting` outlives the aligner.
     SoundAligner(const AVAudioFormat& source, const AVAudioFormat& output, AVAudioConverting& converting, Sink sink);
     ~SoundAligner();
 
@@ -57,6 +57,10 @@ class SoundAligner {
     /// The source begins to count anew, is another one, or has ended. What is still inside is handed over. Time goes
     /// on: what follows is placed by its host time.
     void restart();
+
+    /// The same, and what follows has another format. Throws `NSError` if that can't be converted; then nothing has
+    /// changed.
+    void restart(const AVAudioFormat& source);
 
     /// The source's true rate against its nominal one, as a fraction beyond it; 0 until it is known.
     double rateDeviation() const;

@@ -42,7 +42,7 @@ SoundIntake::SoundIntake(std::uint32_t channelCount, const AVAudioFormat& output
       silence_(silentFrames * channelCount) {}
 
 void SoundIntake::take(const SoundCycle& cycle, const SoundRing::Parts& frames, const PipeWireSoundDistance& distance) {
-    const Place place{cycle, distance, zorvane::heardAt(cycle, distance)};
+    const Place place{cycle, zorvane::heardAt(cycle, distance)};
     if (fills_ && last_ && !isContinued(place)) {
         fillUntil(place.heardAt + lengthOf(2, rate_));  // to cut two frames of sound is better than to leave a rest
     }
@@ -66,7 +66,7 @@ void SoundIntake::fillUntil(std::chrono::nanoseconds time) {
         const auto frames = static_cast<std::uint32_t>(std::min<std::int64_t>(missing, silentFrames));
         const std::int64_t position = isSilent() ? last_->cycle.position + last_->cycle.frames : 0;
         const SoundCycle cycle{silentClock, position, *end_, rate_, frames};
-        put({cycle, {}, cycle.time}, {std::span(silence_).first(std::size_t{frames} * channelCount_), {}});
+        put({cycle, cycle.time}, {std::span(silence_).first(std::size_t{frames} * channelCount_), {}});
         missing -= frames;
     }
 }
@@ -96,15 +96,21 @@ void SoundIntake::put(const Place& place, const SoundRing::Parts& frames) {
 /// What jumps within one clock is the aligner's.
 bool SoundIntake::isContinued(const Place& place) const {
     return last_ && last_->cycle.clock == place.cycle.clock && last_->cycle.rate == place.cycle.rate &&
-           last_->distance == place.distance;
+           last_->distance() == place.distance();
 }
 
 void SoundIntake::prepareAligner(double rate) {
-    if (rate != rate_) {
-        rate_ = rate;
-        aligner_ = std::make_unique<SoundAligner>(sourceFormat(rate, channelCount_), output_, converting_,
+    if (aligner_ && rate == rate_) {
+        return;
+    }
+    const AVAudioFormat source = sourceFormat(rate, channelCount_);
+    if (aligner_) {
+        aligner_->restart(source);
+    } else {
+        aligner_ = std::make_unique<SoundAligner>(source, output_, converting_,
                                                   [this](const CMSampleBuffer& sample) { deliver(sample); });
     }
+    rate_ = rate;
 }
 
 void SoundIntake::process(std::int64_t position, std::chrono::nanoseconds time, std::span<const float> frames) {
@@ -113,11 +119,7 @@ void SoundIntake::process(std::int64_t position, std::chrono::nanoseconds time, 
     }
 }
 
-/// An aligner never goes back; one that follows another of another rate may begin before the other's end.
 void SoundIntake::deliver(const CMSampleBuffer& sample) {
-    if (deliveredUntil_ && sample.presentationTimeStamp() < *deliveredUntil_) {
-        return;
-    }
     deliveredUntil_ = sample.presentationTimeStamp() + sample.duration();
     sink_(sample);
 }

@@ -44,8 +44,10 @@ class SoundIntake {
   private:
     struct Place {
         SoundCycle cycle;
-        PipeWireSoundDistance distance;
         std::chrono::nanoseconds heardAt;
+
+        /// Depends on the cycle's length too.
+        std::chrono::nanoseconds distance() const { return heardAt - cycle.time; }
     };
 
     void put(const Place& place, const SoundRing::Parts& frames);

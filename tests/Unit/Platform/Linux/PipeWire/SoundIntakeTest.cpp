@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Zorvane/Platform/FFmpeg/FFmpegAudioConverter.hpp"
+#include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/SoundIntake.hpp"
 #include "tests/Support/SoundCollector.hpp"
 
@@ -94,10 +95,41 @@ TEST_F(SoundIntakeTest, AnotherRateOfTheGraphGoesOnInTime) {
     play(1, 4410, seconds(10) + milliseconds(100), 0.25f);
     intake_.fillUntil(seconds(11));
     EXPECT_EQ(heard_.samples().back().audioBuffer()->format(), mono);
-    EXPECT_NEAR(timesOf(0.25f).first, 10.1, 0.004);
-    EXPECT_NEAR(timesOf(0.25f).second, 10.2, 0.004);
+    EXPECT_NEAR(timesOf(0.5f).second, 10.1, 0.001) << "all that was inside is heard";
+    EXPECT_NEAR(timesOf(0.25f).first, 10.1, 0.001);
+    EXPECT_NEAR(timesOf(0.25f).second, 10.2, 0.001);
     const auto breaks = breaksIn(heard_.samples());
-    EXPECT_TRUE(std::ranges::all_of(breaks, [](std::int64_t frames) { return frames > 0; })) << "never back in time";
+    EXPECT_TRUE(std::ranges::all_of(breaks, [](std::int64_t frames) { return frames > 0 && frames < 48; }));
+}
+
+TEST_F(SoundIntakeTest, ARateThatCannotBeConvertedFailsInEachOfItsCyclesOnly) {
+    play(1, 0, seconds(10), 0.5f);
+    rate_ = 0;
+    for (int cycle = 0; cycle < 2; ++cycle) {
+        EXPECT_THROW(intake_.take({1, 4800, seconds(10) + milliseconds(100), 0, 0}, {}, {}), NSError);
+    }
+    rate_ = 48000;
+    play(1, 4800, seconds(10) + milliseconds(100), 0.5f);
+    intake_.fillUntil(seconds(11));
+    EXPECT_NEAR(timesOf(0.5f).second, 10.2, 0.001);
+}
+
+TEST(SoundIntakeStartTest, AFirstRateThatCannotBeConvertedFailsLikeAnyOther) {
+    FFmpegAudioConverting converting;
+    SoundIntake intake(1, mono, converting, [](const CMSampleBuffer&) { FAIL(); });
+    for (int cycle = 0; cycle < 2; ++cycle) {
+        EXPECT_THROW(intake.take({1, 0, seconds(1), 0, 0}, {}, {}), NSError);
+    }
+}
+
+TEST_F(SoundIntakeTest, LongerCyclesOfASourceThatWaitsForThemPlaceItAnewAtOnce) {
+    const PipeWireSoundDistance distance{.latency = {.quanta = 1}};
+    play(1, 0, seconds(10), 0.5f, distance);
+    const std::vector<float> frames(1920, 0.25f);
+    intake_.take({1, 4800, seconds(10) + milliseconds(140), 48000, 1920}, {frames, {}}, distance);
+    intake_.fillUntil(seconds(11));
+    EXPECT_NEAR(timesOf(0.5f).second, 10.09, 0.001);
+    EXPECT_NEAR(timesOf(0.25f).first, 10.1, 0.001);
 }
 
 TEST_F(SoundIntakeTest, SilenceJoinsWhatCameBeforeAndWhatComesAfter) {
