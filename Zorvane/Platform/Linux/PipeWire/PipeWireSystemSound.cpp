@@ -42,7 +42,8 @@ class PipeWireSystemSound::State : public std::enable_shared_from_this<State> {
           Handlers handlers)
         : session_(std::move(session)),
           availability_(std::move(handlers.availability)),
-          wiring_(std::move(settings.audible), processLineage),
+          wiring_(std::move(settings.audible),
+                  [moment = processMoment()](std::int32_t process) { return processLineage(process, moment); }),
           input_(session_,
                  {.name = "system sound",
                   .output = settings.format,

@@ -25,7 +25,7 @@ namespace zorvane {
 /// One thread at a time.
 class PipeWireSystemSoundWiring {
   public:
-    /// As `processLineage`.
+    /// As `processLineage` at the moment at which the processes were chosen.
     using Lineage = std::function<std::vector<std::int32_t>(std::int32_t processID)>;
 
     PipeWireSystemSoundWiring(SCAudibleProcesses audible, Lineage lineage);
