@@ -199,21 +199,31 @@ TEST_F(PipeWireSoundInputTest, ASceneTellsOfNodesPortsProcessesAndDefaults) {
         {.name = "mic", .channelCount = 2, .latency = std::chrono::milliseconds(30)});
     client.addNode({{"node.name", "speakers"},
                     {"media.class", "Audio/Sink"},
-                    {"application.process.id", "4711"},
+                    {"client.api", "pipewire-pulse"},
+                    {"application.process.id", "5000001"},
                     {"audio.position", "[ FL FR ]"},
                     {"adapter.auto-port-config", "{ mode = dsp monitor = true position = preserve }"}});
     client.setDefault("default.audio.sink", R"({ "name": "speakers" })");
+    const auto addStream = [&client](std::map<std::string, std::string> properties) {
+        properties["application.process.id"] = std::to_string(getppid());
+        properties["media.class"] = "Audio/Sink";
+        client.addNode(properties);
+    };
+    addStream({{"node.name", "plain"}});
+    addStream({{"node.name", "sandboxed"}, {"client.api", "pipewire-pulse"}, {"application.process.binary", "else"}});
     WiredInput input({.name = "ears", .output = mono}, wires({}));
     ASSERT_TRUE(input.waitForScene([](const auto& scene) {
         const auto* speakers = scene.node("speakers");
-        return scene.defaultSinkName == "speakers" && speakers && speakers->ports.size() == 4 && scene.node("mic") &&
-               scene.node("mic")->ports.size() == 2;
+        return scene.defaultSinkName == "speakers" && speakers && speakers->ports.size() == 4 && scene.node("plain") &&
+               scene.node("sandboxed") && scene.node("mic") && scene.node("mic")->ports.size() == 2;
     }));
     input.waitForScene([](const PipeWireSoundScene& scene) {
         using enum PipeWireSoundPort::Kind;
         EXPECT_EQ(scene.node("mic")->processID, getpid()) << "its client's";
         EXPECT_EQ(scene.node("mic")->ports[1].latency.at(0, 1), std::chrono::milliseconds(30));
-        EXPECT_EQ(scene.node("speakers")->processID, 4711);
+        EXPECT_EQ(scene.node("speakers")->processID, 5000001) << "as PulseAudio's client says";
+        EXPECT_EQ(scene.node("plain")->processID, getpid()) << "whatever it says";
+        EXPECT_EQ(scene.node("sandboxed")->processID, 0) << "the number is another one's";
         const auto& ports = scene.node("speakers")->ports;
         EXPECT_EQ(std::ranges::count(ports, monitor, &PipeWireSoundPort::kind), 2);
         EXPECT_EQ(std::ranges::count(ports, std::string("FR"), &PipeWireSoundPort::channel), 2);

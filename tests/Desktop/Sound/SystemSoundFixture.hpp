@@ -33,10 +33,11 @@ inline constexpr double loud = 0.25;  // a tone's amplitude
 inline constexpr double audible = 0.2;
 inline constexpr double inaudible = 0.002;
 
-/// Plays a tone as a program of its own would: `processID` is what the stream says of itself.
+/// Plays a tone as a program of its own would through PulseAudio: `processID` is what the stream says of itself.
 inline std::unique_ptr<SoundPlayer> play(double frequency, std::int32_t processID,
                                          std::map<std::string, std::string> properties = {},
                                          std::uint32_t channel = SPA_AUDIO_CHANNEL_MONO) {
+    properties["client.api"] = "pipewire-pulse";
     properties["application.process.id"] = std::to_string(processID);
     const auto tone = [frequency](std::chrono::nanoseconds heardAt) {
         const double turns = std::fmod(std::chrono::duration<double>(heardAt).count() * frequency, 1);

@@ -20,7 +20,9 @@ class ClickPlayer {
   public:
     explicit ClickPlayer(const std::string& sink) {
         SoundPlayer::Settings settings;
-        settings.properties = {{"application.process.id", std::to_string(oneProcess)}, {"target.object", sink}};
+        settings.properties = {{"client.api", "pipewire-pulse"},
+                               {"application.process.id", std::to_string(oneProcess)},
+                               {"target.object", sink}};
         player_ = std::make_unique<SoundPlayer>([this](nanoseconds heardAt) { return sampleAt(heardAt); }, settings);
         player_->awaitPlaying();
     }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Zorvane/Platform/Linux/System/RunningProgram.hpp"
+
 namespace zorvane {
 namespace {
 
@@ -16,6 +18,15 @@ bool isSound(std::string_view mediaClass) {
 /// One that hears what happens in the room, though it may play there as well.
 bool isMicrophone(std::string_view mediaClass) {
     return mediaClass.starts_with("Audio/Source") || mediaClass == "Audio/Duplex";
+}
+
+/// What an application says of itself. In a sandbox, or on another machine, it may state a number that is another
+/// process's here; then it is nobody's.
+std::int64_t statedProcess(const PipeWireProperties& node) {
+    const auto process = numberOf<std::int32_t>(node, PW_KEY_APP_PROCESS_ID).value_or(0);
+    const std::string& program = rawValue(node, PW_KEY_APP_PROCESS_BINARY);
+    const bool isElsewhere = rawValue(node, "pulse.server.type") == "tcp";
+    return isElsewhere || (!program.empty() && runsAnotherProgram(process, program)) ? 0 : process;
 }
 
 }  // namespace
@@ -101,11 +112,11 @@ PipeWireSoundNode PipeWireSoundGraph::describe(const PipeWireNode& node) const {
     return description;
 }
 
-/// As the node says, which is right for one that another program makes on an application's behalf, as PipeWire's
-/// PulseAudio server does; else that of its client.
+/// That of its client, which the system has told the server; but as the node says for one that PipeWire's PulseAudio
+/// server makes on an application's behalf.
 std::int64_t PipeWireSoundGraph::processOf(const PipeWireNode& node) const {
-    if (const auto process = numberOf<std::int64_t>(node.properties(), PW_KEY_APP_PROCESS_ID)) {
-        return *process;
+    if (rawValue(node.properties(), PW_KEY_CLIENT_API) == "pipewire-pulse") {
+        return statedProcess(node.properties());
     }
     const auto client = numberOf<std::uint32_t>(node.properties(), PW_KEY_CLIENT_ID);
     const auto found = client ? clients_.find(*client) : clients_.end();
