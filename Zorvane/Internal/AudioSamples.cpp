@@ -1,5 +1,6 @@
 #include "Zorvane/Internal/AudioSamples.hpp"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -8,15 +9,21 @@
 namespace zorvane::audio_samples {
 namespace {
 
+constexpr double maxFrames = std::numeric_limits<std::uint32_t>::max();
+
+/// By how much a product of seconds and a rate may fall short of the frames that it stands for: without it one gap in
+/// twelve would lose a frame.
+constexpr double roundingOfFrames = 4 * std::numeric_limits<double>::epsilon();
+
 std::shared_ptr<AVAudioPCMBuffer> silentBuffer(const CMFormatDescription& description, double seconds) {
     if (!description.audioFormat) {
         return nullptr;
     }
     const double frames = seconds * description.audioFormat->sampleRate;
-    if (!(frames <= std::numeric_limits<std::uint32_t>::max())) {
+    if (!(frames <= maxFrames)) {
         throw ZVError::internalError("Silent audio duration exceeds UInt32 size at format description sample rate.");
     }
-    const auto frameCount = static_cast<std::uint32_t>(frames);
+    const auto frameCount = static_cast<std::uint32_t>(std::min(frames * (1 + roundingOfFrames), maxFrames));
     auto buffer = AVAudioPCMBuffer::make(*description.audioFormat, frameCount);
     if (buffer) {
         buffer->setFrameLength(frameCount);

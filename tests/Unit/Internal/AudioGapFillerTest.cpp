@@ -71,6 +71,16 @@ TEST_F(AudioGapFillerTest, AGapIsFilledWithSilenceFromTheExpectedTime) {
     EXPECT_EQ(log.count(ZVLogLevel::info, gapMessage), 1u);
 }
 
+TEST_F(AudioGapFillerTest, AGapOfAnyNumberOfFramesIsFilledToTheLastOne) {
+    for (const int rate : {44100, 48000, 96000}) {
+        const auto description = audioDescription({AVAudioCommonFormat::int16, static_cast<double>(rate), 1});
+        for (int frames = 1; frames < 1000; ++frames) {
+            const auto silence = audio_samples::silentAudio(description, CMTime::make(frames, rate), at(1));
+            EXPECT_EQ(silence.numSamples(), frames) << "at " << rate << " Hz";
+        }
+    }
+}
+
 TEST_F(AudioGapFillerTest, AGapOfLessThanAFrameYieldsASampleWithoutFrames) {
     process(sound(at(1), 48000));
     const CMTime oneTickLate = CMTime::make(2'000'000'001, testing::nanosecondTimescale);
