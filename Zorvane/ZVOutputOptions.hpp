@@ -20,7 +20,8 @@ struct ZVSingleFileOutput {
 /// A stream of segment files in the bundle, which can be played and sent away while the recording goes on.
 struct ZVSegmentedOutput {
     /// Hears of each segment file once it is complete. Called on a queue of the library, one call at a time. It may
-    /// block, which holds up its own further calls and nothing else; what it throws is logged.
+    /// block, which holds up its own further calls and the end of `ZVRecorder::stop`, which comes after the last one;
+    /// but it must not wait for an operation of the recorder. What it throws is logged.
     using SegmentCallback = std::function<void(const std::filesystem::path& segment)>;
 
     /// What the names of all segment files begin with. Without one they begin with the name of their source, such as

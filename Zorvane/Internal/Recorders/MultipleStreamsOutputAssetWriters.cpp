@@ -3,6 +3,7 @@
 #include <stop_token>
 #include <utility>
 
+#include "Zorvane/Internal/Concurrency/Continuation.hpp"
 #include "Zorvane/Internal/Concurrency/TaskGroup.hpp"
 
 namespace zorvane {
@@ -45,9 +46,17 @@ Task<std::vector<std::filesystem::path>> MultipleStreamsOutputAssetWriters::fini
     TaskGroup<std::optional<MediaPlaylistFile>> group{std::stop_token()};
     group.add(audioSegmentWriter_.finishWriting());
     group.add(videoSegmentWriter_.finishWriting());
-    const std::vector<std::optional<MediaPlaylistFile>> streams = co_await std::move(group).results();
+    auto finished = co_await std::move(group).results().outcome();
+    co_await segmentCallbacksToEnd();
+    const std::vector<std::optional<MediaPlaylistFile>> streams = std::move(finished).value();
     masterPlaylist_->write(streams[0], streams[1]);
     co_return std::vector<std::filesystem::path>();
+}
+
+Task<> MultipleStreamsOutputAssetWriters::segmentCallbacksToEnd() const {
+    auto [continuation, ended] = makeContinuation();
+    segmentCallbackQueue_.asyncBarrier([continuation = std::move(continuation)] { continuation.resume(); });
+    co_await std::move(ended).ignoringCancellation();
 }
 
 }  // namespace zorvane

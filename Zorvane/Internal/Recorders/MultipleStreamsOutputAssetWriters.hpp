@@ -33,13 +33,14 @@ class MultipleStreamsOutputAssetWriters final : public OutputAssetWriters {
     bool expectsZeroBasedVideoPTS() const override { return true; }
     void startWriting() override;
 
-    /// Finishes both streams at once. The list is empty, since every segment was handed to the callback's queue when it
-    /// was written. An error of one stream is thrown after both have ended.
+    /// Finishes both streams at once, and ends when the host has heard of every segment: so the list is empty. An error
+    /// of one stream is thrown after both have ended.
     Task<std::vector<std::filesystem::path>> finishWriting() override;
 
   private:
     SegmentedCoordinator::Parameters parametersOf(AVMediaType stream, const OutputDescription::MultipleStreams& output,
                                                   const Logger& logger) const;
+    Task<> segmentCallbacksToEnd() const;
 
     const DispatchQueue segmentCallbackQueue_;
     const std::shared_ptr<MasterPlaylistWriter> masterPlaylist_;

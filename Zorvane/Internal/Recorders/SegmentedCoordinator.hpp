@@ -36,7 +36,7 @@ class SegmentedCoordinator final : public AVAssetWriterDelegate {
         std::string filenamePrefix;
         std::int64_t targetDuration = 0;  ///< seconds
         DispatchQueue segmentCallbackQueue;
-        ZVSegmentedOutput::SegmentCallback segmentCallback;  ///< not empty
+        ZVSegmentedOutput::SegmentCallback segmentCallback;  ///< not empty; what it throws is logged
         PlaylistHandler playlistHandler;                     ///< may be empty
         Logger logger;
     };

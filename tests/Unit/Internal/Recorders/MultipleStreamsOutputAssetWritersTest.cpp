@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -13,6 +14,8 @@
 #include <thread>
 
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
+#include "Zorvane/Internal/Concurrency/Executor.hpp"
+#include "Zorvane/Internal/Concurrency/TaskHandle.hpp"
 #include "Zorvane/Internal/Recorders/WriterSession.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "tests/Support/LogCapture.hpp"
@@ -82,6 +85,10 @@ class MultipleStreamsOutputAssetWritersTest : public testing::VirtualWorldTest {
         std::ifstream file(directory.path() / name);
         return {std::istreambuf_iterator<char>(file), {}};
     }
+    static Task<> finishAndTell(std::shared_ptr<OutputAssetWriters> writers, std::promise<void>* end) {
+        co_await writers->finishWriting();
+        end->set_value();
+    }
     std::vector<std::string> told() const {
         MutexLock lock(mutex);
         return toldFiles;
@@ -140,6 +147,23 @@ TEST_F(MultipleStreamsOutputAssetWritersTest, EachStreamHasItsOwnNumbersAndTheHo
     }
     EXPECT_NE(textOf("talk.m3u8").find("NAME=\"Voice\""), std::string::npos);
     EXPECT_TRUE(log.has(ZVLogLevel::trace, "Writing segment data: talk-video-0000.mp4, segmentType:1"));
+}
+
+TEST_F(MultipleStreamsOutputAssetWritersTest, TheEndComesAfterTheLastCallbackHasReturned) {
+    callbackQueue = DispatchQueue::serial("Host");
+    make({}, callbackQueue);
+    addVideo();
+    begin();
+    std::promise<void> end;
+    const std::shared_future<void> ended = end.get_future().share();
+    callbackQueue->async([ended] {
+        EXPECT_EQ(ended.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout) << "this call goes on";
+    });
+    video->append(testing::picture(at(0)));
+    endSessions(*writers, StableRecordingInterval(testing::recording(start, start + 1)));
+    spawn(finishAndTell(writers, &end), Executor::pool());
+    ended.wait();
+    EXPECT_THAT(told(), ElementsAre("talk-video-0000.mp4", "talk-video-0001.m4s"));
 }
 
 TEST_F(MultipleStreamsOutputAssetWritersTest, VideoTimesBeginAtZeroAndSoundIsOnTheHostClock) {
