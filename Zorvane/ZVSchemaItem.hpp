@@ -90,7 +90,7 @@ class ZVSchemaItem {
     using SampleCallback = std::function<bool(const CMSampleBuffer& sample)>;
     /// Hands a microphone's sound to the host; writes no file. The first sample holds the recording's start, or comes
     /// before it; every sample begins where the one before has ended, with silence in the gaps.
-    /// `ZVRecorder::stop` ends once the host has taken all of it.
+    /// `ZVRecorder::stop` ends once the host has taken all of it, and so does an abort.
     static ZVSchemaItem _microphone(std::string microphoneID, SampleCallback callback);
 
     /// The sound of all applications but the excluded ones.

@@ -42,17 +42,25 @@ class WriterAudioSampleSink final : public AudioSampleSink {
     AVAssetWriterInputBufferAdaptor inputAdaptor_;
 };
 
-/// The host's callback. A sample on which it throws counts as taken.
+/// The host's callback. A sample on which it throws counts as taken; the log hears of the first one. When more and more
+/// samples wait for a host that takes none, the log says so each time that their number has doubled.
 class HostAudioSampleSink final : public AudioSampleSink {
   public:
     HostAudioSampleSink(ZVSchemaItem::SampleCallback callback, const Logger& logger);
 
     void begin(CMTime) override {}
-    void append(const CMSampleBuffer& sampleBuffer) override { backpressureBuffer_.append(sampleBuffer); }
+    void append(const CMSampleBuffer& sampleBuffer) override;
     std::size_t partialFlush() override { return backpressureBuffer_.partialFlush(); }
 
   private:
-    UnboundedBackpressureBuffer<CMSampleBuffer> backpressureBuffer_;
+    using Buffer = UnboundedBackpressureBuffer<CMSampleBuffer>;
+
+    Buffer::HandlerResult offer(const CMSampleBuffer& sampleBuffer);
+
+    const ZVSchemaItem::SampleCallback callback_;
+    const Logger logger_;
+    bool didLogThrow_ = false;  // of the buffer's handler
+    Buffer backpressureBuffer_;
 };
 
 }  // namespace zorvane

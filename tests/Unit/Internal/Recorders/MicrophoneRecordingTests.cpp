@@ -264,6 +264,20 @@ TEST_F(MicrophoneRecordingTest, AHostGetsAllSamplesInOrderAlsoWhenItRefusesForAW
     EXPECT_TRUE(log.has(ZVLogLevel::info, "Couldn't flush all frames in buffer at once, retrying a bit."));
 }
 
+TEST_F(MicrophoneRecordingTest, SamplesThatPileUpBeforeAHostThatTakesNoneAreNoticed) {
+    HostEar ear;
+    make({ear.item()});
+    prepare();
+    start();
+    ear.isReady = false;
+    advance(11);
+    EXPECT_EQ(log.count(ZVLogLevel::warning, "The sample callback takes no samples, they pile up in memory."), 4u)
+        << "of 100 a second, at 128, 256, 512 and 1024";
+    ear.isReady = true;
+    stop();
+    EXPECT_GT(ear.samples.size(), 1090u);
+}
+
 TEST_F(MicrophoneRecordingTest, ARecorderMayGoAtAnyMomentAndNoSampleComesAfterThat) {
     for (int round = 0; round < 50; ++round) {
         std::atomic<bool> isGone = false;
@@ -294,7 +308,7 @@ TEST_F(MicrophoneRecordingTest, AHostThatThrowsLosesTheSampleAndNothingElse) {
                               })},
            0.5);
     EXPECT_GT(calls, 45);
-    EXPECT_EQ(log.count(ZVLogLevel::error, "The sample callback threw."), static_cast<std::size_t>(calls));
+    EXPECT_EQ(log.count(ZVLogLevel::error, "The sample callback threw."), 1u) << "of hours of them";
 }
 
 TEST_F(MicrophoneRecordingTest, StatisticsTellHowLoudASourceIsNow) {
