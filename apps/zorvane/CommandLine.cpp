@@ -120,12 +120,18 @@ void addPlatform(CLI::App& app, ZVPlatformKind& platform) {
 }
 
 /// An option that may be given several times; `parse` turns each text into a value, and throws what is wrong with it.
+/// A value that comes twice counts once.
 template <class Parse, class Value>
 CLI::Option* addList(CLI::App& app, const std::string& name, Parse parse, std::vector<Value>& target,
                      const std::string& help) {
     const auto take = [&target, parse](const std::vector<std::string>& texts) {
         target.clear();
-        std::ranges::transform(texts, std::back_inserter(target), parse);
+        for (const std::string& text : texts) {
+            Value value = parse(text);
+            if (std::ranges::find(target, value) == target.end()) {
+                target.push_back(std::move(value));
+            }
+        }
     };
     return app.add_option_function<std::vector<std::string>>(name, take, help)
         ->check([parse](const std::string& text) { return problemOf(parse, text); })
@@ -167,6 +173,9 @@ void addWhat(CLI::App& app, RecordOptions& options) {
 void requireSense(const RecordOptions& options) {
     if (options.displayAudio && namesSound(options) && !options.display) {
         throw CLI::ValidationError("--audio", "The sound goes into a display's movie. Add --display main.");
+    }
+    if (!options.excluding.empty() && namesSound(options) && !options.display) {
+        throw CLI::ValidationError("--exclude", "It is about a display's picture. Add --display main.");
     }
     if (options.events && !options.json) {
         throw CLI::ValidationError("--events", "Events are JSON. Add --json.");

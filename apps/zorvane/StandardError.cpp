@@ -3,6 +3,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <system_error>
 
@@ -12,6 +14,9 @@ namespace zorvane::cli {
 namespace {
 
 constexpr std::string_view toLineStart = "\r\x1b[K";
+
+/// A full line would wrap, and so would one to which the terminal adds the "^C" of who stops the recording.
+constexpr std::size_t beyondLive = 3;
 
 bool canShowLive() {
     const char* kind = std::getenv("TERM");
@@ -49,7 +54,7 @@ void StandardError::showLive(std::string_view text) {
         return;
     }
     std::lock_guard lock(mutex_);
-    live_ = text.substr(0, columns() - 1);  // a full line would wrap
+    live_ = text.substr(0, columns() - std::min(columns(), beyondLive));
     writeOrLose(std::string(toLineStart) + live_);
 }
 

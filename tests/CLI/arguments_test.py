@@ -26,6 +26,14 @@ class Arguments(CommandLineTest):
               for text in ["me", "", "current,", "current indicator"]),
             (["record", "--window", "1", "--display", "1"], "--display"),
             (["record", "--window", "1", "--exclude", "current"], "--window"),
+            *((["record", option, text], f'"{text}" names no process')
+              for option in ["--application-audio", "--exclude-process"] for text in ["firefox", "0", "-1", ""]),
+            (["record", "--exclude-process", "5"], "--system-audio"),
+            (["record", "--window", "1", "--audio"], "--window"),
+            *((["record", *picture, *sound], "Add --display main")
+              for picture in [["--audio"], ["--exclude", "current"]]
+              for sound in [["--microphone", "default"], ["--system-audio"], ["--application-audio", "1"]]),
+            (["record", "--events"], "Add --json"),
             (["sources", "screens"], "screens"),
             (["record", "--color-space", "srgb"], "sRGB,displayP3"),
             (["record", "--platform", "mac"], "linux,virtual"),
@@ -51,6 +59,12 @@ class Arguments(CommandLineTest):
         report = self.record_json("--display", "77", status=4)
         self.assertEqual(report["status"], "failed")
         self.assertIn("Known displays: 1 (Virtual Display, main)", report["errors"][0]["userMessage"])
+
+    def test_an_unknown_microphone_is_refused_with_a_list_of_the_known_ones(self):
+        report = self.record_json("--microphone", "nobody", status=4)
+        self.assertEqual((report["status"], report["files"]), ("failed", []))
+        self.assertIn('"nobody". Known microphones: virtual.microphone (Virtual Microphone).',
+                      report["errors"][0]["userMessage"])
 
     def test_what_is_at_the_place_of_the_bundle_stays_as_it_was(self):
         (self.place / "taken").mkdir()

@@ -77,6 +77,61 @@ class Record(CommandLineTest):
         self.assertGreater(self.info_json("talk")["files"][0]["duration"], 0.4)
 
 
+class Sound(CommandLineTest):
+    def test_picture_voice_and_sound_are_files_of_the_same_length(self):
+        report = self.record_json("--display", "main", "--microphone", "default", "--system-audio",
+                                  "--application-audio", "1", "--application-audio", "1", "--seconds", "1.5",
+                                  "-o", "talk")
+        files = self.info_json("talk")["files"]
+        self.assertEqual([file["type"] for file in files], ["screen", "audio", "systemAudio", "systemAudio"])
+        self.assertEqual([[track["type"] for track in file["tracks"]] for file in files],
+                         [["video"], ["audio"], ["audio"], ["audio"]])
+        length = report["recordUntil"] - report["recordFrom"]
+        for file in files:
+            self.assertAlmostEqual(file["duration"], length, delta=0.0001, msg=file["filename"])
+
+    def test_sound_inside_the_movie_is_a_track_of_its_length(self):
+        report = self.record_json("--audio", "--seconds", "1", "-o", "talk")
+        file, = self.info_json("talk")["files"]
+        self.assertEqual([track["type"] for track in file["tracks"]], ["video", "audio"])
+        length = report["recordUntil"] - report["recordFrom"]
+        for track in file["tracks"]:
+            self.assertEqual(track["begin"], 0)
+            self.assertAlmostEqual(track["duration"], length, delta=0.0001, msg=track["type"])
+
+    def test_sound_alone_needs_no_display(self):
+        result = self.record("--microphone", "virtual.microphone", "--seconds", "0.5", "-o", "talk")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertRegex(result.stderr, r"\nRecorded 0\.\d{3} s, [\d.]+ \w+\.\n$")
+        file, = self.info_json("talk")["files"]
+        self.assertEqual((file["type"], file["tracks"][0]["channels"]), ("audio", 1))
+
+    def test_events_tell_the_start_each_segment_and_the_end_in_this_order(self):
+        result = self.record("--json", "--events", "--segmented", "--display", "main", "--audio", "--microphone",
+                             "default", "--seconds", "1", "-o", "talk")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        first, *segments, last = [json.loads(line) for line in result.stdout.splitlines()]
+        bundle = self.place / "talk"
+        self.assertEqual(first, {"event": "started", "bundle": str(bundle), "recordFrom": last["recordFrom"]})
+        self.assertEqual((last["event"], last["status"], last["files"]), ("ended", "complete", []))
+        self.assertEqual({segment["event"] for segment in segments}, {"segment"})
+        told = {segment["filename"]: segment["size"] for segment in segments}
+        self.assertEqual(len(told), len(segments), "each once")
+        self.assertEqual(told, {file.name: file.stat().st_size
+                                for pattern in ["*.mp4", "*.m4s"] for file in bundle.glob(pattern)})
+        self.assertEqual(len(told), 6)  # an initialization and a segment of each track
+        self.assertIn("display-1-audio.m3u8", (bundle / "display-1.m3u8").read_text())
+
+    def test_json_is_valid_also_where_a_name_is_no_text(self):
+        name = os.fsdecode(b"caf\xe9")
+        result = self.record("--json", "--events", "--microphone", "default", "--seconds", "0.3", "-o", name,
+                             errors="surrogateescape")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        for line in result.stdout.splitlines():
+            self.assertEqual(json.loads(line)["bundle"], f"{self.place}/caf\ufffd")
+        self.assertEqual(os.listdir(self.place), [name])
+
+
 class Signals(CommandLineTest):
     def recording(self):
         process = self.start("--json", "-o", "talk", "--log-level", "info")
@@ -158,6 +213,21 @@ class OnATerminal(CommandLineTest):
         # The live line never moves down, and is gone at the end.
         self.assertNotRegex(terminal.output, rb"REC [^\r\n]*\n")
         self.assertRegex(terminal.output, rb"\r\x1b\[KRecorded [\d.]+ s: ")
+
+    def test_the_live_line_shows_levels_and_never_wraps(self):
+        for columns in [200, 40]:
+            with self.subTest(columns=columns):
+                terminal = Terminal(["record", "--platform", "virtual", "--audio", "--display", "main", "--microphone",
+                                     "default", "-o", f"talk{columns}"], self.place, columns)
+                self.assertTrue(terminal.read_until(lambda output: output.count(b"REC 0:0") >= 4), terminal.output)
+                terminal.type(b"\x03")
+                self.assertEqual(terminal.end(), 0, terminal.output)
+                lines = re.findall(rb"\r\x1b\[K(REC [^\r\n]*)", terminal.output)
+                self.assertLess(max(map(len, lines)), columns, "with the ^C that the terminal shows")
+                self.assertIn(b"System Audio [", lines[-1])
+                if columns == 200:
+                    self.assertRegex(lines[-1], rb"System Audio \[[# ]{10}\]  Microphone \[[# ]{10}\]  \d+ frames .*"
+                                                rb"Ctrl-C stops")
 
 
 if __name__ == "__main__":

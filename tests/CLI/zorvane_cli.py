@@ -1,13 +1,16 @@
 """What the tests of the command line share: a place of their own, the program, and ways to run it."""
 
+import fcntl
 import json
 import os
 import pathlib
 import pty
 import select
 import signal
+import struct
 import subprocess
 import tempfile
+import termios
 import unittest
 
 PROGRAM = os.environ["ZORVANE"]
@@ -81,12 +84,13 @@ def pending(*numbers):
 
 
 class Terminal:
-    """A program on a pseudo-terminal."""
+    """A program on a pseudo-terminal, which is 80 columns wide unless told otherwise."""
 
-    def __init__(self, arguments, place):
+    def __init__(self, arguments, place, columns=80):
         self.process_id, self.descriptor = pty.fork()
         if self.process_id == 0:
             try:
+                fcntl.ioctl(2, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
                 os.chdir(place)
                 os.execve(PROGRAM, [PROGRAM, *arguments], {**BARE, "TERM": "xterm"})
             finally:  # never a second run of the tests
