@@ -14,7 +14,7 @@ struct ZVRecordingNotice {
     };
 
     Kind kind = Kind::sourceInterrupted;
-    /// What the source is called for people: a microphone's name, "System Audio", "Application Audio".
+    /// What the source is called for people: the microphone's name, the names of the applications, "System Audio".
     std::string source;
     /// Why the source was interrupted; null if that isn't known, and when it has resumed.
     std::exception_ptr reason;

@@ -27,15 +27,17 @@ void showLevel(const ZVRecorder& recorder) {
     }
 }
 
+void showNotice(const ZVRecorder::Notice& notice) {
+    std::cerr << "\n" + notice.userMessage + "\n";
+}
+
 void streamMicrophone(double seconds) {
     const auto microphones = ZVMicrophone::microphones();
     if (microphones.empty()) {
         throw ZVError::invalidConfiguration("There is no microphone.");
     }
     ZVRecorder recorder({ZVRecorder::SchemaItem::_microphone(microphones.front()->id(), writeSound)});
-    recorder.setNoticeHandler([](const ZVRecorder::Notice& notice) { std::cerr << '\n'
-                                                                               << notice.userMessage << '\n'; })
-        .get();
+    recorder.setNoticeHandler(showNotice).get();
     recorder.start().get();
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
     while (std::chrono::steady_clock::now() < end) {

@@ -16,8 +16,7 @@ namespace zorvane {
 class VirtualMicrophoneSource;
 
 /// Takes one microphone and one output for its sound.
-class VirtualCaptureSession final : public AVCaptureSession,
-                                    public std::enable_shared_from_this<VirtualCaptureSession> {
+class VirtualCaptureSession final : public AVCaptureSession {
   public:
     explicit VirtualCaptureSession(std::shared_ptr<VirtualCaptureDevices> devices) : devices_(std::move(devices)) {}
     ~VirtualCaptureSession() override;
@@ -48,7 +47,7 @@ class VirtualCaptureSession final : public AVCaptureSession,
     std::shared_ptr<AVCaptureDevice> device_;
     std::shared_ptr<AVCaptureDataOutput> output_;
     std::optional<VirtualClock> clock_;
-    std::shared_ptr<Delivery> delivery_;  // present while running
+    std::shared_ptr<Delivery> delivery_;  // present once it was started
     std::shared_ptr<VirtualMicrophoneSource> source_;
 };
 
