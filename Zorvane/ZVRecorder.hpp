@@ -136,8 +136,8 @@ class ZVRecorder {
 
     /// Fixes the end of all files to the moment at which it runs and closes them. Throws nothing but
     /// `PartialResultError`, which holds what could be saved. Called again, it gives the same outcome again. A recorder
-    /// that was prepared but not started is left with an empty directory and an empty result; one that was not even
-    /// prepared throws, and is of no more use.
+    /// that was prepared but not started is left with an empty directory and an empty result; its sources run until it
+    /// is destroyed. One that was not even prepared throws, and is of no more use.
     ZVTask<Result> stop();
 
     /// How the recording is going. Any thread, at any time; takes microseconds.

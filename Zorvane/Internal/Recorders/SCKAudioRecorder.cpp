@@ -49,6 +49,19 @@ std::string applicationNames(const SCContentFilter& filter) {
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
+/// A process that isn't there is neither recorded nor left out, if it comes to play later.
+void warnOfMissing(std::vector<std::int32_t> processIDs, const std::vector<SCRunningApplication>& found,
+                   const Logger& logger) {
+    std::erase_if(processIDs, [&](std::int32_t processID) {
+        return std::ranges::count(found, processID, &SCRunningApplication::processID) > 0;
+    });
+    if (!processIDs.empty()) {
+        logger.warning("No running application has this process id, it is passed over.", [&] {
+            return LogMetadata{{"processIDs", fmt::format("{}", fmt::join(processIDs, ", "))}};
+        });
+    }
+}
+
 CMFormatDescription soundFormat(const SCStreamConfiguration& configuration, const Logger& logger) {
     if (!(configuration.sampleRate > 0) || configuration.channelCount == 0) {
         logger.error("Can't create AVAudioFormat.");
@@ -199,12 +212,14 @@ Task<SCContentFilter> createContentFilter(std::optional<std::vector<std::int32_t
     std::erase_if(content.applications, [&](const SCRunningApplication& application) {
         return std::ranges::count(listed, application.processID) == 0;
     });
+    warnOfMissing(listed, content.applications, logger);
     if (includedProcessIDs && content.applications.empty()) {
         const std::string message =
             fmt::format("SystemAudio: None of the includedProcessIds can be found, cannot record audio {}",
                         fmt::join(listed, ", "));
         logger.error(message);
-        throw ZVError::internalError(message, "The application to record isn't running any more.");
+        throw ZVError::internalError(
+            message, fmt::format("No application to record is running as process {}.", fmt::join(listed, ", ")));
     }
     SCContentFilter filter;
     filter.kind =
