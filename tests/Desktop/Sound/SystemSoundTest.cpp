@@ -1,10 +1,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <future>
+#include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSession.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireSystemSound.hpp"
 #include "tests/Desktop/Sound/SystemSoundFixture.hpp"
 #include "tests/Support/PipeWireTestClient.hpp"
 #include "tests/Support/PrivatePipeWire.hpp"
@@ -173,6 +178,30 @@ TEST_F(SystemSoundServiceTest, WithoutPipeWireNoSoundStarts) {
     EXPECT_EQ(test::streamErrorCode(error), SCStreamErrorCode::failedToStart);
     EXPECT_EQ(test::streamErrorCode(stream_.stop()), SCStreamErrorCode::attemptToStopStreamState);
     EXPECT_TRUE(stream_.collector().samples().empty());
+}
+
+TEST_F(SystemSoundServiceTest, AStopEndsAStartAtWhateverMomentItComes) {
+    service_.startAndWait();
+    const auto session = std::make_shared<PipeWireSession>();
+    for (int round = 0; round < 30; ++round) {
+        std::atomic<bool> isStopped = false;
+        const auto hear = [&](const CMSampleBuffer&) { EXPECT_FALSE(isStopped); };
+        PipeWireSystemSound sound(session, platform_.audioConverting, {.audible = {}, .format = {}},
+                                  {.sample = hear, .availability = [](const std::exception_ptr&) {}});
+        test::CompletionResult started;
+        std::thread starting([&] { sound.start(started.handler()); });
+        if (round % 3 == 1) {
+            std::this_thread::yield();
+        } else if (round % 3 == 2) {
+            starting.join();
+        }
+        sound.stop();
+        isStopped = true;
+        if (starting.joinable()) {
+            starting.join();
+        }
+        started.wait();
+    }
 }
 
 TEST_F(SystemSoundServiceTest, AServiceThatHangsFailsTheStart) {

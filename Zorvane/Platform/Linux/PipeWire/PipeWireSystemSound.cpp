@@ -34,6 +34,10 @@ std::exception_ptr hanging() {
     return failure("PipeWire doesn't answer. Start it anew: systemctl --user restart pipewire wireplumber");
 }
 
+std::exception_ptr stoppedEarly() {
+    return failure("The stream was stopped while it started.");
+}
+
 }  // namespace
 
 class PipeWireSystemSound::State : public std::enable_shared_from_this<State> {
@@ -52,39 +56,59 @@ class PipeWireSystemSound::State : public std::enable_shared_from_this<State> {
                  std::move(converting), std::move(handlers.sample)) {}
 
     void start(Completion completion) {
-        const auto weak = weak_from_this();
-        {
-            const std::lock_guard lock(mutex_);
-            isRunning_ = true;
-            starting_ = std::move(completion);
-            timer_ = clock_->schedule(clock_->now() + longestAnswer, longestAnswer / 10, [weak] {
-                if (const auto self = weak.lock()) {
-                    self->finishStart(hanging());
-                }
-            });
+        if (!begin(completion)) {
+            completion(stoppedEarly());
+            return;
         }
-        input_.start();
-        graph_ = std::make_shared<PipeWireSoundGraph>([weak](const PipeWireSoundScene& scene) {
-            if (const auto self = weak.lock()) {
-                self->sceneChanged(scene);
-            }
-        });
         session_->add(graph_);
+        if (life() == Life::ended) {
+            session_->remove(graph_);  // again, since the stop may have come before it was there
+        }
     }
 
     void stop() {
         {
             const std::lock_guard lock(mutex_);
-            if (!std::exchange(isRunning_, false)) {
+            if (std::exchange(life_, Life::ended) != Life::running) {
                 return;
             }
         }
         input_.stop();
         session_->remove(graph_);
-        finishStart(failure("The stream was stopped while it started."));
+        finishStart(stoppedEarly());
     }
 
   private:
+    enum class Life : std::uint8_t { made, running, ended };
+
+    /// False if it was stopped before.
+    bool begin(const Completion& completion) {
+        const std::lock_guard lock(mutex_);
+        if (life_ != Life::made) {
+            return false;
+        }
+        life_ = Life::running;
+        starting_ = completion;
+        const auto weak = weak_from_this();
+        timer_ = clock_->schedule(clock_->now() + longestAnswer, longestAnswer / 10, [weak] {
+            if (const auto self = weak.lock()) {
+                self->finishStart(hanging());
+            }
+        });
+        graph_ = std::make_shared<PipeWireSoundGraph>([weak](const PipeWireSoundScene& scene) {
+            if (const auto self = weak.lock()) {
+                self->sceneChanged(scene);
+            }
+        });
+        input_.start();
+        return true;
+    }
+
+    Life life() {
+        const std::lock_guard lock(mutex_);
+        return life_;
+    }
+
     void sceneChanged(const PipeWireSoundScene& scene) {
         if (scene.isConnected) {
             input_.setSources(wiring_.sourcesIn(scene));
@@ -112,7 +136,7 @@ class PipeWireSystemSound::State : public std::enable_shared_from_this<State> {
     void tellOf(bool isConnected) {
         {
             const std::lock_guard lock(mutex_);
-            if (!isRunning_ || isConnected != isAway_) {
+            if (life_ != Life::running || isConnected != isAway_) {
                 return;
             }
             isAway_ = !isConnected;
@@ -125,10 +149,10 @@ class PipeWireSystemSound::State : public std::enable_shared_from_this<State> {
     const std::function<void(std::exception_ptr)> availability_;
     PipeWireSystemSoundWiring wiring_;  // of the session's thread
     PipeWireSoundInput input_;
-    std::shared_ptr<PipeWireSoundGraph> graph_;  // set at the start
+    std::shared_ptr<PipeWireSoundGraph> graph_;  // set at the start, before it runs
 
     std::mutex mutex_;  // guards what follows
-    bool isRunning_ = false;
+    Life life_ = Life::made;
     bool isAway_ = false;
     Completion starting_;
     HostClock::TimerID timer_{};

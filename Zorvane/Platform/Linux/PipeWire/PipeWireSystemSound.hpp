@@ -49,7 +49,7 @@ class PipeWireSystemSound {
     /// or with an `NSError` that says why there is no sound; it is to be stopped then all the same. Once.
     void start(Completion completion);
 
-    /// A start under way completes with an error.
+    /// A start under way completes with an error, and so does one that comes later.
     void stop();
 
   private:
