@@ -17,8 +17,8 @@ MultipleStreamsOutputAssetWriters::MultipleStreamsOutputAssetWriters(const Outpu
                                                                      MasterPlaylist masterPlaylist,
                                                                      std::optional<DispatchQueue> segmentCallbackQueue,
                                                                      const Logger& logger)
-    : segmentCallbackQueue_(segmentCallbackQueue ? std::move(*segmentCallbackQueue)
-                                                 : DispatchQueue::serial("MultipleStreamsOutputAssetWriterQueue")),
+    : callbackQueue_(segmentCallbackQueue ? std::move(*segmentCallbackQueue)
+                                          : DispatchQueue::serial("MultipleStreamsOutputAssetWriterQueue")),
       masterPlaylist_(std::make_shared<MasterPlaylistWriter>(output.directoryURL / (output.filenamePrefix + ".m3u8"),
                                                              std::move(masterPlaylist), logger)),
       audioSegmentWriter_(parametersOf(AVMediaType::audio, output, logger)),
@@ -29,7 +29,7 @@ SegmentedCoordinator::Parameters MultipleStreamsOutputAssetWriters::parametersOf
     return {.directoryURL = output.directoryURL,
             .filenamePrefix = output.filenamePrefix + (stream == AVMediaType::audio ? "-audio" : "-video"),
             .targetDuration = segmentDuration,
-            .segmentCallbackQueue = segmentCallbackQueue_,
+            .segmentCallbackQueue = callbackQueue_.queue(),
             .segmentCallback = output.segmentCallback,
             .playlistHandler = [master = masterPlaylist_,
                                 stream](const MediaPlaylistFile& file) { master->noteSegment(stream, file); },
@@ -47,15 +47,21 @@ Task<std::vector<std::filesystem::path>> MultipleStreamsOutputAssetWriters::fini
     group.add(audioSegmentWriter_.finishWriting());
     group.add(videoSegmentWriter_.finishWriting());
     auto finished = co_await std::move(group).results().outcome();
-    co_await segmentCallbacksToEnd();
+    co_await callbackQueue_.callsToEnd();
     const std::vector<std::optional<MediaPlaylistFile>> streams = std::move(finished).value();
     masterPlaylist_->write(streams[0], streams[1]);
     co_return std::vector<std::filesystem::path>();
 }
 
-Task<> MultipleStreamsOutputAssetWriters::segmentCallbacksToEnd() const {
+MultipleStreamsOutputAssetWriters::CallbackQueue::~CallbackQueue() {
+    if (!queue_.isCurrent()) {
+        queue_.syncBarrier([] {});
+    }
+}
+
+Task<> MultipleStreamsOutputAssetWriters::CallbackQueue::callsToEnd() const {
     auto [continuation, ended] = makeContinuation();
-    segmentCallbackQueue_.asyncBarrier([continuation = std::move(continuation)] { continuation.resume(); });
+    queue_.asyncBarrier([continuation = std::move(continuation)] { continuation.resume(); });
     co_await std::move(ended).ignoringCancellation();
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
 #include "Zorvane/Internal/Logger.hpp"
@@ -20,7 +21,7 @@ namespace zorvane {
 /// playlist "prefix.m3u8", which is there as soon as each stream has a segment. A stream whose writer has got no input
 /// by `startWriting` doesn't exist: no file, no session, no error.
 ///
-/// The recording doesn't depend on playlists: what goes wrong with one is logged.
+/// The recording doesn't depend on playlists: what goes wrong with one is logged. After destruction no callback runs.
 class MultipleStreamsOutputAssetWriters final : public OutputAssetWriters {
   public:
     /// `output`'s callback is called on `segmentCallbackQueue`, without one on a queue of this object's own. Throws
@@ -40,9 +41,24 @@ class MultipleStreamsOutputAssetWriters final : public OutputAssetWriters {
   private:
     SegmentedCoordinator::Parameters parametersOf(AVMediaType stream, const OutputDescription::MultipleStreams& output,
                                                   const Logger& logger) const;
-    Task<> segmentCallbacksToEnd() const;
 
-    const DispatchQueue segmentCallbackQueue_;
+    /// The queue of the host's callback. When it goes, no call is under way any more, unless it goes in one.
+    class CallbackQueue {
+      public:
+        explicit CallbackQueue(DispatchQueue queue) : queue_(std::move(queue)) {}
+        ~CallbackQueue();
+        CallbackQueue(const CallbackQueue&) = delete;
+        CallbackQueue& operator=(const CallbackQueue&) = delete;
+
+        const DispatchQueue& queue() const { return queue_; }
+        /// Ends after the calls that are waiting now.
+        Task<> callsToEnd() const;
+
+      private:
+        const DispatchQueue queue_;
+    };
+
+    const CallbackQueue callbackQueue_;  // goes after the writers, which may give it calls up to their end
     const std::shared_ptr<MasterPlaylistWriter> masterPlaylist_;
     SegmentedAssetWriter audioSegmentWriter_;
     SegmentedAssetWriter videoSegmentWriter_;

@@ -166,6 +166,21 @@ TEST_F(MultipleStreamsOutputAssetWritersTest, TheEndComesAfterTheLastCallbackHas
     EXPECT_THAT(told(), ElementsAre("talk-video-0000.mp4", "talk-video-0001.m4s"));
 }
 
+TEST_F(MultipleStreamsOutputAssetWritersTest, WhoDestroysThemHearsOfNoSegmentAfterThat) {
+    callbackQueue = DispatchQueue::serial("Host");
+    make({}, callbackQueue);
+    addVideo();
+    begin();
+    std::promise<void> end;
+    const std::shared_future<void> gone = end.get_future().share();
+    callbackQueue->async([gone] {
+        EXPECT_EQ(gone.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout) << "this call goes on";
+    });
+    writers.reset();
+    end.set_value();
+    Activity::waitUntilIdle();
+}
+
 TEST_F(MultipleStreamsOutputAssetWritersTest, VideoTimesBeginAtZeroAndSoundIsOnTheHostClock) {
     make();
     EXPECT_TRUE(writers->expectsZeroBasedVideoPTS());
