@@ -17,6 +17,18 @@ std::string lineOf(const JSON& event) {
     return event.dump(-1, ' ', false, JSON::error_handler_t::replace) + "\n";
 }
 
+const char* nameOf(ZVRecorder::Notice::Kind kind) {
+    switch (kind) {
+        case ZVRecorder::Notice::Kind::sourceInterrupted:
+            return "interrupted";
+        case ZVRecorder::Notice::Kind::sourceResumed:
+            return "resumed";
+        case ZVRecorder::Notice::Kind::segmentLost:
+            return "lost";
+    }
+    return "";
+}
+
 }  // namespace
 
 void RecordEvents::started(const std::filesystem::path& bundle, double recordFrom) {
@@ -32,10 +44,7 @@ void RecordEvents::segment(const std::filesystem::path& file) {
 }
 
 void RecordEvents::notice(const ZVRecorder::Notice& notice) {
-    const bool isInterrupted = notice.kind == ZVRecorder::Notice::Kind::sourceInterrupted;
-    print(lineOf({{"event", isInterrupted ? "interrupted" : "resumed"},
-                  {"source", notice.source},
-                  {"message", notice.userMessage}}));
+    print(lineOf({{"event", nameOf(notice.kind)}, {"source", notice.source}, {"message", notice.userMessage}}));
 }
 
 void RecordEvents::ended(const RecordOutcome& outcome) {

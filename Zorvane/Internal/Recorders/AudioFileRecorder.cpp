@@ -14,7 +14,8 @@ AudioFileRecorder::AudioFileRecorder(std::string id, const OutputDescription& ou
     const auto microphone = requireMicrophone(microphoneID, logger_);
     const AVAudioSettings settings = resolveAudioSettings(microphone->activeFormat(), logger_);
     const std::vector<AVMediaType> media{AVMediaType::audio};
-    auto writers = makeOutputAssetWriters(outputDescription, soundPlaylist(settings, "Microphone"), logger_);
+    auto writers =
+        makeOutputAssetWriters(outputDescription, soundPlaylist(settings, "Microphone"), logger_, context.onNotice);
     output_.emplace(std::move(writers), media, "AudioFileRecorder.StartingQueue", logger_, context.onAbort);
     const auto audioInput = output_->addAudioInput(settings);
     const AudioSamplePathTraits traits{.startMessage = AudioSamplePathTraits::StartMessage::trace};

@@ -100,7 +100,8 @@ MasterPlaylist soundPlaylist(const AVAudioSettings& settings, std::string_view t
 }
 
 std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,
-                                                           MasterPlaylist masterPlaylist, const Logger& logger) {
+                                                           MasterPlaylist masterPlaylist, const Logger& logger,
+                                                           const NoticeHandler& onNotice) {
     if (const auto* file = std::get_if<OutputDescription::SingleFile>(&description.form)) {
         auto writers = std::make_shared<SingleFileOutputAssetWriters>(file->url);
         logger.debug("AssetWriter for single file output ready.", [&] {
@@ -109,8 +110,8 @@ std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescripti
         return writers;
     }
     const auto& streams = std::get<OutputDescription::MultipleStreams>(description.form);
-    auto writers =
-        std::make_shared<MultipleStreamsOutputAssetWriters>(streams, std::move(masterPlaylist), std::nullopt, logger);
+    auto writers = std::make_shared<MultipleStreamsOutputAssetWriters>(streams, std::move(masterPlaylist), std::nullopt,
+                                                                       logger, onNotice);
     logger.debug("AssetWriter for stream output ready.", [&] {
         return LogMetadata{{"directoryURL", absoluteURLString(streams.directoryURL, Directory::yes)},
                            {"filenamePrefix", streams.filenamePrefix}};

@@ -14,6 +14,7 @@
 #include "Zorvane/Internal/Recorders/OutputAssetWriters.hpp"
 #include "Zorvane/Internal/Recorders/WriterSession.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
+#include "Zorvane/Internal/SourceNotices.hpp"
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
 #include "Zorvane/Platform/AVFoundation/AVOutputSettings.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
@@ -67,8 +68,10 @@ class MediaOutput {
 /// The playlist of sound alone, whose track has this name for people.
 MasterPlaylist soundPlaylist(const AVAudioSettings& settings, std::string_view trackName);
 
-/// The writers of a described output, the playlist for the case that it is segmented. Throws what the platform throws.
+/// The writers of a described output, the playlist for the case that it is segmented; `onNotice` hears of
+/// lost segments then. Throws what the platform throws.
 std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,
-                                                           MasterPlaylist masterPlaylist, const Logger& logger);
+                                                           MasterPlaylist masterPlaylist, const Logger& logger,
+                                                           const NoticeHandler& onNotice);
 
 }  // namespace zorvane

@@ -16,16 +16,18 @@ constexpr std::int64_t segmentDuration = 6;  // seconds
 MultipleStreamsOutputAssetWriters::MultipleStreamsOutputAssetWriters(const OutputDescription::MultipleStreams& output,
                                                                      MasterPlaylist masterPlaylist,
                                                                      std::optional<DispatchQueue> segmentCallbackQueue,
-                                                                     const Logger& logger)
+                                                                     const Logger& logger,
+                                                                     const NoticeHandler& onNotice)
     : callbackQueue_(segmentCallbackQueue ? std::move(*segmentCallbackQueue)
                                           : DispatchQueue::serial("MultipleStreamsOutputAssetWriterQueue")),
       masterPlaylist_(std::make_shared<MasterPlaylistWriter>(output.directoryURL / (output.filenamePrefix + ".m3u8"),
                                                              std::move(masterPlaylist), logger)),
-      audioSegmentWriter_(parametersOf(AVMediaType::audio, output, logger)),
-      videoSegmentWriter_(parametersOf(AVMediaType::video, output, logger)) {}
+      audioSegmentWriter_(parametersOf(AVMediaType::audio, output, logger, onNotice)),
+      videoSegmentWriter_(parametersOf(AVMediaType::video, output, logger, onNotice)) {}
 
 SegmentedCoordinator::Parameters MultipleStreamsOutputAssetWriters::parametersOf(
-    AVMediaType stream, const OutputDescription::MultipleStreams& output, const Logger& logger) const {
+    AVMediaType stream, const OutputDescription::MultipleStreams& output, const Logger& logger,
+    const NoticeHandler& onNotice) const {
     return {.directoryURL = output.directoryURL,
             .filenamePrefix = output.filenamePrefix + (stream == AVMediaType::audio ? "-audio" : "-video"),
             .targetDuration = segmentDuration,
@@ -33,6 +35,7 @@ SegmentedCoordinator::Parameters MultipleStreamsOutputAssetWriters::parametersOf
             .segmentCallback = output.segmentCallback,
             .playlistHandler = [master = masterPlaylist_,
                                 stream](const MediaPlaylistFile& file) { master->noteSegment(stream, file); },
+            .onNotice = onNotice,
             .logger = logger};
 }
 

@@ -25,9 +25,10 @@ namespace zorvane {
 class MultipleStreamsOutputAssetWriters final : public OutputAssetWriters {
   public:
     /// `output`'s callback is called on `segmentCallbackQueue`, without one on a queue of this object's own. Throws
-    /// what the platform throws.
+    /// what the platform throws. `onNotice` hears of lost segments.
     MultipleStreamsOutputAssetWriters(const OutputDescription::MultipleStreams& output, MasterPlaylist masterPlaylist,
-                                      std::optional<DispatchQueue> segmentCallbackQueue, const Logger& logger);
+                                      std::optional<DispatchQueue> segmentCallbackQueue, const Logger& logger,
+                                      const NoticeHandler& onNotice = {});
 
     AVAssetWriter& audioAssetWriter() const override { return audioSegmentWriter_.assetWriter(); }
     AVAssetWriter& videoAssetWriter() const override { return videoSegmentWriter_.assetWriter(); }
@@ -40,7 +41,7 @@ class MultipleStreamsOutputAssetWriters final : public OutputAssetWriters {
 
   private:
     SegmentedCoordinator::Parameters parametersOf(AVMediaType stream, const OutputDescription::MultipleStreams& output,
-                                                  const Logger& logger) const;
+                                                  const Logger& logger, const NoticeHandler& onNotice) const;
 
     /// The queue of the host's callback. When it goes, no call is under way any more, unless it goes in one.
     class CallbackQueue {

@@ -140,7 +140,8 @@ std::unique_ptr<AudioSamplePath> SCKAudioRecorder::setUpWriting(const SCKAudioRe
                                                                 const SCStreamConfiguration& configuration) {
     const AVAudioSettings settings = resolveAudioSettings(soundFormat(configuration, logger_), logger_);
     const std::vector<AVMediaType> media{AVMediaType::audio};
-    auto writers = makeOutputAssetWriters(parameters.outputDescription, soundPlaylist(settings, levelSource_), logger_);
+    auto writers = makeOutputAssetWriters(parameters.outputDescription, soundPlaylist(settings, levelSource_), logger_,
+                                          parameters.context.onNotice);
     output_.emplace(std::move(writers), media, "SCKAudioRecorder.StartingQueue", logger_, parameters.context.onAbort);
     const auto audioInput = output_->addAudioInput(settings, "Can't add input to asset writer.");
     const AudioSamplePathTraits traits{.startMessage = AudioSamplePathTraits::StartMessage::debug};

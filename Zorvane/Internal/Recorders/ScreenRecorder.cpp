@@ -96,8 +96,8 @@ void ScreenRecorder::setUpWriting(const ScreenRecorderParameters& parameters, in
     const OutputSettings settings = screenOutputSettings(parameters.content, scaleFactor, parameters.mode, logger_);
     logger_.trace("Setting up AssetWriter.");
     const std::vector<AVMediaType> media{AVMediaType::audio, AVMediaType::video};
-    auto writers = makeOutputAssetWriters(parameters.outputDescription,
-                                          masterPlaylist(settings, parameters.captureAudio), logger_);
+    auto writers = makeOutputAssetWriters(
+        parameters.outputDescription, masterPlaylist(settings, parameters.captureAudio), logger_, parameters.onNotice);
     output_.emplace(std::move(writers), media, "ScreenRecorder.StartingQueue", logger_, parameters.onAbort);
     inputs_.video = output_->addVideoInput(settings.video);
     if (parameters.captureAudio) {

@@ -9,6 +9,7 @@
 #include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Foundation/PrivateFiles.hpp"
+#include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 namespace {
@@ -69,39 +70,55 @@ void SegmentedCoordinator::takeInitialization(fs::path url, std::span<const std:
 
 void SegmentedCoordinator::takeMedia(const fs::path& url, std::span<const std::byte> data,
                                      const std::optional<AVAssetSegmentReport>& report) {
-    const bool isPlayable = writeInitialization();
-    const bool isWritten = write(url, data);
+    const bool isPlayable = writeInitialization() == nullptr;
+    const std::exception_ptr error = write(url, data);
     const AVAssetSegmentReport known = report.value_or(AVAssetSegmentReport{});
     playlist_.playlist.codecName = known.codecName;
     playlist_.playlist.segments.push_back({.filename = url.filename(),
                                            .earliestPTS = known.earliestPresentationTimeStamp,
                                            .decodeDuration = known.duration,
-                                           .byteCount = isWritten ? static_cast<std::int64_t>(data.size()) : 0,
-                                           .isMissing = !isWritten});
+                                           .byteCount = error ? 0 : static_cast<std::int64_t>(data.size()),
+                                           .isMissing = error != nullptr});
     if (isPlayable && writePlaylist(MediaPlaylist::Ending::open) && parameters_.playlistHandler) {
         parameters_.playlistHandler(playlist_);
     }
-    if (isWritten) {
+    if (error) {
+        tellOfLoss(url, error);
+    } else {
         tellHost(url);
     }
 }
 
-/// Whether the initialization is in its file.
-bool SegmentedCoordinator::writeInitialization() {
-    if (!initialization_.empty() && write(initializationURL_, initialization_)) {
-        initialization_.clear();
-        tellHost(initializationURL_);
+/// Null if the initialization is in its file now, or why it isn't.
+std::exception_ptr SegmentedCoordinator::writeInitialization() {
+    if (initialization_.empty()) {
+        return nullptr;
     }
-    return initialization_.empty();
+    if (const std::exception_ptr error = write(initializationURL_, initialization_)) {
+        return error;
+    }
+    initialization_.clear();
+    tellHost(initializationURL_);
+    return nullptr;
 }
 
-bool SegmentedCoordinator::write(const fs::path& url, std::span<const std::byte> data) const {
+/// Null, or why the file couldn't be written.
+std::exception_ptr SegmentedCoordinator::write(const fs::path& url, std::span<const std::byte> data) const {
     try {
         replacePrivateFile(url, asText(data));
-        return true;
+        return nullptr;
     } catch (const NSError& error) {
         parameters_.logger.error("Error writing segment data: " + error.localizedDescription());
-        return false;
+        return std::current_exception();
+    }
+}
+
+void SegmentedCoordinator::tellOfLoss(const fs::path& url, const std::exception_ptr& reason) const {
+    if (parameters_.onNotice) {
+        const std::string name = url.filename();
+        parameters_.onNotice(
+            {ZVRecordingNotice::Kind::segmentLost, name, reason,
+             fmt::format("The segment '{}' is lost. {} The recording goes on.", name, localizedDescription(reason))});
     }
 }
 
@@ -128,7 +145,11 @@ bool SegmentedCoordinator::writePlaylist(MediaPlaylist::Ending ending) const {
 }
 
 std::optional<MediaPlaylistFile> SegmentedCoordinator::finishPlaylist() {
-    if (playlist_.playlist.segments.empty() || !writeInitialization()) {
+    if (playlist_.playlist.segments.empty()) {
+        return std::nullopt;
+    }
+    if (const std::exception_ptr error = writeInitialization()) {
+        tellOfLoss(initializationURL_, error);
         return std::nullopt;
     }
     writePlaylist(MediaPlaylist::Ending::closed);

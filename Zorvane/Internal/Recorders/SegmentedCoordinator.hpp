@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -13,6 +14,7 @@
 #include "Zorvane/Internal/Concurrency/DispatchQueue.hpp"
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/Recorders/MediaPlaylist.hpp"
+#include "Zorvane/Internal/SourceNotices.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAssetSegment.hpp"
 #include "Zorvane/ZVOutputOptions.hpp"
 
@@ -22,8 +24,8 @@ namespace zorvane {
 /// the media; no reader ever sees a part of one. Behind each the media playlist "prefix.m3u8" is replaced by one that
 /// lists it, then the host is told.
 ///
-/// A segment that can't be written is lost, its number stays free, and the recording goes on. But without the
-/// initialization nothing can be played: it is kept and tried again before each following segment.
+/// A segment that can't be written is lost, its number stays free, the host gets a notice, and the recording goes on.
+/// But without the initialization nothing can be played: it is kept and tried again before each following segment.
 ///
 /// The delegate's calls come one at a time; `finishPlaylist` comes after the last of them.
 class SegmentedCoordinator final : public AVAssetWriterDelegate {
@@ -38,6 +40,7 @@ class SegmentedCoordinator final : public AVAssetWriterDelegate {
         DispatchQueue segmentCallbackQueue;
         ZVSegmentedOutput::SegmentCallback segmentCallback;  ///< not empty; what it throws is logged
         PlaylistHandler playlistHandler;                     ///< may be empty
+        NoticeHandler onNotice;                              ///< hears of lost segments; may be empty
         Logger logger;
     };
 
@@ -55,8 +58,9 @@ class SegmentedCoordinator final : public AVAssetWriterDelegate {
     void takeInitialization(std::filesystem::path url, std::span<const std::byte> data);
     void takeMedia(const std::filesystem::path& url, std::span<const std::byte> data,
                    const std::optional<AVAssetSegmentReport>& report);
-    bool writeInitialization();
-    bool write(const std::filesystem::path& url, std::span<const std::byte> data) const;
+    std::exception_ptr writeInitialization();
+    std::exception_ptr write(const std::filesystem::path& url, std::span<const std::byte> data) const;
+    void tellOfLoss(const std::filesystem::path& url, const std::exception_ptr& reason) const;
     void tellHost(std::filesystem::path url) const;
     bool writePlaylist(MediaPlaylist::Ending ending) const;
 

@@ -42,8 +42,9 @@ class MultipleStreamsOutputAssetWritersTest : public testing::VirtualWorldTest {
         const OutputDescription::MultipleStreams output{.directoryURL = directory.path(),
                                                         .filenamePrefix = "talk",
                                                         .segmentCallback = [this](const fs::path& url) { note(url); }};
-        writers = std::make_shared<MultipleStreamsOutputAssetWriters>(output, std::move(playlist), std::move(queue),
-                                                                      log.logger<OutputAssetWriters>());
+        writers = std::make_shared<MultipleStreamsOutputAssetWriters>(
+            output, std::move(playlist), std::move(queue), log.logger<OutputAssetWriters>(),
+            [this](const ZVRecordingNotice& notice) { notices.push_back(notice); });
     }
     void addAudio() {
         audio = std::make_shared<AVAssetWriterInput>(AVAudioSettings());
@@ -100,7 +101,8 @@ class MultipleStreamsOutputAssetWritersTest : public testing::VirtualWorldTest {
     std::shared_ptr<AVAssetWriterInput> audio;
     std::shared_ptr<AVAssetWriterInput> video;
     std::optional<DispatchQueue> callbackQueue;  // on which a callback must run, if one was given
-    std::function<void()> inCallback;            // what else the host does in it
+    std::vector<ZVRecordingNotice> notices;
+    std::function<void()> inCallback;  // what else the host does in it
 
   private:
     void note(const fs::path& url) {
@@ -234,6 +236,7 @@ TEST_F(MultipleStreamsOutputAssetWritersTest, CallbacksThatBlockHoldUpNoOtherJob
             .segmentCallbackQueue = DispatchQueue::serial("Host"),
             .segmentCallback = [permitted](const fs::path&) { permitted.wait(); },
             .playlistHandler = nullptr,
+            .onNotice = nullptr,
             .logger = log.logger<SegmentedCoordinator>()};
         SegmentedCoordinator(parameters)
             .didOutputSegmentData(*writer, std::vector<std::byte>(1), AVAssetSegmentType::initialization, std::nullopt);
@@ -263,6 +266,9 @@ TEST_F(MultipleStreamsOutputAssetWritersTest, ASegmentThatCanNotBeWrittenIsLostA
                                     "talk-video-0004.m4s"));
     EXPECT_NE(textOf("talk-video.m3u8").find("#EXT-X-GAP\n#EXTINF:6.000000,\ntalk-video-0002.m4s\n#EXTINF"),
               std::string::npos);
+    ASSERT_EQ(notices.size(), 1U);
+    EXPECT_EQ(notices[0].kind, ZVRecordingNotice::Kind::segmentLost);
+    EXPECT_EQ(notices[0].source, "talk-video-0002.m4s");
     EXPECT_TRUE(log.has(ZVLogLevel::error, "Error writing segment data: Unable to create \"" +
                                                (directory.path() / "talk-video-0002.m4s.new").native() +
                                                "\": No such file or directory."));
@@ -281,6 +287,22 @@ TEST_F(MultipleStreamsOutputAssetWritersTest, TheInitializationIsWrittenAsSoonAs
     endAt(13);
     EXPECT_THAT(told(), ElementsAre("talk-video-0000.mp4", "talk-video-0002.m4s", "talk-video-0003.m4s"));
     EXPECT_NE(textOf("talk-video.m3u8").find("#EXT-X-GAP\n"), std::string::npos);
+}
+
+TEST_F(MultipleStreamsOutputAssetWritersTest, AStreamThatLacksItsInitializationToTheEndIsNotListed) {
+    make();
+    addVideo();
+    begin();
+    const fs::path away = directory.path().native() + ".away";
+    fs::rename(directory.path(), away);
+    show(0);
+    show(6);
+    endAt(7);
+    fs::rename(away, directory.path());
+    EXPECT_THAT(files(), IsEmpty());
+    EXPECT_THAT(told(), IsEmpty());
+    ASSERT_EQ(notices.size(), 3U) << "two segments of media, and at the end the initialization";
+    EXPECT_EQ(notices.back().source, "talk-video-0000.mp4");
 }
 
 TEST_F(MultipleStreamsOutputAssetWritersTest, AnErrorOfOneStreamIsThrownWhenBothHaveEnded) {
