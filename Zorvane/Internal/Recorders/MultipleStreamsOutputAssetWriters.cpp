@@ -1,5 +1,6 @@
 #include "Zorvane/Internal/Recorders/MultipleStreamsOutputAssetWriters.hpp"
 
+#include <exception>
 #include <stop_token>
 #include <utility>
 
@@ -49,10 +50,15 @@ Task<std::vector<std::filesystem::path>> MultipleStreamsOutputAssetWriters::fini
     TaskGroup<std::optional<MediaPlaylistFile>> group{std::stop_token()};
     group.add(audioSegmentWriter_.finishWriting());
     group.add(videoSegmentWriter_.finishWriting());
-    auto finished = co_await std::move(group).results().outcome();
-    co_await callbackQueue_.callsToEnd();
-    const std::vector<std::optional<MediaPlaylistFile>> streams = std::move(finished).value();
-    masterPlaylist_->write(streams[0], streams[1]);
+    const auto finished = co_await std::move(group).results().outcome();
+    if (finished.isSuccess()) {
+        const std::vector<std::optional<MediaPlaylistFile>> streams = finished.value();
+        masterPlaylist_->write(streams[0], streams[1]);
+    }
+    co_await callbackQueue_.callsToEnd();  // which a host may hold up for long, so the files are complete by now
+    if (const std::exception_ptr error = finished.error()) {
+        std::rethrow_exception(error);
+    }
     co_return std::vector<std::filesystem::path>();
 }
 
