@@ -299,6 +299,25 @@ TEST_F(MicrophoneRecordingTest, ARecorderMayGoAtAnyMomentAndNoSampleComesAfterTh
     }
 }
 
+TEST_F(MicrophoneRecordingTest, AnyThreadMayAskForStatisticsWhileSourcesComeAndGo) {
+    make({Item::microphone("mic"), Item::systemAudio()});
+    std::atomic<bool> isOver = false;
+    std::thread asking([&] {
+        while (!isOver) {
+            const std::size_t levels = recorder->statistics().soundLevels.size();
+            EXPECT_TRUE(levels == 0 || levels == 2) << levels;
+        }
+    });
+    prepare();
+    start();
+    desktop->at(secondsNow() + 0.2).unplugDevice("mic");
+    desktop->at(secondsNow() + 0.4).plugDevice(VirtualDevice::microphone("mic", "Desk Mic"));
+    advance(0.6);
+    stop();
+    isOver = true;
+    asking.join();
+}
+
 TEST_F(MicrophoneRecordingTest, AHostThatThrowsLosesTheSampleAndNothingElse) {
     int calls = 0;
     record({Item::_microphone("mic",
