@@ -87,7 +87,10 @@ PipeWireSoundTap::PipeWireSoundTap(pw_core& core, const std::string& name, Sound
     registry_.listen(&registryEvents, this);
 }
 
-PipeWireSoundTap::~PipeWireSoundTap() = default;
+/// In some versions of PipeWire the real-time thread goes through the listeners, so it ends before ours is taken away.
+PipeWireSoundTap::~PipeWireSoundTap() {
+    pw_filter_disconnect(filter_.get());
+}
 
 void PipeWireSoundTap::addPorts() {
     LatencyOfNobody latency;
