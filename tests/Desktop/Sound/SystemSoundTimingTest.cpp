@@ -66,16 +66,24 @@ void PrintTo(const Path& path, std::ostream* out) {
 
 class SystemSoundTimingTest : public ::testing::TestWithParam<Path> {
   protected:
-    /// What the stream's sound says of each click against the truth, in ms, rising.
-    std::vector<double> errors(const std::vector<double>& clicks, const HeardSound& heard) {
-        std::vector<double> errors;
+    struct Errors {
+        std::vector<double> found;  ///< what the sound says of each click against the truth, in ms, rising
+        std::size_t lost = 0;       ///< clicks without any sound within 90 ms, as of a cycle that PipeWire missed
+    };
+
+    Errors errors(const std::vector<double>& clicks, const HeardSound& heard) {
+        Errors errors;
         for (const double click : clicks) {
-            const auto found = heard.firstAbove(0.3, click - 0.09);
             if (click > heard.begin() + 0.1 && click < heard.end() - 0.1) {
-                errors.push_back(found ? (*found - click) * 1000 : 1e6);
+                const auto found = heard.firstAbove(0.3, click - 0.09);
+                if (found && *found < click + 0.09) {
+                    errors.found.push_back((*found - click) * 1000);
+                } else {
+                    ++errors.lost;
+                }
             }
         }
-        std::ranges::sort(errors, {}, [](double error) { return std::abs(error); });
+        std::ranges::sort(errors.found, {}, [](double error) { return std::abs(error); });
         return errors;
     }
 };
@@ -88,8 +96,9 @@ TEST_P(SystemSoundTimingTest, SoundIsStampedWithTheTimeAtWhichItIsHeard) {
     SoundStream stream(*platform.screenCapture, soundOf(path.kind, path.processes));
     ASSERT_EQ(stream.start(), nullptr);
     ASSERT_TRUE(stream.waitSeconds(3));
-    const auto found = errors(player.heardAt(), stream.heard());
+    const auto [found, lost] = errors(player.heardAt(), stream.heard());
     ASSERT_GE(found.size(), 10u);
+    EXPECT_LE(lost, found.size() / 4);
     RecordProperty("medianErrorInMilliseconds", std::to_string(found[found.size() / 2]));
     RecordProperty("worstErrorInMilliseconds", std::to_string(found.back()));
     EXPECT_LT(std::abs(found.back()), 1.0);
