@@ -15,7 +15,7 @@ SECONDS = 20
 SHARE_LIMIT = 0.03  # of a core, for each source
 LENGTHS = [0.3, 0.77, 1, 1.5, 2.34, 3.1, 5.55]  # seconds
 PITCH = 440  # of the tone client and of the test microphone
-BUSY = 4  # processes that use up all they get
+BUSY = 16  # processes that use up all they get
 
 ALL_SOUND = ["--microphone", "default", "--microphone", "default", "--system-audio"]
 
