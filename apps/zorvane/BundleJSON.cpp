@@ -72,9 +72,18 @@ std::string bundleJSON(const BundleReport& report) {
     for (const FileReport& file : report.files) {
         files.push_back(fileJSON(file));
     }
+    JSON streams = JSON::array();
+    for (const StreamReport& stream : report.streams) {
+        streams.push_back({{"playlist", stream.playlist},
+                           {"duration", stream.duration},
+                           {"segments", stream.segments},
+                           {"lost", stream.lost},
+                           {"ended", stream.isEnded}});
+    }
     const JSON json{{"bundle", report.bundle.string()},
                     {"version", report.version},
                     {"files", std::move(files)},
+                    {"streams", std::move(streams)},
                     {"unlisted", report.unlisted}};
     return json.dump(2, ' ', false, JSON::error_handler_t::replace) + "\n";
 }

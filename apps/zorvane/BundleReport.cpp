@@ -81,12 +81,13 @@ FileReport readFile(const fs::path& bundle, const ZVBundleInfo::FileAsset& asset
 }  // namespace
 
 bool BundleReport::isSound() const {
-    return std::ranges::none_of(files, [](const FileReport& file) { return file.error.has_value(); });
+    return std::ranges::none_of(files, [](const FileReport& file) { return file.error.has_value(); }) &&
+           std::ranges::none_of(streams, [](const StreamReport& stream) { return stream.lost > 0; });
 }
 
 BundleReport readBundle(const fs::path& bundle) {
     const ZVBundleInfo manifest = decodeManifest(bundle);
-    BundleReport report{bundle, manifest.version, {}, unlistedMedia(bundle, manifest)};
+    BundleReport report{bundle, manifest.version, {}, readStreams(bundle), unlistedMedia(bundle, manifest)};
     for (const auto& asset : manifest.files) {
         report.files.push_back(readFile(bundle, asset));
     }

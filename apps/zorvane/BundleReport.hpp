@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "SegmentedStreams.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
 #include "Zorvane/ZVMediaInfo.hpp"
 
@@ -26,6 +27,8 @@ struct BundleReport {
     std::filesystem::path bundle;
     std::int64_t version = 0;
     std::vector<FileReport> files;
+    /// Segmented streams, which no manifest lists.
+    std::vector<StreamReport> streams;
     /// Media files that the manifest doesn't list.
     std::vector<std::string> unlisted;
 

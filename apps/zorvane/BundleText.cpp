@@ -53,6 +53,15 @@ void addFile(std::string& text, const FileReport& file) {
     }
 }
 
+void addStream(std::string& text, const StreamReport& stream) {
+    auto out = std::back_inserter(text);
+    fmt::format_to(out, "{} (stream): {}, {}{}\n", printable(stream.playlist), secondsText(stream.duration),
+                   countText(stream.segments, "segment"), stream.isEnded ? "" : ", without an end");
+    if (stream.lost > 0) {
+        fmt::format_to(out, "  {} could not be written\n", countText(stream.lost, "segment"));
+    }
+}
+
 }  // namespace
 
 std::string bundleText(const BundleReport& report) {
@@ -60,6 +69,9 @@ std::string bundleText(const BundleReport& report) {
         fmt::format("{}: {}\n", printable(report.bundle.string()), countText(report.files.size(), "file"));
     for (const FileReport& file : report.files) {
         addFile(text, file);
+    }
+    for (const StreamReport& stream : report.streams) {
+        addStream(text, stream);
     }
     for (const std::string& name : report.unlisted) {
         text += printable(name) + "\n  not in the manifest: it was cut off, and plays up to there\n";

@@ -41,6 +41,16 @@ class Info(CommandLineTest):
         self.assertIn("video h264", result.stdout)
         self.assertEqual(result.stderr, "")
 
+    def test_segmented_streams_are_told_with_what_they_lost(self):
+        bundle = self.bundle()
+        (bundle / "b.m3u8").write_text("#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=1\na.m3u8\n")
+        (bundle / "a.m3u8").write_text("#EXTM3U\n#EXTINF:6.000000,\n1.m4s\n#EXT-X-GAP\n#EXTINF:5.500000,\n2.m4s\n"
+                                       "#EXT-X-ENDLIST\n")
+        stream, = self.info_json(bundle, status=3)["streams"]
+        self.assertEqual(stream, {"playlist": "a.m3u8", "duration": 11.5, "segments": 1, "lost": 1, "ended": True})
+        text = self.run_program("info", bundle).stdout
+        self.assertIn("a.m3u8 (stream): 11.500 s, 1 segment\n  1 segment could not be written\n", text)
+
     def test_an_unknown_version_is_told_and_read_all_the_same(self):
         bundle = self.bundle()
         self.manifest(bundle, version=2)

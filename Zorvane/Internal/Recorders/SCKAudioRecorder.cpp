@@ -220,7 +220,8 @@ Task<SCContentFilter> createContentFilter(std::optional<std::vector<std::int32_t
                         fmt::join(listed, ", "));
         logger.error(message);
         throw ZVError::internalError(
-            message, fmt::format("No application to record is running as process {}.", fmt::join(listed, ", ")));
+            message, fmt::format("No application with a window or with sound is running as process {}.",
+                                 fmt::join(listed, ", ")));
     }
     SCContentFilter filter;
     filter.kind =
