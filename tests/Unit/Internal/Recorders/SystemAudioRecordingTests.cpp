@@ -69,7 +69,7 @@ TEST_F(SystemAudioRecordingTest, WhatCanNotBeRecordedIsToldBeforeAnyStreamExists
     const std::vector<std::int32_t> gone{7, 8};
     EXPECT_EQ(failureToPrepare({Item::systemAudio(gone)}),
               "internalError: SystemAudio: None of the includedProcessIds can be found, cannot record audio 7, 8 | "
-              "No application to record is running as process 7, 8.");
+              "No application with a window or with sound is running as process 7, 8.");
     record({Item::systemAudio({ZVSystemAudioExcludeOptions::processID(9)})}, 0.1);
     EXPECT_TRUE(log.has(ZVLogLevel::warning, "No running application has this process id, it is passed over.",
                         {{"processIDs", "9"}}));
