@@ -219,9 +219,9 @@ Task<SCContentFilter> createContentFilter(std::optional<std::vector<std::int32_t
             fmt::format("SystemAudio: None of the includedProcessIds can be found, cannot record audio {}",
                         fmt::join(listed, ", "));
         logger.error(message);
-        throw ZVError::internalError(
-            message, fmt::format("No application with a window or with sound is running as process {}.",
-                                 fmt::join(listed, ", ")));
+        throw ZVError::internalError(message,
+                                     fmt::format("No application with a window or with sound is running as process {}.",
+                                                 fmt::join(listed, ", ")));
     }
     SCContentFilter filter;
     filter.kind =

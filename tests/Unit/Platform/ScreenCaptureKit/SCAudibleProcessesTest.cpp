@@ -42,11 +42,14 @@ TEST(SCAudibleProcessesTest, AFilterSaysWhoseSoundIsHeard) {
         {"none of them is left", filter(includingApplications, {}), {.only = Processes{}, .except = {}}},
         {"crop", filter(excludingWindows, {}, windowOf(10)), {.only = Processes{10}, .except = {}}},
         {"crop of nobody's window", filter(excludingWindows, {}, SCWindow{}), {.only = Processes{}, .except = {}}},
-        {"crop of one that stays", filter(includingApplications, {10, 20}, windowOf(10)),
+        {"crop of one that stays",
+         filter(includingApplications, {10, 20}, windowOf(10)),
          {.only = Processes{10}, .except = {}}},
-        {"crop of one that doesn't", filter(includingApplications, {20}, windowOf(10)),
+        {"crop of one that doesn't",
+         filter(includingApplications, {20}, windowOf(10)),
          {.only = Processes{}, .except = {}}},
-        {"crop of one that is left out", filter(excludingApplications, {10}, windowOf(10)),
+        {"crop of one that is left out",
+         filter(excludingApplications, {10}, windowOf(10)),
          {.only = Processes{}, .except = {10}}},
     };
     for (const Case& each : cases) {
