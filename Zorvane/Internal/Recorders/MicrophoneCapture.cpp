@@ -44,7 +44,7 @@ std::shared_ptr<AVCaptureDevice> requireMicrophone(const std::string& microphone
         logger.error("Missing required microphone permission. See ZVAuthorizationStatus.");
         throw ZVError::badOperation("To record audio, microphone access is required. See ZVAuthorizationStatus.");
     }
-    const auto device = Platform::current()->captureDevices->deviceWithUniqueID(microphoneID);
+    auto device = Platform::current()->captureDevices->deviceWithUniqueID(microphoneID);
     if (!device) {
         throwMicrophoneNoAVCaptureDevice(microphoneID, logger);
         fail("Can't find audio device: " + microphoneID, logger);

@@ -94,7 +94,7 @@ std::exception_ptr SegmentedCoordinator::writeInitialization() {
     if (initialization_.empty()) {
         return nullptr;
     }
-    if (const std::exception_ptr error = write(initializationURL_, initialization_)) {
+    if (std::exception_ptr error = write(initializationURL_, initialization_)) {
         return error;
     }
     initialization_.clear();

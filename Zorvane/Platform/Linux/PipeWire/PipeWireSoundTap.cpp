@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <ctime>
+#include <iterator>
 #include <utility>
 
 #include "Zorvane/Platform/Foundation/NSError.hpp"
@@ -42,7 +43,8 @@ class LatencyOfNobody {
     LatencyOfNobody() {
         spa_latency_info latency;
         spa_latency_info_combine_start(&latency, SPA_DIRECTION_INPUT);
-        spa_pod_builder builder = SPA_POD_BUILDER_INIT(memory_.data(), static_cast<std::uint32_t>(memory_.size()));
+        spa_pod_builder builder;
+        spa_pod_builder_init(&builder, memory_.data(), static_cast<std::uint32_t>(memory_.size()));
         parameter_ = spa_latency_build(&builder, SPA_PARAM_Latency, &latency);
     }
 
@@ -129,7 +131,7 @@ std::unique_ptr<PipeWireProxy> PipeWireSoundTap::link(std::uint32_t outputPort, 
     const spa_dict_item items[] = {{PW_KEY_LINK_OUTPUT_PORT, output.c_str()},
                                    {PW_KEY_LINK_INPUT_PORT, input.c_str()},
                                    {PW_KEY_LINK_PASSIVE, side_ == Side::played ? "true" : "false"}};
-    const spa_dict properties = SPA_DICT_INIT_ARRAY(items);
+    const spa_dict properties{0, static_cast<std::uint32_t>(std::size(items)), items};
     return std::make_unique<PipeWireProxy>(
         pw_core_create_object(&core_, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties, 0));
 }
