@@ -4,6 +4,9 @@
 #include <cmath>
 #include <utility>
 
+#include "Zorvane/Platform/AVFoundation/AVError.hpp"
+#include "Zorvane/Platform/Foundation/NSError.hpp"
+
 namespace zorvane {
 namespace {
 
@@ -42,6 +45,11 @@ SoundIntake::SoundIntake(std::uint32_t channelCount, const AVAudioFormat& output
       silence_(silentFrames * channelCount) {}
 
 void SoundIntake::take(const SoundCycle& cycle, const SoundRing::Parts& frames, const PipeWireSoundDistance& distance) {
+    if (!(cycle.rate > 0) || !std::isfinite(cycle.rate)) {
+        last_.reset();
+        throw NSError(AVFoundationErrorDomain, AVErrorUnknown,
+                      {"PipeWire's clock tells no rate, so its sound has no place in time.", nullptr, {}});
+    }
     const Place place{cycle, zorvane::heardAt(cycle, distance)};
     if (fills_ && last_ && !isContinued(place)) {
         fillUntil(place.heardAt + lengthOf(2, rate_));  // to cut two frames of sound is better than to leave a rest
