@@ -72,7 +72,8 @@ void VirtualMicrophoneSource::listenTo(const AVAudioFormat& format) {
 }
 
 double VirtualMicrophoneSource::blockDuration(const VirtualMicrophone& microphone) const {
-    return static_cast<double>(block_.size() / sourceFormat_.bytesPerFrame()) / microphone.trueRate();
+    const std::size_t frames = block_.size() / sourceFormat_.bytesPerFrame();
+    return static_cast<double>(frames) / microphone.trueRate();
 }
 
 void VirtualMicrophoneSource::waitForBlock() {
