@@ -16,8 +16,8 @@ extern "C" const char* __tsan_default_suppressions() {
     // own client's. The loader frees under a lock of its own, which the checker doesn't see; PipeWire's parts are
     // loaded and unloaded on many threads.
     //
-    // An exception's owners are counted inside the C++ library, where the checker doesn't see it: who lets go of one last
-    // seems to free what others have read.
+    // An exception's owners are counted inside the C++ library, where the checker doesn't see it: who lets go of one
+    // last seems to free what others have read.
     //
     // libusbmuxd finds out the program's name, which is part of its messages, on first use and without a lock.
     return "race:libx264.so\n"
