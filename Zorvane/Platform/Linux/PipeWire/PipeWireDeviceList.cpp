@@ -38,27 +38,32 @@ void PipeWireDeviceList::waitForFirstUpdate(MutexLock& lock) {
 }
 
 void PipeWireDeviceList::update(const PipeWireSources& sources) {
-    std::vector<Listed> now = makeList(sources.sources);
-    std::vector<Listed> before;
-    {
-        const MutexLock lock(mutex_);
-        before = std::exchange(listed_, now);
-        defaultNodes_ = sources.defaultNodes;
-        isUpdated_ = true;
-    }
-    updated_.notify_all();
+    const std::vector<Listed> now = makeList(sources.sources);
+    const std::vector<Listed> before = listed();
     const auto isListed = [&now](const Listed& entry) {
         return std::ranges::find(now, entry.device, &Listed::device) != now.end();
     };
     for (const Listed& entry : before) {
         if (!isListed(entry)) {
-            entry.device->setGone();
+            entry.device->setGone();  // before the list lacks it: what isn't listed is never connected
         }
     }
+    {
+        const MutexLock lock(mutex_);
+        listed_ = now;
+        defaultNodes_ = sources.defaultNodes;
+        isUpdated_ = true;
+    }
+    updated_.notify_all();
     if (!std::ranges::equal(before, now, {}, &Listed::device, &Listed::device)) {
         observers_.notify();
     }
     updateObservers_.notify();
+}
+
+std::vector<PipeWireDeviceList::Listed> PipeWireDeviceList::listed() {
+    const MutexLock lock(mutex_);
+    return listed_;
 }
 
 std::vector<PipeWireDeviceList::Listed> PipeWireDeviceList::makeList(const std::vector<PipeWireSource>& sources) {

@@ -48,6 +48,7 @@ class PipeWireDeviceList {
     };
 
     void waitForFirstUpdate(MutexLock& lock) ZV_REQUIRES(mutex_);
+    std::vector<Listed> listed();
     std::vector<Listed> makeList(const std::vector<PipeWireSource>& sources);
     std::shared_ptr<PipeWireCaptureDevice> deviceFor(PipeWireDeviceDescription description);
 
