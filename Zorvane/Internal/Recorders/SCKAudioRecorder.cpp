@@ -29,11 +29,6 @@ void requireScreenCapturePermission(const Logger& logger) {
     }
 }
 
-ZVError noAudioError() {
-    return ZVError::internalError("No audio samples received from system audio.",
-                                  "No audio from system audio. If this problem persists, try rebooting your computer.");
-}
-
 bool isOfApplications(const SCContentFilter& filter) {
     return filter.kind == SCContentFilterKind::includingApplications;
 }
@@ -167,7 +162,7 @@ Task<> SCKAudioRecorder::prepare() {
     logger_.trace("Preparing.");
     co_await startCapture(*stream_, logger_);
     try {
-        co_await coordinator_->path->waitForSample(firstSampleTimeout, noAudioError());
+        co_await coordinator_->path->waitForSample(firstSampleTimeout, noSystemAudioError());
     } catch (const ZVCancelled&) {
         throw;
     } catch (...) {

@@ -24,11 +24,6 @@ ZVError noVideoError() {
                                   "computer.");
 }
 
-ZVError noAudioError() {
-    return ZVError::internalError("No audio samples received from system audio.",
-                                  "No audio from system audio. If this problem persists, try rebooting your computer.");
-}
-
 /// The sample's time on the host clock: that of its arrival when the stream has no clock to convert from.
 CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const SCStream& stream) {
     const CMClock* clock = stream.synchronizationClock();
@@ -89,7 +84,7 @@ void ScreenStreamCoordinator::connectHandlers() {
 Task<> ScreenStreamCoordinator::waitForSampleBuffers() {
     co_await videoPrepareAdaptor_.waitForItem(firstSampleTimeout, std::make_exception_ptr(noVideoError()));
     if (audioPath_) {
-        co_await audioPath_->waitForSample(firstSampleTimeout, noAudioError());
+        co_await audioPath_->waitForSample(firstSampleTimeout, noSystemAudioError());
     }
 }
 

@@ -5,7 +5,6 @@
 #include "Zorvane/Internal/Concurrency/Continuation.hpp"
 #include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
-#include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 namespace {
@@ -47,6 +46,11 @@ StopErrorHandler makeStopErrorHandler(const Logger& logger, const AbortHandler& 
             onAbort(AbortSignal::interrupted(error));
         }
     };
+}
+
+ZVError noSystemAudioError() {
+    return ZVError::internalError("No audio samples received from system audio.",
+                                  "No audio from system audio. If this problem persists, try rebooting your computer.");
 }
 
 Task<> startCapture(SCStream& stream, Logger logger) {

@@ -9,6 +9,7 @@
 #include "Zorvane/Internal/Concurrency/Task.hpp"
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
+#include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 
@@ -17,6 +18,9 @@ using StopErrorHandler = std::function<void(std::exception_ptr error)>;
 
 /// Passes the end of a stream on as an abort, and sorts a stop that the user asked for from an interruption.
 StopErrorHandler makeStopErrorHandler(const Logger& logger, const AbortHandler& onAbort);
+
+/// A stream was to give sound, and none has come.
+ZVError noSystemAudioError();
 
 /// Ends when the stream runs. Logs and throws why it doesn't; throws `ZVCancelled`. The stream outlives the task.
 Task<> startCapture(SCStream& stream, Logger logger);

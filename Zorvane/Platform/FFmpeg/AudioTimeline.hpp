@@ -16,7 +16,7 @@ namespace zorvane {
 /// says so to within a millisecond: times come rounded, in the coarsest case to milliseconds, and a cut or a piece of
 /// silence would be heard as a click, while a displacement of a millisecond can't be seen against the picture. It can't
 /// grow: it is measured against the session's start. A block that begins later than that starts a new run, in its
-/// place. Of a block that begins earlier, the part that overlaps is left out; nothing lies before the session's start.
+/// place. Of a block that begins earlier, what overlaps is left out; nothing lies before the session's start.
 class AudioTimeline {
   public:
     /// `sampleRate` is the track's.
