@@ -18,6 +18,7 @@
 #include "Zorvane/ZVBundleInfo.hpp"
 #include "Zorvane/ZVColorSpace.hpp"
 #include "Zorvane/ZVError.hpp"
+#include "Zorvane/ZVInputEvent.hpp"
 #include "Zorvane/ZVLogger.hpp"
 #include "Zorvane/ZVMainExecutor.hpp"
 #include "Zorvane/ZVMediaInfo.hpp"
@@ -31,3 +32,4 @@
 #include "Zorvane/ZVSoundLevel.hpp"
 #include "Zorvane/ZVTime.hpp"
 #include "Zorvane/ZVVersion.hpp"
+#include "Zorvane/ZVWindowPresence.hpp"

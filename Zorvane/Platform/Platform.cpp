@@ -30,6 +30,10 @@ std::shared_ptr<const Platform> completed(Platform platform) {
     fillIn(platform.displays, standard.displays);
     fillIn(platform.windowList, standard.windowList);
     fillIn(platform.workspace, standard.workspace);
+    fillIn(platform.events, standard.events);
+    fillIn(platform.eventMonitors, standard.eventMonitors);
+    fillIn(platform.cursors, standard.cursors);
+    fillIn(platform.displayLinks, standard.displayLinks);
     fillIn(platform.userDefaults, standard.userDefaults);
     fillIn(platform.captureAccess, standard.captureAccess);
     fillIn(platform.captureDevices, standard.captureDevices);

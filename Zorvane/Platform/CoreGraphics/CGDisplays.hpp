@@ -36,6 +36,7 @@ struct CGDisplayMode {
     std::uint32_t height = 0;
     std::uint32_t pixelWidth = 0;
     std::uint32_t pixelHeight = 0;
+    double refreshRate = 0;  ///< Hz; 0 when unknown
 };
 
 /// What a reconfiguration did to a display; bits.

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Zorvane/Platform/CoreGraphics/CGGeometry.hpp"
+#include "Zorvane/Platform/Foundation/NSKeyValueObservation.hpp"
 
 namespace zorvane {
 
@@ -53,6 +55,13 @@ class CGWindowList {
     /// The windows among `ids` that exist, in the order of `ids`. Costs about as many questions as there are ids,
     /// however many windows the desktop has.
     virtual std::vector<CGWindowDescription> createDescriptionFromArray(const std::vector<CGWindowID>& ids) = 0;
+
+    /// Calls `handler` after each change of any window that the answers above would show, on any thread; many changes
+    /// at once may give one call. The handler only signals.
+    virtual NSKeyValueObservation observe(std::function<void()> handler) {
+        static_cast<void>(handler);
+        return {};
+    }
 };
 
 }  // namespace zorvane

@@ -136,7 +136,8 @@ std::optional<CGDisplayMode> VirtualDisplay::mode() const {
         return std::nullopt;
     }
     return CGDisplayMode{static_cast<std::uint32_t>(frame.size.width), static_cast<std::uint32_t>(frame.size.height),
-                         static_cast<std::uint32_t>(pixelWidth()), static_cast<std::uint32_t>(pixelHeight())};
+                         static_cast<std::uint32_t>(pixelWidth()), static_cast<std::uint32_t>(pixelHeight()),
+                         refreshRate};
 }
 
 const VirtualScene::Panel* VirtualScene::find(CGDirectDisplayID displayID) const {

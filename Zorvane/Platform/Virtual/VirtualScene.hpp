@@ -21,6 +21,7 @@ struct VirtualDisplay {
     std::optional<std::string> name = "Virtual Display";
     CGRect frame = CGRect::make(0, 0, 1920, 1080);  ///< points, global coordinates
     std::optional<std::uint32_t> scale = 1;         ///< pixels per point; absent: the display tells no mode, and has 2
+    double refreshRate = 60;                        ///< Hz
     VirtualScreen::Gamut gamut = VirtualScreen::Gamut::standard;
     bool isBuiltIn = false;         ///< goes away when the lid is closed
     CGDirectDisplayID mirrors = 0;  ///< the display that this one mirrors, 0 for none

@@ -81,7 +81,8 @@ std::optional<CGDisplayMode> X11Displays::displayMode(CGDirectDisplayID displayI
     }
     const auto width = static_cast<std::uint32_t>(display->bounds.size.width);
     const auto height = static_cast<std::uint32_t>(display->bounds.size.height);
-    return CGDisplayMode{.width = width, .height = height, .pixelWidth = width, .pixelHeight = height};
+    return CGDisplayMode{
+        .width = width, .height = height, .pixelWidth = width, .pixelHeight = height, .refreshRate = 0};
 }
 
 void X11Displays::registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {
