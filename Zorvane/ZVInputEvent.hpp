@@ -85,6 +85,14 @@ enum class ZVKeyboardKeyType : std::uint8_t {
     f19,
 };
 
+/// The name of a case, as it stands in JSON.
+std::string_view rawValue(ZVInputModifier modifier);
+std::string_view rawValue(ZVMouseEventType type);
+std::string_view rawValue(ZVMouseButton button);
+std::string_view rawValue(ZVKeyboardEventType type);
+std::string_view rawValue(ZVCursorType type);
+std::string_view rawValue(ZVKeyboardKeyType type);
+
 /// What to show for a key, such as "return" and its sign "⏎"; "□" for a key of text.
 std::string_view title(ZVKeyboardKeyType keyType);
 std::string_view symbol(ZVKeyboardKeyType keyType);
