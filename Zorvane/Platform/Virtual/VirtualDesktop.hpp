@@ -16,6 +16,8 @@
 #include "Zorvane/Platform/CoreGraphics/CGError.hpp"
 #include "Zorvane/Platform/Foundation/HostClock.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
+#include "Zorvane/Platform/Virtual/VirtualHandlers.hpp"
+#include "Zorvane/Platform/Virtual/VirtualInput.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMachine.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScene.hpp"
 #include "Zorvane/Platform/Virtual/VirtualSceneChange.hpp"
@@ -83,6 +85,7 @@ struct VirtualConditions {
 struct VirtualDesktopState {
     VirtualScene scene;
     VirtualConditions conditions;
+    VirtualInput input;
     VirtualSound sound;
     VirtualMachine machine;
     int contentRequests = 0;  ///< so far
@@ -100,6 +103,9 @@ class VirtualDisplayObserver {
     /// Null: there is sound again.
     virtual void soundInterrupted(std::exception_ptr reason) = 0;
 };
+
+/// Who hears of mouse and keyboard.
+using VirtualEventHandlers = VirtualHandlers<const CGEvent&>;
 
 /// A script says what happens when, one line per event:
 ///
@@ -141,6 +147,7 @@ class VirtualDesktop final : public std::enable_shared_from_this<VirtualDesktop>
     /// Changes the scene and tells who wants to hear of it.
     void changeScene(const std::function<void(VirtualScene&)>& change);
     const VirtualSceneHandlers& sceneHandlers() const { return sceneHandlers_; }
+    const std::shared_ptr<VirtualEventHandlers>& eventHandlers() const { return eventHandlers_; }
 
     void add(std::weak_ptr<VirtualDisplayObserver> observer);
     std::vector<std::shared_ptr<VirtualDisplayObserver>> observers(CGDirectDisplayID displayID);
@@ -152,6 +159,7 @@ class VirtualDesktop final : public std::enable_shared_from_this<VirtualDesktop>
     const std::chrono::nanoseconds origin_;
     const std::shared_ptr<Executor> script_;  // a strand: keeps what is due together in order
     const VirtualSceneHandlers sceneHandlers_;
+    const std::shared_ptr<VirtualEventHandlers> eventHandlers_ = std::make_shared<VirtualEventHandlers>();
     const std::shared_ptr<VirtualCaptureDevices> captureDevices_;  // with a lock of its own
     Mutex mutex_;
     VirtualDesktopState state_ ZV_GUARDED_BY(mutex_);

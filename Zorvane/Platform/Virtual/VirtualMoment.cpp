@@ -120,7 +120,8 @@ const VirtualMoment& VirtualMoment::animate(CGDirectDisplayID displayID, const V
 }
 
 const VirtualMoment& VirtualMoment::movePointer(std::optional<CGPoint> position) const {
-    return changePicture([position](VirtualScene& scene) { scene.pointer = position; });
+    changePicture([position](VirtualScene& scene) { scene.pointer = position; });
+    return position ? changeInput([](const VirtualInput& input) { return input.movePointer(); }) : *this;
 }
 
 const VirtualMoment& VirtualMoment::putDisplay(const VirtualDisplay& display) const {

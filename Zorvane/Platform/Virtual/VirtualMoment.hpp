@@ -42,8 +42,26 @@ class VirtualMoment {
     const VirtualMoment& showFrame(CGDirectDisplayID displayID, std::uint32_t number) const;
     /// Test patterns from number 0 on, beginning at this moment.
     const VirtualMoment& animate(CGDirectDisplayID displayID, const VirtualAnimation& animation) const;
-    /// Nothing hides the pointer.
+    /// Nothing hides the pointer; all else is an event, a drag while a button is held.
     const VirtualMoment& movePointer(std::optional<CGPoint> position) const;
+
+    // Mouse and keyboard. Each of these words is an event.
+    /// Numbers as in `CGEvent::mouseButtonNumber`.
+    const VirtualMoment& pressButton(std::int64_t number = 0) const;
+    const VirtualMoment& releaseButton(std::int64_t number = 0) const;
+    /// A key that is held already repeats.
+    const VirtualMoment& pressKey(VirtualKey key) const;
+    const VirtualMoment& releaseKey(VirtualKey key) const;
+    const VirtualMoment& setFlags(CGEventFlags flags) const;
+    /// Tells listeners of this event, just as it is.
+    const VirtualMoment& tellEvent(CGEvent event) const;
+    /// Taps end, with this as their last event.
+    const VirtualMoment& disableTaps(CGEventType reason) const;
+    /// Listeners hear of events that happen from here on so much later.
+    const VirtualMoment& delayEvents(double seconds) const;
+    /// New taps, or new monitors, can't be made; nothing mends it.
+    const VirtualMoment& failTaps(VirtualListeningFailure failure) const;
+    const VirtualMoment& failMonitors(VirtualListeningFailure failure) const;
 
     // Displays.
     /// A new display, or the same one with another mode, place or name; its screen is black.
@@ -140,6 +158,8 @@ class VirtualMoment {
     const VirtualMoment& changeWindow(std::uint32_t windowID, std::function<void(SCWindow&)> change) const;
     /// As `changeScene`, and tells streams of all displays that their picture has changed.
     const VirtualMoment& changePicture(std::function<void(VirtualScene&)> change) const;
+    /// Tells listeners of the event that `happen` gives, at the pointer's place and the present time.
+    const VirtualMoment& changeInput(std::function<CGEvent(VirtualInput&)> happen) const;
     const VirtualMoment& setSoundInterruption(std::exception_ptr reason) const;
     const VirtualMoment& changeDevices(std::function<void(VirtualCaptureDevices&)> change) const;
 

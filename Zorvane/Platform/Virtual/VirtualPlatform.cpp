@@ -6,6 +6,7 @@
 #include "Zorvane/Platform/Virtual/VirtualCaptureAccess.hpp"
 #include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDisplays.hpp"
+#include "Zorvane/Platform/Virtual/VirtualEvents.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMachine.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMediaWriting.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
@@ -48,6 +49,8 @@ Platform makeVirtualPlatform(std::shared_ptr<VirtualDesktop> desktop, std::share
     platform.platformExpert = std::make_shared<VirtualPlatformExpert>(desktop);
     platform.windowList = std::make_shared<VirtualWindowList>(desktop);
     platform.workspace = std::make_shared<VirtualWorkspace>(desktop);
+    platform.events = std::make_shared<VirtualEvents>(desktop);
+    platform.eventMonitors = std::make_shared<VirtualEventMonitors>(desktop);
     platform.userDefaults = std::make_shared<VirtualUserDefaults>();
     platform.screenCapture = std::make_shared<VirtualScreenCapture>(desktop);
     platform.mediaWriting = mediaWriting ? std::move(mediaWriting) : VirtualMediaWriting::make(desktop->clock());
