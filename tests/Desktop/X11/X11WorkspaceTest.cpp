@@ -65,17 +65,23 @@ TEST_F(X11WorkspaceTest, OneThatIsNotInstalledIsCalledLikeItsWindows) {
 }
 
 TEST_F(X11WorkspaceTest, ObserversAreToldWithoutAsking) {
-    std::atomic<int> ofFrontmost = 0;
-    std::atomic<int> ofRunning = 0;
-    auto frontmost = workspace().observeFrontmostApplication([&] { ++ofFrontmost; });
-    auto running = workspace().observeRunningApplications([&] { ++ofRunning; });
-    waitUntil([&] { return ofFrontmost > 0 && ofRunning > 0; });  // what was before the connection, nobody knows
+    std::atomic<bool> isConnected = false;
+    const auto connected = workspace().observeFrontmostApplication([&] { isConnected = true; });
+    waitUntil([&] { return isConnected.load(); });  // what was before the connection, nobody knows
+    EXPECT_FALSE(workspace().frontmostApplication());
 
-    const auto first = makeActiveWindow("One");
-    waitUntil([&] { return workspace().frontmostApplication() && ofFrontmost > 1 && ofRunning > 1; });
+    // One thread tells them, in this order: who hears of the frontmost one has heard of what happened before it.
+    std::atomic<int> ofRunning = 0;
+    std::atomic<int> ofFrontmost = 0;
+    const auto running = workspace().observeRunningApplications([&] { ++ofRunning; });
+    const auto frontmost = workspace().observeFrontmostApplication([&] { ++ofFrontmost; });
+    const auto window = makeActiveWindow("One");
+    waitUntil([&] { return workspace().frontmostApplication() && ofFrontmost > 0; });
+    EXPECT_GT(ofRunning, 0);
+
     const int runningBefore = ofRunning;
     const int frontmostBefore = ofFrontmost;
-    client_.setNumbers(0, "_NET_ACTIVE_WINDOW", "WINDOW", {first});
+    client_.setNumbers(0, "_NET_ACTIVE_WINDOW", "WINDOW", {window});
     waitUntil([&] { return ofFrontmost > frontmostBefore; });
     EXPECT_EQ(ofRunning, runningBefore);
 
