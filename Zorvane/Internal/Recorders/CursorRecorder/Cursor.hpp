@@ -1,6 +1,7 @@
 // A cursor's lasting identity.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,12 @@ struct Cursor {
 
         /// That of no cursor.
         static const Shape invalid;
+
+        static Shape of(const NSCursor& cursor) { return {cursor.hotSpot, cursor.size}; }
+    };
+
+    struct ShapeHash {
+        std::size_t operator()(const Shape& shape) const noexcept;
     };
 
     /// A cursor that isn't one of the desktop's: its id is "custom-" and the SHA-1 of its image.
