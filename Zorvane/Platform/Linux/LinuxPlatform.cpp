@@ -16,6 +16,7 @@
 #include "Zorvane/Platform/Linux/System/MachineModel.hpp"
 #include "Zorvane/Platform/Linux/System/UserDefaults.hpp"
 #include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
+#include "Zorvane/Platform/Linux/X11/Input/X11Events.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
 #include "Zorvane/Platform/Linux/X11/X11ScreenCapture.hpp"
 #include "Zorvane/Platform/Linux/X11/X11WindowList.hpp"
@@ -43,6 +44,8 @@ Platform makeLinuxPlatform() {
     platform.workspace = std::make_shared<X11Workspace>(desktop, catalog, session, readImageFile);
     platform.screenCapture = std::make_shared<LinuxScreenCapture>(std::make_shared<X11ScreenCapture>(session, catalog),
                                                                   pipeWire, platform.audioConverting, catalog);
+    platform.events = std::make_shared<X11Events>(session);
+    platform.eventMonitors = std::make_shared<X11EventMonitors>(platform.events);
     platform.mediaWriting = std::make_shared<FFmpegMediaWriting>();
     platform.mediaReading = std::make_shared<FFmpegMediaReader>();
     return platform;

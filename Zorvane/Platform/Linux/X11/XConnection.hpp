@@ -20,6 +20,7 @@ namespace zorvane {
 /// fault, or one of those below.
 inline constexpr std::string_view X11ErrorDomain = "X11ErrorDomain";
 inline constexpr std::int64_t X11NoAnswerError = -1;
+inline constexpr std::int64_t X11MissingExtensionError = -2;
 
 /// What a server is given to answer before it counts as hanging, where nobody else can end the wait.
 inline constexpr std::chrono::milliseconds longestXAnswer{3500};

@@ -3,6 +3,7 @@
 #include <xcb/composite.h>
 #include <xcb/damage.h>
 #include <xcb/randr.h>
+#include <xcb/record.h>
 #include <xcb/render.h>
 #include <xcb/res.h>
 #include <xcb/shape.h>
@@ -47,8 +48,8 @@ XExtension negotiateOne(xcb_connection_t* connection, xcb_extension_t& extension
 }
 
 void prefetch(xcb_connection_t* connection) {
-    for (xcb_extension_t* extension : {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_render_id, &xcb_res_id,
-                                       &xcb_shape_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_input_id}) {
+    for (xcb_extension_t* extension : {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_record_id, &xcb_render_id,
+                                       &xcb_res_id, &xcb_shape_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_input_id}) {
         xcb_prefetch_extension_data(connection, extension);
     }
 }
@@ -74,6 +75,10 @@ XExtensions XExtensions::negotiate(xcb_connection_t* c) {
     offered.randr = negotiateOne(c, xcb_randr_id, [c] {
         const auto query = xcb_randr_query_version(c, XCB_RANDR_MAJOR_VERSION, XCB_RANDR_MINOR_VERSION);
         return XReply<xcb_randr_query_version_reply_t>(xcb_randr_query_version_reply(c, query, nullptr));
+    });
+    offered.record = negotiateOne(c, xcb_record_id, [c] {
+        const auto query = xcb_record_query_version(c, XCB_RECORD_MAJOR_VERSION, XCB_RECORD_MINOR_VERSION);
+        return XReply<xcb_record_query_version_reply_t>(xcb_record_query_version_reply(c, query, nullptr));
     });
     offered.render = negotiateOne(c, xcb_render_id, [c] {
         const auto query = xcb_render_query_version(c, XCB_RENDER_MAJOR_VERSION, XCB_RENDER_MINOR_VERSION);

@@ -25,6 +25,7 @@ struct XExtensions {
     XExtension composite;
     XExtension damage;
     XExtension randr;
+    XExtension record;
     XExtension render;
     XExtension resources;
     XExtension shape;

@@ -1,0 +1,40 @@
+// Mouse and keyboard of an X session.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "Zorvane/Platform/AppKit/NSEvents.hpp"
+#include "Zorvane/Platform/CoreGraphics/CGEvents.hpp"
+
+namespace zorvane {
+
+class XSession;
+
+/// `CGEvents` on the RECORD extension, which needs no permission but the connection.
+class X11Events final : public CGEvents {
+  public:
+    explicit X11Events(std::shared_ptr<XSession> session) : session_(std::move(session)) {}
+
+    /// One round trip. Of the buttons that the core protocol tells of: primary, secondary and center.
+    std::optional<CGEvent> create() override;
+    std::unique_ptr<CGEventListener> tapCreate(CGEventMask eventsOfInterest, CGEventHandler handler) override;
+
+  private:
+    const std::shared_ptr<XSession> session_;
+};
+
+/// `NSEvents` on the same. A client of an X server can't tell its own events from those of others, so the global
+/// monitor hears them all, and the local one nothing.
+class X11EventMonitors final : public NSEvents {
+  public:
+    explicit X11EventMonitors(std::shared_ptr<CGEvents> events) : events_(std::move(events)) {}
+
+    std::unique_ptr<CGEventListener> addGlobalMonitor(NSEventMask mask, CGEventHandler handler) override;
+    std::unique_ptr<CGEventListener> addLocalMonitor(NSEventMask mask, CGEventHandler handler) override;
+
+  private:
+    const std::shared_ptr<CGEvents> events_;
+};
+
+}  // namespace zorvane
