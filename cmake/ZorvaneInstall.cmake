@@ -21,7 +21,7 @@ if(NOT BUILD_SHARED_LIBS)
   set(zorvane_pc_requires fmt ${zorvane_ffmpeg_modules} ${zorvane_xcb_modules} ${zorvane_systemd_modules}
       ${zorvane_phone_modules} ${zorvane_pipewire_modules})
   list(JOIN zorvane_pc_requires " " zorvane_pc_requires)
-  set(zorvane_pc_libs "-lyuv -lstdc++ -pthread")
+  set(zorvane_pc_libs "-lyuv -lunistring -lstdc++ -pthread")
 endif()
 configure_file(cmake/zorvane.pc.in zorvane.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zorvane.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
