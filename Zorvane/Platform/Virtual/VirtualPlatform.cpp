@@ -11,6 +11,7 @@
 #include "Zorvane/Platform/Virtual/VirtualMediaWriting.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScreenCapture.hpp"
+#include "Zorvane/Platform/Virtual/VirtualUser.hpp"
 #include "Zorvane/Platform/Virtual/VirtualUserDefaults.hpp"
 #include "Zorvane/Platform/Virtual/VirtualWindowList.hpp"
 #include "Zorvane/Platform/Virtual/VirtualWorkspace.hpp"
@@ -34,6 +35,7 @@ Platform makeVirtualPlatform() {
         .plugDevice(VirtualDevice::camera("virtual.camera", "Virtual Camera"))
         .plugDevice(VirtualDevice::microphone("virtual.microphone", "Virtual Microphone"))
         .playToMicrophone("virtual.microphone", 330);
+    playUser(*desktop);
     Platform platform = makeVirtualPlatform(std::move(desktop));
     platform.mediaWriting = nullptr;  // the default one, which writes files
     return platform;
