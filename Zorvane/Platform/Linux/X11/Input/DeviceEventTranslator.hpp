@@ -3,10 +3,11 @@
 
 #include <chrono>
 #include <optional>
+#include <utility>
 
 #include "Zorvane/Platform/CoreGraphics/CGEvent.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/DeviceEvent.hpp"
-#include "Zorvane/Platform/Linux/X11/Input/ModifierMap.hpp"
+#include "Zorvane/Platform/Linux/X11/Input/Keyboard.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/MouseButtons.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/ServerTime.hpp"
 
@@ -16,15 +17,20 @@ namespace zorvane {
 /// One thread.
 class DeviceEventTranslator {
   public:
-    explicit DeviceEventTranslator(ServerTime serverTime) : serverTime_(serverTime) {}
+    DeviceEventTranslator(ServerTime serverTime, Keyboard keyboard)
+        : serverTime_(serverTime), keyboard_(std::move(keyboard)) {}
 
-    /// Nothing for what is no event of the library's: the wheel, and modifiers that it doesn't know.
+    Keyboard& keyboard() { return keyboard_; }
+
+    /// Nothing for what is no event of the library's: the wheel, and modifier keys that change none of its modifiers.
     std::optional<CGEvent> translate(const DeviceEvent& event, std::chrono::nanoseconds now);
 
   private:
+    std::optional<CGEvent> translateMouse(const DeviceEvent& event);
+
     ServerTime serverTime_;
     MouseButtons buttons_;
-    ModifierMap modifiers_;
+    Keyboard keyboard_;
 };
 
 }  // namespace zorvane

@@ -37,7 +37,10 @@ X11EventListener::X11EventListener(std::shared_ptr<XConnection> control, std::sh
       data_(std::move(data)),
       stream_(control_, data_),
       watch_(control_),
-      translator_(stream_.serverTime()) {
+      keyboardWatch_(control_),
+      translator_(stream_.serverTime(),
+                  Keyboard(keyboardWatch_.readLayout(), KeyComposer::ofUser(), keyboardWatch_.readHeldKeys())) {
+    control_->requireAlive();
     watch_.arm();
     thread_ = std::thread([this] { run(); });
 }
@@ -71,7 +74,7 @@ void X11EventListener::run() {
     for (bool isEnd = false; !isEnd;) {
         waitForInput();
         const RecordedInput input = stream_.take();
-        takeControlEvents();
+        followKeyboard();
         deliver(input);
         pace(!input.events.empty() || std::exchange(isInputNoticed_, false));
         confirm(input.marks);
@@ -95,6 +98,18 @@ void X11EventListener::waitForInput() const {
 void X11EventListener::takeControlEvents() {
     while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(control_->get())}) {
         isInputNoticed_ |= event->response_type == XCB_GE_GENERIC;
+        keyboardWatch_.note(*event);
+    }
+}
+
+/// The answers of a reading bring further events in, which don't wake the thread.
+void X11EventListener::followKeyboard() {
+    takeControlEvents();
+    while (const auto change = keyboardWatch_.takeChange()) {
+        if (auto layout = keyboardWatch_.readLayout()) {
+            translator_.keyboard().replaceLayout(std::move(layout), *change);
+        }
+        takeControlEvents();
     }
 }
 

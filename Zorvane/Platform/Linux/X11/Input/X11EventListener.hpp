@@ -12,6 +12,7 @@
 #include "Zorvane/Platform/Linux/X11/Input/DeliveryPacer.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/DeviceEventTranslator.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/InputWatch.hpp"
+#include "Zorvane/Platform/Linux/X11/Input/KeyboardWatch.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/RecordStream.hpp"
 
 namespace zorvane {
@@ -34,6 +35,7 @@ class X11EventListener final : public CGEventListener {
   private:
     void run();
     void takeControlEvents();
+    void followKeyboard();
     void deliver(const RecordedInput& input);
     void waitForInput() const;
     void pace(bool isHeard);
@@ -48,6 +50,7 @@ class X11EventListener final : public CGEventListener {
     // The thread's
     RecordStream stream_;
     InputWatch watch_;
+    KeyboardWatch keyboardWatch_;
     DeviceEventTranslator translator_;
     DeliveryPacer pacer_;
     bool isInputNoticed_ = false;
