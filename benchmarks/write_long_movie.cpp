@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
-#include "Zorvane/Platform/FFmpeg/PosixOutputFile.hpp"
+#include "Zorvane/Platform/Foundation/OutputFile.hpp"
 
 namespace {
 
@@ -118,7 +118,7 @@ double finish(AVAssetWriter& writer) {
 void writeMovie(const char* path) {
     FFmpegWriterParts parts;
     parts.makeFile = [](const std::filesystem::path& file) {
-        return std::make_unique<CountedFile>(makePosixOutputFile(file));
+        return std::make_unique<CountedFile>(makeOutputFile(file));
     };
     FFmpegMediaWriting writing(std::move(parts));
     const auto writer = writing.makeAssetWriter(path, AVFileType::quickTimeMovie);

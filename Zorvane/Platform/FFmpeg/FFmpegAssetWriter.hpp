@@ -12,9 +12,9 @@
 
 #include "Zorvane/Platform/AVFoundation/AVAssetSegment.hpp"
 #include "Zorvane/Platform/AVFoundation/AVAssetWriter.hpp"
-#include "Zorvane/Platform/FFmpeg/OutputFile.hpp"
 #include "Zorvane/Platform/FFmpeg/WriterQueue.hpp"
 #include "Zorvane/Platform/Foundation/HostClock.hpp"
+#include "Zorvane/Platform/Foundation/OutputFile.hpp"
 
 namespace zorvane {
 

@@ -4,7 +4,7 @@
 
 #include "Zorvane/Platform/FFmpeg/FFmpegLog.hpp"
 #include "Zorvane/Platform/FFmpeg/OutputSettingsPresets.hpp"
-#include "Zorvane/Platform/FFmpeg/PosixOutputFile.hpp"
+#include "Zorvane/Platform/Foundation/OutputFile.hpp"
 #include "Zorvane/Platform/Platform.hpp"
 
 namespace zorvane {
@@ -12,7 +12,7 @@ namespace {
 
 FFmpegWriterParts completed(FFmpegWriterParts parts) {
     if (!parts.makeFile) {
-        parts.makeFile = makePosixOutputFile;
+        parts.makeFile = makeOutputFile;
     }
     return parts;
 }

@@ -12,7 +12,7 @@
 #include "Zorvane/Platform/FFmpeg/MediaFile.hpp"
 #include "Zorvane/Platform/FFmpeg/MovieTrack.hpp"
 #include "Zorvane/Platform/FFmpeg/Muxer.hpp"
-#include "Zorvane/Platform/FFmpeg/OutputFile.hpp"
+#include "Zorvane/Platform/Foundation/OutputFile.hpp"
 
 namespace zorvane {
 

@@ -10,8 +10,8 @@
 #include <span>
 #include <vector>
 
-#include "Zorvane/Platform/FFmpeg/OutputFile.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Foundation/OutputFile.hpp"
 
 namespace zorvane::testing {
 

@@ -1,10 +1,8 @@
-#include "Zorvane/Platform/FFmpeg/PosixOutputFile.hpp"
+#include "Zorvane/Platform/Foundation/OutputFile.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <csignal>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -12,11 +10,12 @@
 
 #include "WriterBench.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "tests/Support/FileSizeLimit.hpp"
 
 namespace zorvane::testing {
 namespace {
 
-class PosixOutputFileTest : public ::testing::Test {
+class OutputFileTest : public ::testing::Test {
   protected:
     void SetUp() override {
         std::string pattern = ::testing::TempDir() + "zorvane-file-XXXXXX";
@@ -36,26 +35,8 @@ class PosixOutputFileTest : public ::testing::Test {
     std::filesystem::path directory_;
 };
 
-/// No file of this process may grow beyond some size.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{size, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
-
-TEST_F(PosixOutputFileTest, GrowsAtItsEndAndIsItsOwnersAlone) {
-    const auto file = makePosixOutputFile(path());
+TEST_F(OutputFileTest, GrowsAtItsEndAndIsItsOwnersAlone) {
+    const auto file = makeOutputFile(path());
     file->append(bytes("abcdef"));
     file->append(bytes("gh"));
     file->overwrite(1, bytes("XY"));
@@ -70,10 +51,10 @@ TEST_F(PosixOutputFileTest, GrowsAtItsEndAndIsItsOwnersAlone) {
     EXPECT_EQ(status.st_mode & 0777, 0600U);
 }
 
-TEST_F(PosixOutputFileTest, NeverTouchesAFileThatExists) {
+TEST_F(OutputFileTest, NeverTouchesAFileThatExists) {
     std::ofstream(path()) << "mine";
     try {
-        makePosixOutputFile(path());
+        makeOutputFile(path());
         FAIL() << "created over an existing file";
     } catch (const NSError& error) {
         EXPECT_EQ(error.domain(), NSPOSIXErrorDomain);
@@ -83,8 +64,8 @@ TEST_F(PosixOutputFileTest, NeverTouchesAFileThatExists) {
     EXPECT_EQ(content(), "mine");
 }
 
-TEST_F(PosixOutputFileTest, RefusedWriteIsAnErrorThatNamesTheFile) {
-    const auto file = makePosixOutputFile(path());
+TEST_F(OutputFileTest, RefusedWriteIsAnErrorThatNamesTheFile) {
+    const auto file = makeOutputFile(path());
     const FileSizeLimit limit(8);
     try {
         file->append(bytes("more than eight"));
@@ -95,7 +76,7 @@ TEST_F(PosixOutputFileTest, RefusedWriteIsAnErrorThatNamesTheFile) {
     }
 }
 
-TEST_F(PosixOutputFileTest, MovieIsWhatAnIndependentProgramSaysItIs) {
+TEST_F(OutputFileTest, MovieIsWhatAnIndependentProgramSaysItIs) {
     if (std::system("command -v ffprobe > /dev/null 2>&1") != 0) {
         GTEST_SKIP() << "ffprobe is not installed";
     }

@@ -1,4 +1,4 @@
-#include "Zorvane/Platform/FFmpeg/PosixOutputFile.hpp"
+#include "Zorvane/Platform/Foundation/OutputFile.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -89,7 +89,7 @@ class PosixOutputFile final : public OutputFile {
 
 }  // namespace
 
-std::unique_ptr<OutputFile> makePosixOutputFile(const std::filesystem::path& path) {
+std::unique_ptr<OutputFile> makeOutputFile(const std::filesystem::path& path) {
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (descriptor < 0) {
         throw fileError(errno, "create", path.string());

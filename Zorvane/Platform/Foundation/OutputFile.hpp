@@ -1,4 +1,4 @@
-// The file that a movie is written to.
+// A file that a recording is written to.
 #pragma once
 
 #include <cstddef>
@@ -32,7 +32,10 @@ class OutputFile {
     virtual void close() = 0;
 };
 
-/// Creates a file where there is none yet. Throws `NSError`.
+/// Creates a file that only its owner may read and write: it shows a screen. Throws `NSError`, also when there is such
+/// a file already. Errors of the file name its path, and say what the user can do about a full disk.
+std::unique_ptr<OutputFile> makeOutputFile(const std::filesystem::path& path);
+
 using OutputFileMaker = std::function<std::unique_ptr<OutputFile>(const std::filesystem::path&)>;
 
 }  // namespace zorvane
