@@ -26,14 +26,15 @@ class StreamingJSONWriter {
     ~StreamingJSONWriter();
 
     /// Adds one element, with one write to the operating system. If the element has no JSON form, or the write fails,
-    /// this throws an `NSError` and the file is as if the call had not been made.
+    /// this throws an `NSError` and the file is as if the call had not been made. After `close` it throws an internal
+    /// `ZVError`.
     template <class Element>
     void write(const Element& element) {
         writeElement([&element](JSONWriter& writer) { writeJSON(writer, element); });
     }
 
     /// Ends the array, waits until the file is on the disk, and closes it. Once, after the last element. Throws an
-    /// `NSError`.
+    /// `NSError`, and leaves out what was still to be done.
     void close();
 
   private:
