@@ -152,8 +152,8 @@ class ZVInputEvent {
     /// One JSON object: the payload's fields under their names and "type", sorted, on one line; a field without a value
     /// is left out. Throws a `std::exception` for a place that isn't finite.
     std::string toJSON() const;
-    /// Reads that object; unknown keys are ignored. Throws an `UnknownDiscriminator` for a "type" that isn't listed, and
-    /// for all else a `std::exception` that names the path of what is wrong.
+    /// Reads that object; unknown keys are ignored. Throws an `UnknownDiscriminator` for a "type" that isn't listed,
+    /// and for all else a `std::exception` that names the path of what is wrong.
     static ZVInputEvent fromJSON(std::string_view json);
     /// Reads a whole side file, or one that is cut off because its recording was killed: all its whole lines. Throws as
     /// above, with the element's number in the path, and when the file can't be read.

@@ -13,6 +13,7 @@
 #include "Zorvane/Sources/ZVMicrophone.hpp"
 #include "Zorvane/Sources/ZVRunningApplication.hpp"
 #include "Zorvane/Sources/ZVWindow.hpp"
+#include "Zorvane/UnknownDiscriminator.hpp"
 #include "Zorvane/ZVAsyncStream.hpp"
 #include "Zorvane/ZVAuthorizationStatus.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"

@@ -2,19 +2,32 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
+#include "Zorvane/Internal/JSONNesting.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 
 namespace zorvane {
 namespace {
 
-[[noreturn]] void failAt(std::string_view path, std::string_view problem, std::int64_t code) {
-    throw NSError::cocoa(code, fmt::format("{}: {}", path.empty() ? "document" : path, problem));
+/// A coding path as a reader would say it.
+std::string spoken(std::string_view path) {
+    return path.starts_with('.') ? std::string(path.substr(1)) : fmt::format("document{}", path);
 }
 
-std::string elementPath(std::string_view path, std::size_t index) {
-    return path.empty() ? fmt::format("document[{}]", index) : fmt::format("{}[{}]", path, index);
+[[noreturn]] void failAt(const std::string& path, std::string_view problem, std::int64_t code) {
+    throw NSError(NSCocoaErrorDomain, code, {fmt::format("{}: {}", spoken(path), problem), nullptr, {}, path});
+}
+
+/// True if brackets are open inside each other deeper than `maxDepth` at any place up to the first fault.
+bool nestsTooDeep(std::string_view text) {
+    JSONNesting nesting;
+    return std::ranges::any_of(text, [&nesting](char character) {
+        nesting.advance(character);
+        return nesting.depth() > JSONDocument::maxDepth;
+    });
 }
 
 }  // namespace
@@ -44,7 +57,7 @@ std::vector<JSONReader> JSONReader::elements() const {
     std::vector<JSONReader> readers;
     readers.reserve(value_->size());
     for (const nlohmann::json& element : *value_) {
-        readers.push_back(JSONReader(element, elementPath(path_, readers.size())));
+        readers.push_back(JSONReader(element, fmt::format("{}[{}]", path_, readers.size())));
     }
     return readers;
 }
@@ -63,10 +76,14 @@ bool JSONReader::boolean() const {
     return value_->get<bool>();
 }
 
-double JSONReader::number() const {
-    if (value_->is_number()) {
-        return value_->get<double>();
+double JSONReader::finiteNumber() const {
+    if (!value_->is_number()) {
+        fail("not a number");
     }
+    return value_->get<double>();
+}
+
+double JSONReader::number() const {
     if (*value_ == "+infinity") {
         return std::numeric_limits<double>::infinity();
     }
@@ -76,7 +93,7 @@ double JSONReader::number() const {
     if (*value_ == "NaN") {
         return std::numeric_limits<double>::quiet_NaN();
     }
-    fail("not a number");
+    return finiteNumber();
 }
 
 std::int64_t JSONReader::integerWithin(std::int64_t lowest, std::int64_t highest) const {
@@ -109,23 +126,26 @@ const nlohmann::json& JSONReader::object() const {
 }
 
 JSONReader JSONReader::child(std::string_view key, const nlohmann::json& value) const {
-    return {value, path_.empty() ? std::string(key) : fmt::format("{}.{}", path_, key)};
+    return {value, fmt::format("{}.{}", path_, key)};
 }
 
-JSONDocument::JSONDocument(std::string_view text) {
+JSONDocument::JSONDocument(std::string_view text, std::string path) : path_(std::move(path)) {
+    if (nestsTooDeep(text)) {
+        failAt(path_, fmt::format("nests deeper than {} levels", maxDepth), NSCoderReadCorruptError);
+    }
     try {
         value_ = std::make_unique<const nlohmann::json>(nlohmann::json::parse(text));
     } catch (const nlohmann::json::parse_error& error) {
-        failAt("", fmt::format("not JSON at byte {}", error.byte), NSCoderReadCorruptError);
+        failAt(path_, fmt::format("not JSON at byte {}", error.byte), NSCoderReadCorruptError);
     } catch (const nlohmann::json::out_of_range&) {
-        failAt("", "holds a number that no double can hold", NSCoderReadCorruptError);
+        failAt(path_, "holds a number that no double can hold", NSCoderReadCorruptError);
     }
 }
 
 JSONDocument::~JSONDocument() = default;
 
 JSONReader JSONDocument::root() const {
-    return {*value_, ""};
+    return {*value_, path_};
 }
 
 }  // namespace zorvane

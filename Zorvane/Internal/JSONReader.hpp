@@ -17,7 +17,7 @@ namespace zorvane {
 ///
 /// Every read that finds something else than what it asks for throws an `NSError` of `NSCocoaErrorDomain` whose text
 /// is the path, ": " and what is wrong, such as `files[1].type: unknown value "x"`. The path of the whole document is
-/// "document".
+/// "document". The error's user info has the path too.
 class JSONReader {
   public:
     /// The value of a required key of this object.
@@ -29,6 +29,7 @@ class JSONReader {
 
     std::string string() const;
     bool boolean() const;
+    double finiteNumber() const;
     /// Any number, or one of the strings that stand for the infinities and for NaN.
     double number() const;
     /// A whole number that fits `Integer`.
@@ -53,14 +54,18 @@ class JSONReader {
     JSONReader child(std::string_view key, const nlohmann::json& value) const;
 
     const nlohmann::json* value_;
-    std::string path_;
+    std::string path_;  ///< as `NSError` has it
 };
 
 /// A parsed JSON text.
 class JSONDocument {
   public:
-    /// Throws an `NSError` of `NSCocoaErrorDomain` if the text isn't JSON.
-    explicit JSONDocument(std::string_view text);
+    /// What is nested deeper is refused, for the sake of code that follows a value down.
+    static constexpr int maxDepth = 512;
+
+    /// Throws an `NSError` of `NSCocoaErrorDomain` if the text isn't JSON. `path` is that of the text itself, if it is
+    /// a part of a larger one.
+    explicit JSONDocument(std::string_view text, std::string path = "");
     ~JSONDocument();
     JSONDocument(const JSONDocument&) = delete;
     JSONDocument& operator=(const JSONDocument&) = delete;
@@ -68,6 +73,7 @@ class JSONDocument {
     JSONReader root() const;
 
   private:
+    const std::string path_;
     std::unique_ptr<const nlohmann::json> value_;
 };
 

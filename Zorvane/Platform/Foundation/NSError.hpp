@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,9 @@ class NSError : public std::exception {
         std::exception_ptr underlyingError;
         /// Where a caught `NSException` was thrown, innermost first.
         std::vector<std::string> callStackSymbols;
+        /// Where in a document stands what couldn't be read: ".key" for each key and "[number]" for each element on the
+        /// way there.
+        std::optional<std::string> codingPath;
     };
 
     NSError(std::string_view domain, std::int64_t code, UserInfo userInfo);
