@@ -23,10 +23,8 @@ std::vector<CGRect> framesOf(const DisplayDiscovery& discovery) {
 }
 
 bool isInsideAny(const std::vector<CGRect>& displayFrames, const CGRect& frame) {
-    return std::ranges::any_of(displayFrames, [&frame](const CGRect& displayFrame) {
-        const CGRect common = CGRectIntersection(displayFrame, frame);
-        return !CGRectIsNull(common) && common.size.width > 0 && common.size.height > 0;
-    });
+    return std::ranges::any_of(
+        displayFrames, [&frame](const CGRect& displayFrame) { return CGRectIntersectsRect(displayFrame, frame); });
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Zorvane/Internal/CGInterop/Display.hpp"
+#include "Zorvane/Internal/CGInterop/DisplayContaining.hpp"
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/RecorderUserMessages.hpp"
 #include "Zorvane/Internal/ShareableContent.hpp"
@@ -80,15 +81,6 @@ SCContentFilter filterShowingOnly(const SCWindow& target, const SCDisplay& displ
             .subject = target};
 }
 
-/// The fraction of `rect`'s area that lies inside `frame`, from 0 to 1.
-double intersectionPercentage(const CGRect& frame, const CGRect& rect) {
-    const CGRect intersection = CGRectIntersection(frame, rect);
-    if (CGRectIsNull(intersection)) {
-        return 0;
-    }
-    return intersection.size.width * intersection.size.height / (rect.size.width * rect.size.height);
-}
-
 }  // namespace
 
 CGRect ResolvedContentFilter::globalCrop() const {
@@ -124,7 +116,7 @@ Task<ResolvedContentFilter> createWindowBasedCropFilter(std::uint32_t windowID, 
         throwWindowNotFound(windowID, logger);
     }
     const SCWindow window = *found;
-    const SCDisplay* containing = displayContaining(content.displays, window.frame);
+    const SCDisplay* containing = displayContaining(content.displays, &SCDisplay::frame, window.frame);
     if (containing == nullptr) {
         throwWindowOnNoDisplay(windowID, content.displays, logger);
     }
@@ -133,19 +125,6 @@ Task<ResolvedContentFilter> createWindowBasedCropFilter(std::uint32_t windowID, 
     resolved.cropRect = CGRectOffset(window.frame, -resolved.display.frame.origin.x, -resolved.display.frame.origin.y);
     resolved.filter = filterShowingOnly(window, resolved.display, std::move(content));
     co_return resolved;
-}
-
-const SCDisplay* displayContaining(std::span<const SCDisplay> displays, const CGRect& rect) {
-    const SCDisplay* best = nullptr;
-    double bestPercentage = 0;
-    for (const SCDisplay& display : displays) {
-        const double percentage = intersectionPercentage(display.frame, rect);
-        if (percentage > bestPercentage) {
-            best = &display;
-            bestPercentage = percentage;
-        }
-    }
-    return best;
 }
 
 }  // namespace zorvane

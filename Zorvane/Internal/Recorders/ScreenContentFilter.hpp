@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <variant>
 #include <vector>
 
@@ -41,8 +40,5 @@ Task<ResolvedContentFilter> createDisplayFilter(std::uint32_t displaySerialNumbe
 /// The filter and crop that show one window's application where that window lies now. Throws as above, also for a
 /// window on no display.
 Task<ResolvedContentFilter> createWindowBasedCropFilter(std::uint32_t windowID, Logger logger);
-
-/// The display that holds most of `rect`, the first of several that hold as much; null when none holds any of it.
-const SCDisplay* displayContaining(std::span<const SCDisplay> displays, const CGRect& rect);
 
 }  // namespace zorvane

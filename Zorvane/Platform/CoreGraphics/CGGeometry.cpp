@@ -24,6 +24,11 @@ CGRect CGRectIntersection(const CGRect& a, const CGRect& b) {
     return CGRect::make(left, top, right - left, bottom - top);
 }
 
+bool CGRectIntersectsRect(const CGRect& a, const CGRect& b) {
+    const CGRect common = CGRectIntersection(a, b);
+    return !CGRectIsNull(common) && common.size.width > 0 && common.size.height > 0;
+}
+
 CGRect CGRectOffset(const CGRect& rect, double dx, double dy) {
     return CGRect::make(rect.origin.x + dx, rect.origin.y + dy, rect.size.width, rect.size.height);
 }

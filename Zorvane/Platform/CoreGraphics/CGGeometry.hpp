@@ -41,6 +41,9 @@ bool CGRectIsNull(const CGRect& rect);
 /// have an intersection of zero width or height.
 CGRect CGRectIntersection(const CGRect& a, const CGRect& b);
 
+/// Whether two rectangles have an area in common; those that only touch have none.
+bool CGRectIntersectsRect(const CGRect& a, const CGRect& b);
+
 /// The same rectangle moved by (dx, dy).
 CGRect CGRectOffset(const CGRect& rect, double dx, double dy);
 
