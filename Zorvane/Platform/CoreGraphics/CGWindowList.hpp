@@ -56,12 +56,9 @@ class CGWindowList {
     /// however many windows the desktop has.
     virtual std::vector<CGWindowDescription> createDescriptionFromArray(const std::vector<CGWindowID>& ids) = 0;
 
-    /// Calls `handler` after each change of any window that the answers above would show, on any thread; many changes
-    /// at once may give one call. The handler only signals.
-    virtual NSKeyValueObservation observe(std::function<void()> handler) {
-        static_cast<void>(handler);
-        return {};
-    }
+    /// Calls `handler` after each change of any window that the answers above would show, on any thread, until the
+    /// token goes. Changes before somebody asks may give one call together. The handler only signals.
+    virtual NSKeyValueObservation observe(std::function<void()> handler) = 0;
 };
 
 }  // namespace zorvane

@@ -34,6 +34,8 @@ struct SCWindow {
     std::int32_t windowLayer = 0;
     bool isOnScreen = false;
     std::optional<SCRunningApplication> owningApplication;
+
+    bool operator==(const SCWindow&) const = default;
 };
 
 /// Lists in the window server's order: windows front to back.

@@ -60,7 +60,10 @@ const VirtualMoment& VirtualMoment::closeWindow(std::uint32_t windowID) const {
 }
 
 const VirtualMoment& VirtualMoment::failWindowList(std::exception_ptr error) const {
-    return change([error](VirtualDesktopState& state) { state.conditions.windowListError = error; });
+    return perform([error](VirtualDesktop& desktop) {
+        desktop.withState([error](VirtualDesktopState& state) { state.conditions.windowListError = error; });
+        desktop.sceneHandlers().windowsChanged->call();
+    });
 }
 
 const VirtualMoment& VirtualMoment::setApplications(std::vector<SCRunningApplication> applications) const {

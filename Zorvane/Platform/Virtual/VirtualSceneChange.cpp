@@ -34,6 +34,9 @@ VirtualSceneOutline::VirtualSceneOutline(const VirtualScene& scene)
     for (const VirtualScene::Panel& panel : scene.panels) {
         displays.push_back(panel.display);
     }
+    for (const VirtualWindow& entry : scene.windows) {
+        windows.push_back(entry.window);
+    }
 }
 
 void tellOfChange(const VirtualSceneHandlers& handlers, const VirtualSceneOutline& before,
@@ -44,6 +47,9 @@ void tellOfChange(const VirtualSceneHandlers& handlers, const VirtualSceneOutlin
     }
     if (before.frontmost != after.frontmost) {
         handlers.frontmostApplicationChanged->call();
+    }
+    if (before.windows != after.windows) {
+        handlers.windowsChanged->call();
     }
 }
 

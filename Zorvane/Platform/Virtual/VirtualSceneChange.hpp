@@ -18,6 +18,7 @@ struct VirtualSceneHandlers {
     std::shared_ptr<Reconfigured> displayReconfigured = std::make_shared<Reconfigured>();
     std::shared_ptr<VirtualHandlers<>> runningApplicationsChanged = std::make_shared<VirtualHandlers<>>();
     std::shared_ptr<VirtualHandlers<>> frontmostApplicationChanged = std::make_shared<VirtualHandlers<>>();
+    std::shared_ptr<VirtualHandlers<>> windowsChanged = std::make_shared<VirtualHandlers<>>();
 };
 
 /// What of a scene is told of when it changes.
@@ -27,9 +28,11 @@ struct VirtualSceneOutline {
     std::vector<VirtualDisplay> displays;
     std::vector<SCRunningApplication> applications;
     std::optional<SCRunningApplication> frontmost;
+    std::vector<SCWindow> windows;
 };
 
-/// Tells of each display that came, went or changed, then of the applications, without the desktop's lock.
+/// Tells of each display that came, went or changed, then of the applications and the windows, without the desktop's
+/// lock.
 void tellOfChange(const VirtualSceneHandlers& handlers, const VirtualSceneOutline& before,
                   const VirtualSceneOutline& after);
 

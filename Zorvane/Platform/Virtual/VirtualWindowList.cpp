@@ -59,4 +59,8 @@ std::vector<CGWindowDescription> VirtualWindowList::createDescriptionFromArray(c
     });
 }
 
+NSKeyValueObservation VirtualWindowList::observe(std::function<void()> handler) {
+    return desktop_->sceneHandlers().windowsChanged->observe(std::move(handler));
+}
+
 }  // namespace zorvane

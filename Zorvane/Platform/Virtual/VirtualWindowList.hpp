@@ -1,6 +1,7 @@
 // The window queries of a virtual desktop.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -18,6 +19,7 @@ class VirtualWindowList final : public CGWindowList {
     std::vector<CGWindowDescription> copyWindowInfo(CGWindowListOption option, CGWindowID relativeToWindow) override;
     std::optional<std::vector<CGWindowID>> create(CGWindowListOption option, CGWindowID relativeToWindow) override;
     std::vector<CGWindowDescription> createDescriptionFromArray(const std::vector<CGWindowID>& ids) override;
+    NSKeyValueObservation observe(std::function<void()> handler) override;
 
   private:
     const std::shared_ptr<VirtualDesktop> desktop_;

@@ -2,7 +2,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
+#include <functional>
 #include <thread>
 
 #include "Zorvane/Platform/CoreGraphics/CGWindowLevel.hpp"
@@ -62,6 +64,28 @@ TEST_F(X11WindowListTest, AWindowIsDescribedWithAllThatIsKnownOfIt) {
     EXPECT_EQ(described(window), expected);
     EXPECT_NEAR(expected.alpha, 0.5, 0.001);
     EXPECT_EQ(list().copyWindowInfo(CGWindowListOption::onScreenOnly, kCGNullWindowID), std::vector{expected});
+}
+
+TEST_F(X11WindowListTest, ObserversAreToldOfWhateverTheListShows) {
+    std::atomic<int> calls = 0;
+    const auto observation = list().observe([&] { ++calls; });
+    waitUntil([&] { return calls > 0; });  // what was before the connection, nobody knows
+    std::uint32_t window = 0;
+    const std::function<void()> changes[] = {
+        [&] {
+            window = client_.makeManagedWindow({0, 0, 10, 10}, "window", "Tester");
+        },
+        [&] { client_.moveWindow(window, 50, 60); },
+        [&] { client_.setText(window, "_NET_WM_NAME", "UTF8_STRING", "another title"); },
+        [&] { client_.unmapWindow(window); },
+    };
+    for (const auto& change : changes) {
+        idsOf(list());
+        const int callsBefore = calls;
+        change();
+        waitUntil([&] { return calls > callsBefore; });
+    }
+    waitUntil([&] { return idsOf(list()).empty(); });
 }
 
 TEST_F(X11WindowListTest, WithoutAWindowManagerTheMappedWindowsAreListedInTheirOrder) {

@@ -86,10 +86,12 @@ void DesktopModel::watch(std::uint32_t window, std::uint32_t events) {
 }
 
 DesktopChanges DesktopModel::takeEvents() {
+    const bool wasOutdated = isOutdated();
     DesktopChanges changes;
     while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_->get())}) {
         changes |= note(decode(*connection_, *event));
     }
+    changes.windows = !wasOutdated && isOutdated();
     return changes;
 }
 

@@ -20,12 +20,14 @@ struct DesktopChanges {
     bool displays = false;
     bool activeWindow = false;
     bool applications = false;  ///< a window came or went, or bears another name
+    bool windows = false;       ///< what is known of the windows is out of date, and was not before
 
-    bool any() const { return displays || activeWindow || applications; }
+    bool any() const { return displays || activeWindow || applications || windows; }
     DesktopChanges& operator|=(const DesktopChanges& other) {
         displays |= other.displays;
         activeWindow |= other.activeWindow;
         applications |= other.applications;
+        windows |= other.windows;
         return *this;
     }
 };
@@ -52,7 +54,7 @@ class DesktopModel {
     /// Takes the events that have arrived and notes what is to be asked anew. Doesn't wait.
     DesktopChanges takeEvents();
 
-    /// Whether something is to be asked.
+    /// Whether something is to be asked about the windows.
     bool isOutdated() const { return isOrderOutdated_ || !outdated_.empty(); }
     /// Asks it. Waits for the server.
     void refresh();

@@ -28,7 +28,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds shortestPause(100);
 constexpr milliseconds longestPause(2000);
-constexpr DesktopChanges everything{.displays = true, .activeWindow = true, .applications = true};
+constexpr DesktopChanges everything{.displays = true, .activeWindow = true, .applications = true, .windows = true};
 
 bool contains(const DesktopChanges& changes, DesktopAspect aspect) {
     switch (aspect) {
@@ -38,6 +38,8 @@ bool contains(const DesktopChanges& changes, DesktopAspect aspect) {
             return changes.activeWindow;
         case DesktopAspect::applications:
             return changes.applications;
+        case DesktopAspect::windows:
+            return changes.windows;
     }
     return false;
 }

@@ -13,7 +13,7 @@
 namespace zorvane {
 
 /// What can be observed.
-enum class DesktopAspect : std::uint8_t { displays, activeWindow, applications };
+enum class DesktopAspect : std::uint8_t { displays, activeWindow, applications, windows };
 
 /// A connection and a thread, "zv.desktop", that begin with the first question or observation. The thread waits for the
 /// server's events and only notes them; a question reads anew what they outdated, and costs no more than a look at the

@@ -65,6 +65,10 @@ std::vector<CGWindowDescription> X11WindowList::createDescriptionFromArray(const
     return descriptions;
 }
 
+NSKeyValueObservation X11WindowList::observe(std::function<void()> handler) {
+    return watch_->observe(DesktopAspect::windows, std::move(handler));
+}
+
 /// Describes anew what is new.
 void X11WindowList::update() {
     auto state = watch_->state();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -25,6 +26,8 @@ class X11WindowList final : public CGWindowList {
     std::vector<CGWindowDescription> copyWindowInfo(CGWindowListOption option, CGWindowID relativeToWindow) override;
     std::optional<std::vector<CGWindowID>> create(CGWindowListOption option, CGWindowID relativeToWindow) override;
     std::vector<CGWindowDescription> createDescriptionFromArray(const std::vector<CGWindowID>& ids) override;
+    /// The handler is called on the watch's thread.
+    NSKeyValueObservation observe(std::function<void()> handler) override;
 
   private:
     struct Described {
