@@ -63,7 +63,7 @@ struct DesktopNeeds {
 DesktopNeeds needsOf(ZVPermission permission, const XServerFacts& server) {
     switch (permission) {
         case ZVPermission::inputMonitoring:
-            return {{{"XInput 2", server.hasXInput}},
+            return {{{"RECORD", server.hasRecord}},
                     "mouse and keyboard can't be followed",
                     "tells this process of all input",
                     "it tells only of input to applications that use X"};

@@ -107,11 +107,13 @@ TEST_F(X11MouseEventsTest, APointerIsToldOfByItsPlaceAndWhatIsHeld) {
     ASSERT_TRUE(still);
     EXPECT_EQ(still->type, Type::null);
     EXPECT_EQ(still->location, (CGPoint{30, 40}));
-    user_.press(2).act();
+    constexpr std::uint8_t leftSuper = 133;
+    user_.press(2).keyDown(leftSuper).act();
     const auto dragging = platform_.events->create();
     ASSERT_TRUE(dragging);
     EXPECT_EQ(dragging->type, Type::otherMouseDragged);
     EXPECT_EQ(dragging->mouseButtonNumber, 2);
+    EXPECT_EQ(dragging->flags, CGEventFlags::maskCommand);
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ TEST(XServerFacts, NameWhatAServerOffers) {
     const XServerFacts facts = readFacts();
     EXPECT_EQ(facts.reach, Reach::reachable);
     EXPECT_EQ(facts.name, server.name());
-    EXPECT_TRUE(facts.hasDamage && facts.hasXFixes && facts.hasXInput && facts.hasXTest);
+    EXPECT_TRUE(facts.hasDamage && facts.hasXFixes && facts.hasRecord && facts.hasXTest);
 }
 
 TEST(XServerFacts, NameWhatAServerLacks) {

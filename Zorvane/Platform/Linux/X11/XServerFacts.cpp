@@ -69,7 +69,7 @@ void readOffer(const XConnection& connection, XServerFacts& facts) {
     const XExtensions& offered = connection.extensions();
     facts.hasDamage = offered.damage.isPresent;
     facts.hasXFixes = offered.xfixes.isAtLeast(2, 0);
-    facts.hasXInput = offered.xinput.isAtLeast(2, 0);
+    facts.hasRecord = offered.record.isPresent;
     facts.hasXTest = hasXTest(connection.get());
     connection.requireAlive();
 }

@@ -24,7 +24,7 @@ struct XServerFacts {
     // Of a reachable server: what it offers.
     bool hasDamage = false;
     bool hasXFixes = false;
-    bool hasXInput = false;  ///< from version 2 on
+    bool hasRecord = false;
     bool hasXTest = false;
 };
 

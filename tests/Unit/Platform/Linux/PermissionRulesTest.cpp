@@ -19,7 +19,7 @@ XServerFacts completeServer() {
             .name = ":5",
             .hasDamage = true,
             .hasXFixes = true,
-            .hasXInput = true,
+            .hasRecord = true,
             .hasXTest = true};
 }
 
@@ -62,7 +62,7 @@ TEST(PermissionRules, EachPermissionTakesItsOwnExtensionsOfTheServer) {
         const char* name;
     } cases[] = {{&XServerFacts::hasDamage, ZVPermission::screenRecording, "DAMAGE"},
                  {&XServerFacts::hasXFixes, ZVPermission::screenRecording, "XFIXES"},
-                 {&XServerFacts::hasXInput, ZVPermission::inputMonitoring, "XInput 2"},
+                 {&XServerFacts::hasRecord, ZVPermission::inputMonitoring, "RECORD"},
                  {&XServerFacts::hasXTest, ZVPermission::accessibilityControl, "XTEST"}};
     for (const auto& expected : cases) {
         XServerFacts server = completeServer();

@@ -28,34 +28,27 @@ struct KeyboardEvent {
 /// key that is pressed there.
 constexpr std::uint32_t longestDelayOfWord = 10;
 
-}  // namespace
-
-KeyboardWatch::KeyboardWatch(std::shared_ptr<XConnection> connection)
-    : connection_(std::move(connection)), context_(makeXkbContext()) {
-    const int isThere =
-        xkb_x11_setup_xkb_extension(connection_->get(), XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
-                                    XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, &firstEvent_, nullptr);
-    if (!isThere) {
-        firstEvent_ = 0;
-        return;
-    }
-    constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
-    xcb_xkb_select_events(connection_->get(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, 0, 0, nullptr);
+bool hasKeyboardExtension(xcb_connection_t* connection) {
+    return xkb_x11_setup_xkb_extension(connection, XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
+                                       XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr) != 0;
 }
 
-std::unique_ptr<KeyboardLayout> KeyboardWatch::readLayout() {
-    if (firstEvent_ == 0 || !context_) {
+}  // namespace
+
+std::unique_ptr<KeyboardLayout> readKeyboardLayout(const XConnection& connection) {
+    const auto context = makeXkbContext();
+    if (!context || !hasKeyboardExtension(connection.get())) {
         return nullptr;
     }
-    const auto device = xkb_x11_get_core_keyboard_device_id(connection_->get());
+    const auto device = xkb_x11_get_core_keyboard_device_id(connection.get());
     XkbHandle<xkb_keymap> keymap(
-        xkb_x11_keymap_new_from_device(context_.get(), connection_->get(), device, XKB_KEYMAP_COMPILE_NO_FLAGS));
+        xkb_x11_keymap_new_from_device(context.get(), connection.get(), device, XKB_KEYMAP_COMPILE_NO_FLAGS));
     return keymap ? std::make_unique<KeyboardLayout>(std::move(keymap)) : nullptr;
 }
 
-std::vector<std::uint8_t> KeyboardWatch::readHeldKeys() {
-    const auto query = xcb_query_keymap(connection_->get());
-    const XReply<xcb_query_keymap_reply_t> reply(xcb_query_keymap_reply(connection_->get(), query, nullptr));
+std::vector<std::uint8_t> readHeldKeys(const XConnection& connection) {
+    const auto query = xcb_query_keymap(connection.get());
+    const XReply<xcb_query_keymap_reply_t> reply(xcb_query_keymap_reply(connection.get(), query, nullptr));
     std::vector<std::uint8_t> held;
     for (unsigned key = 0; reply && key < 8 * sizeof reply->keys; ++key) {
         if (reply->keys[key / 8] >> key % 8 & 1) {
@@ -63,6 +56,15 @@ std::vector<std::uint8_t> KeyboardWatch::readHeldKeys() {
         }
     }
     return held;
+}
+
+KeyboardWatch::KeyboardWatch(const XConnection& connection) {
+    if (!hasKeyboardExtension(connection.get())) {
+        return;
+    }
+    firstEvent_ = xcb_get_extension_data(connection.get(), &xcb_xkb_id)->first_event;
+    constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    xcb_xkb_select_events(connection.get(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, 0, 0, nullptr);
 }
 
 void KeyboardWatch::note(const xcb_generic_event_t& event) {

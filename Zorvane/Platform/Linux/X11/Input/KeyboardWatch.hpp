@@ -14,16 +14,17 @@ namespace zorvane {
 
 class XConnection;
 
-/// The layout of the core keyboard by the XKB extension. One thread.
+/// The layout of the core keyboard, by the XKB extension. Some round trips. Null if the server has none to tell of.
+std::unique_ptr<KeyboardLayout> readKeyboardLayout(const XConnection& connection);
+
+/// The keys that are held now. One round trip.
+std::vector<std::uint8_t> readHeldKeys(const XConnection& connection);
+
+/// Whether the layout changes. One thread.
 class KeyboardWatch {
   public:
-    /// Has the connection's events tell of changes.
-    explicit KeyboardWatch(std::shared_ptr<XConnection> connection);
-
-    /// Some round trips. Null if the server has no layout to tell of.
-    std::unique_ptr<KeyboardLayout> readLayout();
-    /// The keys that are held now. One round trip.
-    std::vector<std::uint8_t> readHeldKeys();
+    /// Has the connection's events tell of changes. One round trip.
+    explicit KeyboardWatch(const XConnection& connection);
 
     /// Takes an event of the connection.
     void note(const xcb_generic_event_t& event);
@@ -31,8 +32,6 @@ class KeyboardWatch {
     std::optional<std::uint32_t> takeChange();
 
   private:
-    const std::shared_ptr<XConnection> connection_;
-    const XkbHandle<xkb_context> context_;
     std::uint8_t firstEvent_ = 0;  ///< 0 without the extension
     std::optional<std::uint32_t> changedAt_;
 };

@@ -37,9 +37,9 @@ X11EventListener::X11EventListener(std::shared_ptr<XConnection> control, std::sh
       data_(std::move(data)),
       stream_(control_, data_),
       watch_(control_),
-      keyboardWatch_(control_),
+      keyboardWatch_(*control_),
       translator_(stream_.serverTime(),
-                  Keyboard(keyboardWatch_.readLayout(), KeyComposer::ofUser(), keyboardWatch_.readHeldKeys())) {
+                  Keyboard(readKeyboardLayout(*control_), KeyComposer::ofUser(), readHeldKeys(*control_))) {
     control_->requireAlive();
     watch_.arm();
     thread_ = std::thread([this] { run(); });
@@ -106,7 +106,7 @@ void X11EventListener::takeControlEvents() {
 void X11EventListener::followKeyboard() {
     takeControlEvents();
     while (const auto change = keyboardWatch_.takeChange()) {
-        if (auto layout = keyboardWatch_.readLayout()) {
+        if (auto layout = readKeyboardLayout(*control_)) {
             translator_.keyboard().replaceLayout(std::move(layout), *change);
         }
         takeControlEvents();

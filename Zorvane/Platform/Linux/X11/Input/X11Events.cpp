@@ -6,7 +6,7 @@
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
-#include "Zorvane/Platform/Linux/X11/Input/ModifierMap.hpp"
+#include "Zorvane/Platform/Linux/X11/Input/KeyboardWatch.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/MouseButtons.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/X11EventListener.hpp"
 #include "Zorvane/Platform/Linux/X11/XAnswerLimit.hpp"
@@ -23,7 +23,7 @@ class SilentListener final : public CGEventListener {
     void flush() override {}
 };
 
-CGEvent eventOf(const xcb_query_pointer_reply_t& pointer, std::chrono::nanoseconds time) {
+CGEvent eventOf(const xcb_query_pointer_reply_t& pointer, const ModifierMap& modifiers, std::chrono::nanoseconds time) {
     const MouseAction action = MouseButtons::motion(pointer.mask);
     CGEvent event;
     if (action.type != CGEventType::mouseMoved) {
@@ -31,7 +31,7 @@ CGEvent eventOf(const xcb_query_pointer_reply_t& pointer, std::chrono::nanosecon
         event.mouseButtonNumber = action.buttonNumber;
     }
     event.location = {static_cast<double>(pointer.root_x), static_cast<double>(pointer.root_y)};
-    event.flags = ModifierMap().flags(pointer.mask);
+    event.flags = modifiers.flags(pointer.mask);
     event.nsEvent = NSEvent{.timestamp = std::chrono::duration<double>(time).count()};
     return event;
 }
@@ -43,10 +43,21 @@ std::optional<CGEvent> X11Events::create() {
         const XQuery connection = session_->query();
         const auto query = xcb_query_pointer(connection->get(), connection->root());
         const XReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(connection->get(), query, nullptr));
-        return pointer ? std::optional(eventOf(*pointer, MonotonicClock::shared()->now())) : std::nullopt;
+        const auto time = MonotonicClock::shared()->now();
+        return pointer ? std::optional(eventOf(*pointer, modifierMap(*connection), time)) : std::nullopt;
     } catch (const NSError&) {
         return std::nullopt;
     }
+}
+
+ModifierMap X11Events::modifierMap(const XConnection& connection) {
+    const MutexLock lock(mutex_);
+    if (!modifierMap_) {
+        if (const auto layout = readKeyboardLayout(connection)) {
+            modifierMap_ = layout->modifierMap();
+        }
+    }
+    return modifierMap_.value_or(ModifierMap());
 }
 
 std::unique_ptr<CGEventListener> X11Events::tapCreate(CGEventMask eventsOfInterest, CGEventHandler handler) {
