@@ -116,7 +116,7 @@ void forEachElement(std::string_view text, const JSONElementBody& body) {
     ArrayText array(text);
     std::size_t count = 0;
     while (const auto element = array.next()) {
-        const JSONDocument document(*element, fmt::format("[{}]", count++));
+        const JSONDocument document(trimmed(*element), fmt::format("[{}]", count++));
         body(document.root());
     }
 }
