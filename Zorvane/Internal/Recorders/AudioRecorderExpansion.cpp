@@ -10,8 +10,7 @@
 namespace zorvane {
 
 Task<Recorders> createRecorders(MicrophoneFileSchemaItem item, RecorderContext context) {
-    const OutputDescription output =
-        outputDescription(item.outputOptions.form(), context.bundleURL, fallbackFilename(item));
+    const OutputDescription output = context.claimOutput(item.outputOptions.form(), fallbackFilename(item));
     Recorders recorders;
     recorders.push_back(std::make_shared<AudioFileRecorder>(item.id, output, item.microphoneID, context));
     co_return recorders;
@@ -24,7 +23,7 @@ Task<Recorders> createRecorders(MicrophoneStreamSchemaItem item, RecorderContext
 }
 
 Task<Recorders> createRecorders(SystemAudioSchemaItem item, RecorderContext context) {
-    OutputDescription output = outputDescription(item.outputOptions.form(), context.bundleURL, fallbackFilename(item));
+    OutputDescription output = context.claimOutput(item.outputOptions.form(), fallbackFilename(item));
     std::vector<std::int32_t> excluded = item.excludedApplicationIDs.value_or(std::vector<std::int32_t>());
     SCContentFilter filter =
         co_await createContentFilter(item.includedApplicationIDs, std::move(excluded), context.logger);

@@ -8,6 +8,7 @@
 #include "Zorvane/Internal/SchemaItemExpansion.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 #include "tests/Support/LogCapture.hpp"
+#include "tests/Support/TemporaryDirectory.hpp"
 
 namespace zorvane {
 namespace {
@@ -155,6 +156,23 @@ TEST(OutputDescription, SideFilesFollowTheNameOfTheMedia) {
     }
     EXPECT_EQ(inputEventsURL(Output::singleFile(), "/bundle", "display-5.mov", topWindowsSuffix),
               "/bundle/display-5.top-windows.json");
+}
+
+TEST(RecorderContext, GivesEachNameInTheBundleToOneSource) {
+    const TemporaryDirectory bundle;
+    const LogCapture log;
+    const auto interval = std::make_shared<VolatileRecordingInterval>();
+    const RecorderContext context{bundle.path(), StableRecordingInterval(interval), log.logger<ZVRecorder>(),
+                                  [](const AbortSignal&) {}, nullptr};
+    const RecorderContext sameRecording = context;
+    context.claimOutput(ZVSingleFileOutput{"talk.mov"}, "");
+    context.claimOutput(ZVSegmentedOutput{.filenamePrefix = "talk"}, "");
+    context.claimSideFile(ZVScreenRecordingOutputOptions::singleFile("talk.mov"), "", inputEventsSuffix);
+    EXPECT_THROW(sameRecording.claimOutput(ZVSingleFileOutput{"./talk.mov"}, ""), ZVError);
+    EXPECT_THROW(sameRecording.claimOutput(ZVSegmentedOutput{.filenamePrefix = "talk"}, ""), ZVError);
+    EXPECT_THROW(sameRecording.claimOutput(ZVSingleFileOutput{"talk.input-events.json"}, ""), ZVError);
+    EXPECT_THROW(sameRecording.claimOutput(ZVSegmentedOutput{.filenamePrefix = "missing/talk"}, ""), ZVError);
+    sameRecording.claimOutput(ZVSingleFileOutput{"other.mov"}, "");
 }
 
 TEST(SchemaItemExpansion, SaysWhichSourcesThisVersionCanNotRecord) {
