@@ -13,7 +13,8 @@ import os
 import subprocess
 import sys
 
-from measurements import allocations, cost, crash, filters, finish, length, machine, memory, sound_cost, sources, sync, table, truth
+from measurements import (allocations, cost, crash, filters, finish, length, machine, memory, sound_cost, sources, sync,
+                          table, truth, user_input)
 
 FIGURES = {
     "length": length.measure,
@@ -35,6 +36,9 @@ FIGURES = {
     "sound": sound_cost.measure_cost,
     "sound-length": sound_cost.measure_length,
     "sound-load": sound_cost.measure_load,
+    "input": user_input.measure_times,
+    "input-load": user_input.measure_load,
+    "input-cost": user_input.measure_cost,
 }
 WITH_SOUND = {"devices", "idle", "sync", "drift", "sound", "sound-length", "sound-load"}  # those for which a sound server runs
 INSIDE = "ZORVANE_FIGURES_INSIDE_DESKTOP"

@@ -18,7 +18,8 @@ double seconds(Clock::time_point time) {
     return std::chrono::duration<double>(time.time_since_epoch()).count();
 }
 
-TestWindow::TestWindow(std::uint16_t width, std::uint16_t height) : connection_(xcb_connect(nullptr, nullptr)) {
+TestWindow::TestWindow(std::uint16_t width, std::uint16_t height, Kind kind)
+    : connection_(xcb_connect(nullptr, nullptr)) {
     if (xcb_connection_has_error(connection_)) {
         fail("there is no X server");
     }
@@ -26,8 +27,8 @@ TestWindow::TestWindow(std::uint16_t width, std::uint16_t height) : connection_(
     width_ = width ? width : screen_->width_in_pixels;
     height_ = height ? height : screen_->height_in_pixels;
     window_ = xcb_generate_id(connection_);
-    // In the order of the bits. The window manager leaves such a window alone.
-    const std::uint32_t values[] = {screen_->black_pixel, 1};
+    // In the order of the bits.
+    const std::uint32_t values[] = {screen_->black_pixel, kind == Kind::unmanaged ? 1U : 0U};
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen_->root, 0, 0, width_, height_, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
                       values);

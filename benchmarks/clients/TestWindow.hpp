@@ -13,12 +13,17 @@ using Clock = std::chrono::steady_clock;
 
 double seconds(Clock::time_point time);
 
-/// A window without a frame at the screen's top left corner, on a connection of its own. One thread. Errors of the
+/// A window at the screen's top left corner, on a connection of its own. One thread. Errors of the
 /// connection end the process with a message: a client that can't draw measures nothing.
 class TestWindow {
   public:
+    enum class Kind : std::uint8_t {
+        unmanaged,  ///< without a frame; the window manager leaves it alone
+        managed,
+    };
+
     /// Shows the window, all black. A side of 0 is that of the screen.
-    TestWindow(std::uint16_t width, std::uint16_t height);
+    TestWindow(std::uint16_t width, std::uint16_t height, Kind kind = Kind::unmanaged);
     TestWindow(const TestWindow&) = delete;
     TestWindow& operator=(const TestWindow&) = delete;
     ~TestWindow();
