@@ -5,6 +5,7 @@
 
 #include "Zorvane/Internal/Recorders/ScreenExclusion.hpp"
 #include "Zorvane/Internal/Recorders/ScreenRecorder.hpp"
+#include "Zorvane/Internal/Recorders/TopWindowInfoRecorder.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
@@ -38,17 +39,24 @@ Recorders makeScreenRecorder(const Item& item, ResolvedContentFilter content, Re
     return recorders;
 }
 
+std::shared_ptr<Recorder> makeTopWindowRecorder(const DisplaySchemaItem& item, const ResolvedContentFilter& content,
+                                                const RecorderContext& context) {
+    const auto url = inputEventsURL(item.outputOptions, context.bundleURL, fallbackFilename(item), topWindowsSuffix);
+    return std::make_shared<TopWindowInfoRecorder>(item.id, url, content.display.displayID, content.globalCrop(),
+                                                   context);
+}
+
 }  // namespace
 
 Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context) {
     requireNoInputEvents(item);
-    if (item.topWindowInfo) {
-        throw ZVError::invalidConfiguration(
-            "The frontmost window can't be recorded in this version. Turn topWindowInfo off.");
-    }
     DisplayFilterOptions options = displayFilterOptions(item.excludingOptions);
     ResolvedContentFilter content = co_await createDisplayFilter(item.displayID, std::move(options), context.logger);
-    co_return makeScreenRecorder(item, std::move(content), std::move(context));
+    Recorders recorders = makeScreenRecorder(item, content, context);
+    if (item.topWindowInfo) {
+        recorders.push_back(makeTopWindowRecorder(item, content, context));
+    }
+    co_return recorders;
 }
 
 Task<Recorders> createRecorders(WindowBasedCropSchemaItem item, RecorderContext context) {
