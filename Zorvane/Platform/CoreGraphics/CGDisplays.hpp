@@ -86,4 +86,7 @@ class CGDisplays {
     }
 };
 
+/// The main display; 0, which no display has, when there is none or the window server can't be asked. Any thread.
+CGDirectDisplayID CGMainDisplayID(CGDisplays& displays);
+
 }  // namespace zorvane

@@ -124,6 +124,10 @@ const VirtualMoment& VirtualMoment::movePointer(std::optional<CGPoint> position)
     return position ? changeInput([](const VirtualInput& input) { return input.movePointer(); }) : *this;
 }
 
+const VirtualMoment& VirtualMoment::setCursor(std::optional<NSCursor> cursor) const {
+    return change([cursor = std::move(cursor)](VirtualDesktopState& state) { state.scene.cursor = cursor; });
+}
+
 const VirtualMoment& VirtualMoment::putDisplay(const VirtualDisplay& display) const {
     return changePicture([display](VirtualScene& scene) { scene.put(display); });
 }

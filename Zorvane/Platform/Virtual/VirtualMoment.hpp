@@ -44,6 +44,9 @@ class VirtualMoment {
     const VirtualMoment& animate(CGDirectDisplayID displayID, const VirtualAnimation& animation) const;
     /// Nothing hides the pointer; all else is an event, a drag while a button is held.
     const VirtualMoment& movePointer(std::optional<CGPoint> position) const;
+    /// What the pointer looks like, to who asks for the cursor; pictures show it as they always do. See
+    /// `virtualCursor`. Nothing: the cursor can't be asked for.
+    const VirtualMoment& setCursor(std::optional<NSCursor> cursor) const;
 
     // Mouse and keyboard. Each of these words is an event.
     /// Numbers as in `CGEvent::mouseButtonNumber`.

@@ -3,8 +3,10 @@
 #include <utility>
 
 #include "Zorvane/Internal/Concurrency/MonotonicClock.hpp"
+#include "Zorvane/Platform/CoreVideo/ClockDisplayLink.hpp"
 #include "Zorvane/Platform/Virtual/VirtualCaptureAccess.hpp"
 #include "Zorvane/Platform/Virtual/VirtualCaptureDevices.hpp"
+#include "Zorvane/Platform/Virtual/VirtualCursors.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDisplays.hpp"
 #include "Zorvane/Platform/Virtual/VirtualEvents.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMachine.hpp"
@@ -53,6 +55,8 @@ Platform makeVirtualPlatform(std::shared_ptr<VirtualDesktop> desktop, std::share
     platform.workspace = std::make_shared<VirtualWorkspace>(desktop);
     platform.events = std::make_shared<VirtualEvents>(desktop);
     platform.eventMonitors = std::make_shared<VirtualEventMonitors>(desktop);
+    platform.cursors = std::make_shared<VirtualCursors>(desktop);
+    platform.displayLinks = std::make_shared<ClockDisplayLinks>(platform.clock, platform.displays);
     platform.userDefaults = std::make_shared<VirtualUserDefaults>();
     platform.screenCapture = std::make_shared<VirtualScreenCapture>(desktop);
     platform.mediaWriting = mediaWriting ? std::move(mediaWriting) : VirtualMediaWriting::make(desktop->clock());

@@ -11,6 +11,7 @@
 #include "Zorvane/Platform/CoreGraphics/CGDisplays.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCContentFilter.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
+#include "Zorvane/Platform/Virtual/VirtualCursor.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScreen.hpp"
 
 namespace zorvane {
@@ -55,9 +56,10 @@ struct VirtualScene {
     std::vector<Panel> panels;
     std::vector<VirtualWindow> windows;  ///< front to back
     std::vector<SCRunningApplication> applications;
-    std::map<std::int32_t, NSImage> icons;  ///< by process id
-    std::optional<CGPoint> pointer;         ///< points, global coordinates
-    std::vector<Panel> behindLid;           ///< built-in displays while the lid is closed
+    std::map<std::int32_t, NSImage> icons;                                ///< by process id
+    std::optional<CGPoint> pointer;                                       ///< points, global coordinates
+    std::optional<NSCursor> cursor = virtualCursor(ZVCursorType::arrow);  ///< absent: it can't be asked for
+    std::vector<Panel> behindLid;                                         ///< built-in displays while the lid is closed
 
     Panel* find(CGDirectDisplayID displayID);
     const Panel* find(CGDirectDisplayID displayID) const;
