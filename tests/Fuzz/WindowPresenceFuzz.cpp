@@ -1,0 +1,8 @@
+#include "Zorvane/ZVWindowPresence.hpp"
+
+#include "FuzzTarget.hpp"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    zorvane::fuzz::readAndWrite<zorvane::ZVWindowPresence>(zorvane::fuzz::asText(data, size));
+    return 0;
+}
