@@ -12,7 +12,7 @@ namespace zorvane {
 using NSEventMask = std::uint64_t;
 
 /// Needs no permission for the mouse. Any thread. A monitor is null if it can't be had for a reason that isn't known;
-/// `NSError` is thrown, with a text for the user, if it is.
+/// `NSError` is thrown, with a text for the user, if it is. One that the system ends says so as a tap does.
 class NSEvents {
   public:
     virtual ~NSEvents() = default;

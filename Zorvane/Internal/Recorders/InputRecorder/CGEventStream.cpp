@@ -26,6 +26,18 @@ Listener required(Listener tap) {
     return tap;
 }
 
+/// Puts what a listener hears into the stream.
+CGEventHandler feed(const AsyncThrowingStream<CGEvent>::Source& source) {
+    return [source](const CGEvent& event) {
+        if (isTapDisabled(event.type)) {
+            const CGEventTapError error(CGEventTapError::Case::tapDisabledByUserInput);
+            source.finish(std::make_exception_ptr(error));
+        } else {
+            source.yield(event);
+        }
+    };
+}
+
 }  // namespace
 
 // `listen` makes the listeners and throws if it can't.
@@ -43,27 +55,19 @@ std::shared_ptr<CGEventStream> CGEventStream::make(const Listen& listen) {
 
 std::shared_ptr<CGEventStream> CGEventStream::eventTapForEvents(CGEventMask matching) {
     return make([matching](const Stream::Source& source) {
-        const CGEventHandler handler = [source](const CGEvent& event) {
-            if (isTapDisabled(event.type)) {
-                const CGEventTapError error(CGEventTapError::Case::tapDisabledByUserInput);
-                source.finish(std::make_exception_ptr(error));
-            } else {
-                source.yield(event);
-            }
-        };
         Listeners listeners;
-        listeners.push_back(required(Platform::current()->events->tapCreate(matching, handler)));
+        listeners.push_back(required(Platform::current()->events->tapCreate(matching, feed(source))));
         return listeners;
     });
 }
 
 std::shared_ptr<CGEventStream> CGEventStream::combinedMonitorForEvents(NSEventMask matching) {
     return make([matching](const Stream::Source& source) {
-        const CGEventHandler handler = [source](const CGEvent& event) { source.yield(event); };
         const auto monitors = Platform::current()->eventMonitors;
         Listeners listeners;
-        listeners.push_back(required(monitors->addGlobalMonitor(matching, handler), "Global monitor returned nil."));
-        listeners.push_back(required(monitors->addLocalMonitor(matching, handler), "Local monitor returned nil."));
+        listeners.push_back(
+            required(monitors->addGlobalMonitor(matching, feed(source)), "Global monitor returned nil."));
+        listeners.push_back(required(monitors->addLocalMonitor(matching, feed(source)), "Local monitor returned nil."));
         return listeners;
     });
 }

@@ -16,13 +16,15 @@ Texts textsOf(CGEventTapError::Case errorCase) {
                     "Can't record the keyboard because the desktop doesn't let this application listen to it. Record "
                     "without keyboard events, or allow the application to monitor input."};
         case Case::tapDisabledByTimeout:
-            return {"tapDisabledByTimeout",
-                    "Recording the keyboard ended because this computer was too busy. Close other applications and "
-                    "record again."};
+            return {
+                "tapDisabledByTimeout",
+                "Recording mouse and keyboard ended because this computer was too busy. Close other applications and "
+                "record again."};
         case Case::tapDisabledByUserInput:
-            return {"tapDisabledByUserInput",
-                    "Recording the keyboard ended because the desktop no longer lets this application listen to it. "
-                    "Record again."};
+            return {
+                "tapDisabledByUserInput",
+                "Recording mouse and keyboard ended because the desktop no longer lets this application listen. Record "
+                "again."};
     }
     return {"unknown", "Unknown error."};
 }

@@ -1,4 +1,4 @@
-// Why the keyboard can't be recorded, or no longer.
+// Why mouse and keyboard can't be heard, or no longer.
 #pragma once
 
 #include <cstdint>
