@@ -1,42 +1,64 @@
 #include "Zorvane/Internal/Recorders/ScreenRecorderExpansion.hpp"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
+#include "Zorvane/Internal/Recorders/CursorRecorder/CursorRecorder.hpp"
+#include "Zorvane/Internal/Recorders/InputRecorder/InputRecorder.hpp"
 #include "Zorvane/Internal/Recorders/ScreenExclusion.hpp"
 #include "Zorvane/Internal/Recorders/ScreenRecorder.hpp"
 #include "Zorvane/Internal/Recorders/TopWindowInfoRecorder.hpp"
-#include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 namespace {
 
-/// Refuses the side files that no recorder writes yet, rather than leave them out without a word.
 template <class Item>
-void requireNoInputEvents(const Item& item) {
-    if (item.mouseEvents || item.keyboardEvents) {
-        throw ZVError::invalidConfiguration(
-            "Mouse and keyboard events can't be recorded in this version. Turn mouseEvents and keyboardEvents off.");
-    }
-}
-
-template <class Item>
-Recorders makeScreenRecorder(const Item& item, ResolvedContentFilter content, RecorderContext context) {
-    ScreenRecorderParameters parameters{
+std::shared_ptr<Recorder> makeScreenRecorder(const Item& item, const ResolvedContentFilter& content,
+                                             const RecorderContext& context) {
+    return std::make_shared<ScreenRecorder>(ScreenRecorderParameters{
         .id = item.id,
         .outputDescription = outputDescription(item.outputOptions.form(), context.bundleURL, fallbackFilename(item)),
-        .content = std::move(content),
+        .content = content,
         .captureAudio = item.captureAudio,
         .showsCursor = item.showsCursor,
         .mode = recordModeFor(item.colorSpace),
         .recordingInterval = context.recordingInterval,
-        .logger = std::move(context.logger),
-        .onAbort = std::move(context.onAbort),
-        .onNotice = std::move(context.onNotice),
-    };
-    Recorders recorders;
-    recorders.push_back(std::make_shared<ScreenRecorder>(std::move(parameters)));
-    return recorders;
+        .logger = context.logger,
+        .onAbort = context.onAbort,
+        .onNotice = context.onNotice,
+    });
+}
+
+template <class Item>
+std::optional<InputRecorder::CaptureMode> captureModeOf(const Item& item) {
+    using Mode = InputRecorder::CaptureMode;
+    if (item.mouseEvents) {
+        return item.keyboardEvents ? Mode::mouseAndKeyboardEvents : Mode::mouseEvents;
+    }
+    return item.keyboardEvents ? std::optional(Mode::keyboardEvents) : std::nullopt;
+}
+
+/// A recorder of input and the one of the cursor that it reads, if the item asks for them.
+template <class Item>
+void addInputRecorders(Recorders& recorders, const Item& item, const ResolvedContentFilter& content,
+                       const RecorderContext& context) {
+    const auto captureMode = captureModeOf(item);
+    if (!captureMode) {
+        return;
+    }
+    const auto cursorRecorder = std::make_shared<CursorRecorder>(item.id, context.logger);
+    recorders.push_back(cursorRecorder);
+    recorders.push_back(std::make_shared<InputRecorder>(InputRecorderParameters{
+        .id = item.id,
+        .capture = *captureMode,
+        .url = inputEventsURL(item.outputOptions, context.bundleURL, fallbackFilename(item), inputEventsSuffix),
+        .globalCropTopLeft = content.globalCrop(),
+        .cursorTimeline = cursorRecorder->timeline(),
+        .recordingInterval = context.recordingInterval,
+        .logger = context.logger,
+        .onAbort = context.onAbort,
+    }));
 }
 
 std::shared_ptr<Recorder> makeTopWindowRecorder(const DisplaySchemaItem& item, const ResolvedContentFilter& content,
@@ -49,10 +71,11 @@ std::shared_ptr<Recorder> makeTopWindowRecorder(const DisplaySchemaItem& item, c
 }  // namespace
 
 Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context) {
-    requireNoInputEvents(item);
     DisplayFilterOptions options = displayFilterOptions(item.excludingOptions);
     ResolvedContentFilter content = co_await createDisplayFilter(item.displayID, std::move(options), context.logger);
-    Recorders recorders = makeScreenRecorder(item, content, context);
+    Recorders recorders;
+    recorders.push_back(makeScreenRecorder(item, content, context));
+    addInputRecorders(recorders, item, content, context);
     if (item.topWindowInfo) {
         recorders.push_back(makeTopWindowRecorder(item, content, context));
     }
@@ -60,9 +83,11 @@ Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context)
 }
 
 Task<Recorders> createRecorders(WindowBasedCropSchemaItem item, RecorderContext context) {
-    requireNoInputEvents(item);
     ResolvedContentFilter content = co_await createWindowBasedCropFilter(item.windowID, context.logger);
-    co_return makeScreenRecorder(item, std::move(content), std::move(context));
+    Recorders recorders;
+    recorders.push_back(makeScreenRecorder(item, content, context));
+    addInputRecorders(recorders, item, content, context);
+    co_return recorders;
 }
 
 }  // namespace zorvane

@@ -7,9 +7,9 @@
 
 namespace zorvane {
 
-/// Resolves what is to be shown and makes the screen recorder, and behind it those of the side files. Throws `ZVError`
-/// (invalid configuration) for an unknown display or window and for what this version can't record yet, and what the
-/// recorders throw.
+/// Resolves what is to be shown and makes the screen recorder, and behind it those of the side files: cursor and input,
+/// frontmost window. Throws `ZVError` (invalid configuration) for an unknown display or window, and what the recorders
+/// throw.
 Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context);
 Task<Recorders> createRecorders(WindowBasedCropSchemaItem item, RecorderContext context);
 
