@@ -3,7 +3,9 @@
 #include <unistd.h>
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
+#include <xcb/xcb_cursor.h>
 #include <xcb/xcbext.h>
+#include <xcb/xfixes.h>
 
 #include <array>
 #include <cstdlib>
@@ -154,7 +156,7 @@ void X11TestClient::movePointer(std::int16_t x, std::int16_t y) {
     synchronize();
 }
 
-void X11TestClient::setSquareCursor(std::uint8_t size, std::uint32_t color) {
+void X11TestClient::setSquareCursor(std::uint8_t size, std::uint32_t color, const std::string& name) {
     const xcb_pixmap_t shape = xcb_generate_id(connection_);
     const xcb_gcontext_t ones = xcb_generate_id(connection_);
     const xcb_cursor_t cursor = xcb_generate_id(connection_);
@@ -165,20 +167,39 @@ void X11TestClient::setSquareCursor(std::uint8_t size, std::uint32_t color) {
     xcb_poly_fill_rectangle(connection_, shape, ones, 1, &all);
     xcb_create_cursor(connection_, cursor, shape, shape, to16(color, 16), to16(color, 8), to16(color, 0), 0, 0, 0, 0,
                       0);
+    if (!name.empty()) {
+        xcb_xfixes_query_version(connection_, 2, 0);
+        xcb_xfixes_set_cursor_name(connection_, cursor, static_cast<std::uint16_t>(name.size()), name.c_str());
+    }
     xcb_change_window_attributes(connection_, screen_->root, XCB_CW_CURSOR, &cursor);
     synchronize();
 }
 
-void X11TestClient::resizeScreen(std::uint16_t width, std::uint16_t height) {
+void X11TestClient::setThemeCursor(const std::string& name) {
+    xcb_cursor_context_t* context = nullptr;
+    if (xcb_cursor_context_new(connection_, screen_, &context) < 0) {
+        throw std::runtime_error("there is no cursor theme");
+    }
+    const xcb_cursor_t cursor = xcb_cursor_load_cursor(context, name.c_str());
+    xcb_cursor_context_free(context);
+    if (cursor == XCB_NONE) {
+        throw std::runtime_error("the cursor theme has no " + name);
+    }
+    xcb_change_window_attributes(connection_, screen_->root, XCB_CW_CURSOR, &cursor);
+    synchronize();
+}
+
+void X11TestClient::resizeScreen(std::uint16_t width, std::uint16_t height, std::uint32_t refreshRate) {
     const auto resources = owned(xcb_randr_get_screen_resources_reply(
         connection_, xcb_randr_get_screen_resources(connection_, screen_->root), nullptr));
     const xcb_randr_crtc_t crtc = xcb_randr_get_screen_resources_crtcs(resources.get())[0];
     const xcb_randr_output_t output = xcb_randr_get_screen_resources_outputs(resources.get())[0];
-    const std::string name = std::to_string(width) + "x" + std::to_string(height);
+    const std::string name =
+        std::to_string(width) + "x" + std::to_string(height) + "@" + std::to_string(refreshRate);
     xcb_randr_mode_info_t mode{};
     mode.width = width;
     mode.height = height;
-    mode.dot_clock = 60U * width * height;
+    mode.dot_clock = refreshRate * width * height;
     mode.htotal = width;
     mode.vtotal = height;
     mode.name_len = static_cast<std::uint16_t>(name.size());

@@ -53,10 +53,14 @@ class X11TestClient {
 
     void movePointer(std::int16_t x, std::int16_t y);
     /// Gives the root window a cursor that is a square of one colour, its hot spot at the top left.
-    void setSquareCursor(std::uint8_t size, std::uint32_t color);
+    /// Gives it the name, if there is one.
+    void setSquareCursor(std::uint8_t size, std::uint32_t color, const std::string& name = {});
+    /// Gives the root window a cursor of the theme, which the environment and the server's resources choose. Throws
+    /// `std::runtime_error` if it has none of that name.
+    void setThemeCursor(const std::string& name);
 
     /// Sets the size of the root window and of its one output, as a user does who changes the resolution.
-    void resizeScreen(std::uint16_t width, std::uint16_t height);
+    void resizeScreen(std::uint16_t width, std::uint16_t height, std::uint32_t refreshRate = 60);
     /// Sets an area of the screen apart as a monitor of its own; `takesOutput` takes that area from the one panel.
     void setMonitor(const std::string& name, const TestRect& rect, bool isPrimary, bool takesOutput);
     void removeMonitor(const std::string& name);

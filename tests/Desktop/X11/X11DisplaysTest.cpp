@@ -158,7 +158,8 @@ TEST(X11Displays, ReconfigurationsAreTold) {
     isToldAfter([&] { client.setMonitor("part", {0, 0, 100, 100}, false, false); });
     EXPECT_EQ(told.displays->activeDisplayList().size(), 2U);
     isToldAfter([&] { client.removeMonitor("part"); });
-    isToldAfter([&] { client.resizeScreen(320, 240); });
+    isToldAfter([&] { client.resizeScreen(320, 240, 75); });
+    EXPECT_EQ(told.displays->displayMode(told.displays->activeDisplayList().at(0))->refreshRate, 75);
     isToldAfter([&] { server.kill(); });
     isToldAfter([&] { server.restart(); });
     EXPECT_EQ(propertiesAt(*told.displays, 0).bounds.size.width, 640);

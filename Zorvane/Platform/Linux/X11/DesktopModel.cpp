@@ -75,7 +75,7 @@ DesktopModel::DesktopModel(std::shared_ptr<XConnection> connection)
     if (connection_->extensions().randr.isPresent) {
         xcb_randr_select_input(connection_->get(), connection_->root(),
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
-                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE | XCB_RANDR_NOTIFY_MASK_OUTPUT_PROPERTY);
     }
     xcb_flush(connection_->get());
 }

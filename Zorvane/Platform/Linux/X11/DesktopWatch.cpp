@@ -1,8 +1,6 @@
 #include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
 
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 #include <xcb/xcb.h>
 
 #include <algorithm>
@@ -11,6 +9,7 @@
 #include <condition_variable>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "Zorvane/Internal/Concurrency/ThreadName.hpp"
 #include "Zorvane/Internal/Concurrency/ThreadSafety.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "Zorvane/Platform/Linux/X11/Alarm.hpp"
 #include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
 #include "Zorvane/Platform/Linux/X11/XAnswerLimit.hpp"
 
@@ -44,25 +44,6 @@ bool contains(const DesktopChanges& changes, DesktopAspect aspect) {
     return false;
 }
 
-/// Wakes a thread that polls. Any thread.
-class Alarm {
-  public:
-    Alarm() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-    Alarm(const Alarm&) = delete;
-    Alarm& operator=(const Alarm&) = delete;
-    ~Alarm() { close(descriptor_); }
-
-    int descriptor() const { return descriptor_; }
-    void ring() { eventfd_write(descriptor_, 1); }
-    void silence() {
-        eventfd_t count = 0;
-        eventfd_read(descriptor_, &count);
-    }
-
-  private:
-    int descriptor_;
-};
-
 }  // namespace
 
 class DesktopWatch::Core {
@@ -70,6 +51,7 @@ class DesktopWatch::Core {
     void run();
     void end();
     std::shared_ptr<const DesktopState> state();
+    std::optional<std::uint64_t> displaysRevision();
     std::uint64_t add(DesktopAspect aspect, std::function<void()> handler);
     void remove(std::uint64_t observer);
 
@@ -84,6 +66,7 @@ class DesktopWatch::Core {
     bool adopt(const std::shared_ptr<XConnection>& connection);
     void serve(const std::shared_ptr<XConnection>& connection);
     void sleep(int descriptor, milliseconds limit);
+    void note(const DesktopChanges& changes) ZV_REQUIRES(mutex_);
     void takeEvents() ZV_REQUIRES(mutex_);
     void refresh() ZV_REQUIRES(mutex_);
     void tellObservers();
@@ -97,6 +80,7 @@ class DesktopWatch::Core {
     std::shared_ptr<XConnection> connection_ ZV_GUARDED_BY(mutex_);  // to be cut at the end
     std::unique_ptr<DesktopModel> model_ ZV_GUARDED_BY(mutex_);      // none without a server
     DesktopChanges untold_ ZV_GUARDED_BY(mutex_);
+    std::uint64_t displaysRevision_ ZV_GUARDED_BY(mutex_) = 0;
     std::vector<Observer> observers_ ZV_GUARDED_BY(mutex_);
     std::uint64_t lastObserver_ ZV_GUARDED_BY(mutex_) = 0;
     XConnection::Opening opening_;  // touched on the thread only
@@ -149,7 +133,7 @@ bool DesktopWatch::Core::adopt(const std::shared_ptr<XConnection>& connection) {
         return false;
     }
     model_ = std::move(model);
-    untold_ = everything;
+    note(everything);
     hasAttempted_ = true;
     attempted_.notify_all();
     return true;
@@ -164,12 +148,12 @@ void DesktopWatch::Core::serve(const std::shared_ptr<XConnection>& connection) {
             return;
         }
         if (model_) {
-            untold_ |= model_->takeEvents();
+            note(model_->takeEvents());
         }
         isConnected = model_ && connection->isAlive();
         if (!isConnected) {
             model_ = nullptr;
-            untold_ = everything;
+            note(everything);
         }
     }
     tellObservers();
@@ -200,9 +184,23 @@ std::shared_ptr<const DesktopState> DesktopWatch::Core::state() {
     return model_ ? model_->state() : nothing;
 }
 
+std::optional<std::uint64_t> DesktopWatch::Core::displaysRevision() {
+    const MutexLock lock(mutex_);
+    if (!model_) {
+        return std::nullopt;
+    }
+    takeEvents();
+    return model_->connection()->isAlive() ? std::optional(displaysRevision_) : std::nullopt;
+}
+
+void DesktopWatch::Core::note(const DesktopChanges& changes) {
+    untold_ |= changes;
+    displaysRevision_ += changes.displays ? 1 : 0;
+}
+
 /// Not on the thread, which is to tell of what the events say.
 void DesktopWatch::Core::takeEvents() {
-    untold_ |= model_->takeEvents();
+    note(model_->takeEvents());
     if (untold_.any()) {
         alarm_.ring();
     }
@@ -286,6 +284,11 @@ void DesktopWatch::start() {
 std::shared_ptr<const DesktopState> DesktopWatch::state() {
     start();
     return core_->state();
+}
+
+std::optional<std::uint64_t> DesktopWatch::displaysRevision() {
+    start();
+    return core_->displaysRevision();
 }
 
 NSKeyValueObservation DesktopWatch::observe(DesktopAspect aspect, std::function<void()> handler) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "Zorvane/Platform/Foundation/NSKeyValueObservation.hpp"
@@ -33,6 +34,10 @@ class DesktopWatch {
     /// and for the first connection, each for `longestXAnswer` at most. Never null. As long as nothing changes it is
     /// the same object.
     std::shared_ptr<const DesktopState> state();
+
+    /// Another number after each change of the displays that the server has told of by now; nothing while there is no
+    /// connection. Asks the server nothing.
+    std::optional<std::uint64_t> displaysRevision();
 
     /// Calls `handler` on the thread after each change, until the token goes; many changes at once may give one call. A
     /// call that is under way may still finish then.

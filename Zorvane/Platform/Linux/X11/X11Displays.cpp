@@ -6,7 +6,6 @@
 #include "Zorvane/Platform/CoreGraphics/CGError.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
-#include "Zorvane/Platform/Linux/X11/XDisplayList.hpp"
 #include "Zorvane/Platform/Linux/X11/XSession.hpp"
 
 namespace zorvane {
@@ -51,10 +50,40 @@ X11Displays::~X11Displays() {
     }
 }
 
+/// The revision is looked at before the question, so that a change in between is asked about again.
+std::shared_ptr<const std::vector<XDisplay>> X11Displays::displays() {
+    const auto revision = watch_->displaysRevision();
+    if (revision) {
+        const std::lock_guard lock(mutex_);
+        if (known_.displays && known_.revision == *revision) {
+            return known_.displays;
+        }
+    }
+    auto displays = std::make_shared<const std::vector<XDisplay>>(readDisplays(*session_->query()));
+    if (revision) {
+        const std::lock_guard lock(mutex_);
+        known_ = {*revision, displays};
+    }
+    return displays;
+}
+
+/// Without a server there is no such display.
+std::optional<XDisplay> X11Displays::find(CGDirectDisplayID displayID) {
+    try {
+        const auto all = displays();
+        const auto display =
+            std::find_if(all->begin(), all->end(), [&](const XDisplay& each) { return each.displayID == displayID; });
+        return display == all->end() ? std::nullopt : std::optional(*display);
+    } catch (const NSError&) {
+        return std::nullopt;
+    }
+}
+
 std::vector<CGDirectDisplayID> X11Displays::activeDisplayList() {
     try {
+        const auto all = displays();
         std::vector<CGDirectDisplayID> displayIDs;
-        for (const XDisplay& display : readDisplays(*session_->query())) {
+        for (const XDisplay& display : *all) {
             displayIDs.push_back(display.displayID);
         }
         return displayIDs;
@@ -64,25 +93,22 @@ std::vector<CGDirectDisplayID> X11Displays::activeDisplayList() {
 }
 
 std::optional<CGDisplayProperties> X11Displays::properties(CGDirectDisplayID displayID) {
-    try {
-        const auto displays = readDisplays(*session_->query());
-        const auto display = std::find_if(displays.begin(), displays.end(),
-                                          [&](const XDisplay& each) { return each.displayID == displayID; });
-        return display == displays.end() ? std::nullopt : std::optional(display->properties);
-    } catch (const NSError&) {
-        return std::nullopt;  // without a server there is no such display
-    }
+    const auto display = find(displayID);
+    return display ? std::optional(display->properties) : std::nullopt;
 }
 
 std::optional<CGDisplayMode> X11Displays::displayMode(CGDirectDisplayID displayID) {
-    const auto display = properties(displayID);
+    const auto display = find(displayID);
     if (!display) {
         return std::nullopt;
     }
-    const auto width = static_cast<std::uint32_t>(display->bounds.size.width);
-    const auto height = static_cast<std::uint32_t>(display->bounds.size.height);
-    return CGDisplayMode{
-        .width = width, .height = height, .pixelWidth = width, .pixelHeight = height, .refreshRate = 0};
+    const auto width = static_cast<std::uint32_t>(display->properties.bounds.size.width);
+    const auto height = static_cast<std::uint32_t>(display->properties.bounds.size.height);
+    return CGDisplayMode{.width = width,
+                         .height = height,
+                         .pixelWidth = width,
+                         .pixelHeight = height,
+                         .refreshRate = display->refreshRate};
 }
 
 void X11Displays::registerReconfigurationCallback(CGDisplayReconfigurationCallBack callback, void* userInfo) {

@@ -23,6 +23,7 @@ namespace {
 struct Found {
     DisplayIdentity identity;
     CGDisplayProperties properties;
+    double refreshRate = 0;
 };
 
 bool isBuiltInConnector(std::string_view connector) {
@@ -42,6 +43,44 @@ double clockwiseDegrees(std::uint16_t rotation) {
     return rotation & XCB_RANDR_ROTATION_ROTATE_270 ? 90 : 0;
 }
 
+/// In Hz; 0 for a mode that doesn't say.
+double refreshRate(const xcb_randr_mode_info_t& mode) {
+    double dots = static_cast<double>(mode.htotal) * mode.vtotal;
+    if (mode.mode_flags & XCB_RANDR_MODE_FLAG_DOUBLE_SCAN) {
+        dots *= 2;
+    }
+    if (mode.mode_flags & XCB_RANDR_MODE_FLAG_INTERLACE) {
+        dots /= 2;
+    }
+    return dots > 0 ? mode.dot_clock / dots : 0;
+}
+
+/// The refresh rates of the modes that a server knows.
+class RefreshRates {
+  public:
+    explicit RefreshRates(const XConnection& connection)
+        : connection_(connection.get()),
+          query_(xcb_randr_get_screen_resources_current(connection_, connection.root())) {}
+
+    /// Waits for the server. Once.
+    void receive() { reply_.reset(xcb_randr_get_screen_resources_current_reply(connection_, query_, nullptr)); }
+
+    double operator[](xcb_randr_mode_t mode) const {
+        if (reply_) {
+            const auto* modes = xcb_randr_get_screen_resources_current_modes(reply_.get());
+            const auto* end = modes + xcb_randr_get_screen_resources_current_modes_length(reply_.get());
+            const auto* found = std::find_if(modes, end, [&](const auto& each) { return each.id == mode; });
+            return found != end ? refreshRate(*found) : 0;
+        }
+        return 0;
+    }
+
+  private:
+    xcb_connection_t* connection_;
+    xcb_randr_get_screen_resources_current_cookie_t query_;
+    XReply<xcb_randr_get_screen_resources_current_reply_t> reply_;
+};
+
 /// All questions about one monitor. They are sent for all monitors before the first answer is waited for.
 class MonitorQuery {
   public:
@@ -56,7 +95,7 @@ class MonitorQuery {
         }
     }
 
-    Found answer(std::uint32_t unitNumber) const {
+    Found answer(std::uint32_t unitNumber, const RefreshRates& refreshRates) const {
         Found found;
         found.properties.isMain = monitor_.primary != 0;
         found.properties.isActive = true;
@@ -66,7 +105,7 @@ class MonitorQuery {
         found.properties.unitNumber = unitNumber;
         found.identity.connector = name();
         if (output_) {
-            addOutput(found);
+            addOutput(found, refreshRates);
         }
         return found;
     }
@@ -86,10 +125,13 @@ class MonitorQuery {
                 static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
     }
 
-    void addOutput(Found& found) const {
+    void addOutput(Found& found, const RefreshRates& refreshRates) const {
         found.identity.edid = readEDID();
         found.properties.isBuiltIn = isBuiltInConnector(found.identity.connector);
-        found.properties.rotation = readRotation();
+        if (const auto controller = readController()) {
+            found.properties.rotation = clockwiseDegrees(controller->rotation);
+            found.refreshRate = refreshRates[controller->mode];
+        }
         found.properties.localizedName = found.identity.connector;
         if (const auto edid = EDID::parse(found.identity.edid)) {
             found.properties.vendorNumber = edid->vendorNumber;
@@ -110,16 +152,15 @@ class MonitorQuery {
         return {data, data + xcb_randr_get_output_property_data_length(reply.get())};
     }
 
-    double readRotation() const {
+    /// Null if the output shows nothing.
+    XReply<xcb_randr_get_crtc_info_reply_t> readController() const {
         const XReply<xcb_randr_get_output_info_reply_t> info(
             xcb_randr_get_output_info_reply(connection_, output_->info, nullptr));
         if (!info || info->crtc == XCB_NONE) {
-            return 0;
+            return nullptr;
         }
-        const auto crtcQuery = xcb_randr_get_crtc_info(connection_, info->crtc, XCB_CURRENT_TIME);
-        const XReply<xcb_randr_get_crtc_info_reply_t> crtc(
-            xcb_randr_get_crtc_info_reply(connection_, crtcQuery, nullptr));
-        return crtc ? clockwiseDegrees(crtc->rotation) : 0;
+        const auto query = xcb_randr_get_crtc_info(connection_, info->crtc, XCB_CURRENT_TIME);
+        return XReply<xcb_randr_get_crtc_info_reply_t>(xcb_randr_get_crtc_info_reply(connection_, query, nullptr));
     }
 
     xcb_connection_t* connection_;
@@ -130,6 +171,7 @@ class MonitorQuery {
 
 std::vector<Found> readMonitors(const XConnection& connection) {
     const auto query = xcb_randr_get_monitors(connection.get(), connection.root(), 1);
+    RefreshRates refreshRates(connection);
     const auto edidAtom = internAtom(connection, "EDID");
     const XReply<xcb_randr_get_monitors_reply_t> reply(xcb_randr_get_monitors_reply(connection.get(), query, nullptr));
     if (!reply) {
@@ -140,9 +182,10 @@ std::vector<Found> readMonitors(const XConnection& connection) {
          xcb_randr_monitor_info_next(&each)) {
         queries.emplace_back(connection, edidAtom, *each.data);
     }
+    refreshRates.receive();
     std::vector<Found> all;
     for (const MonitorQuery& each : queries) {
-        all.push_back(each.answer(static_cast<std::uint32_t>(all.size())));
+        all.push_back(each.answer(static_cast<std::uint32_t>(all.size()), refreshRates));
     }
     return all;
 }
@@ -190,7 +233,7 @@ std::vector<XDisplay> numbered(const std::vector<Found>& found) {
     const auto serialNumbers = DisplayNumbering::shared().assign(identities);
     std::vector<XDisplay> displays;
     for (std::size_t index = 0; index < found.size(); ++index) {
-        displays.push_back({serialNumbers[index], found[index].properties});
+        displays.push_back({serialNumbers[index], found[index].properties, found[index].refreshRate});
         displays.back().properties.serialNumber = serialNumbers[index];
     }
     return displays;

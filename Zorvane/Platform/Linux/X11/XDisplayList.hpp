@@ -12,6 +12,7 @@ class XConnection;
 struct XDisplay {
     CGDirectDisplayID displayID = 0;  ///< the serial number: unique, and the same after a reconnection
     CGDisplayProperties properties;
+    double refreshRate = 0;  ///< Hz; 0 when unknown
 };
 
 /// The active displays, the main one first. A point is a pixel of the framebuffer, so bounds are in both; a monitor
