@@ -15,6 +15,8 @@
 #include "Zorvane/Platform/Linux/System/CaptureHardware.hpp"
 #include "Zorvane/Platform/Linux/System/MachineModel.hpp"
 #include "Zorvane/Platform/Linux/System/UserDefaults.hpp"
+#include "Zorvane/Platform/Linux/X11/Cursor/X11Cursors.hpp"
+#include "Zorvane/Platform/Linux/X11/Cursor/X11DisplayLink.hpp"
 #include "Zorvane/Platform/Linux/X11/DesktopWatch.hpp"
 #include "Zorvane/Platform/Linux/X11/Input/X11Events.hpp"
 #include "Zorvane/Platform/Linux/X11/X11Displays.hpp"
@@ -33,6 +35,8 @@ Platform makeLinuxPlatform() {
     Platform platform;
     platform.clock = MonotonicClock::shared();
     platform.displays = std::make_shared<X11Displays>(session, desktop);
+    platform.displayLinks = std::make_shared<X11DisplayLinks>(platform.displays);
+    platform.cursors = std::make_shared<X11Cursors>();
     platform.audioConverting = std::make_shared<FFmpegAudioConverting>();
     platform.captureDevices = std::make_shared<LinuxCaptureDevices>(
         std::make_shared<PipeWireCaptureDevices>(pipeWire, platform.audioConverting), std::make_shared<PhoneDevices>());
