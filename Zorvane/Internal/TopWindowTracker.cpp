@@ -15,6 +15,9 @@
 namespace zorvane {
 namespace {
 
+/// However many changes there are, others get their turn.
+constexpr std::chrono::nanoseconds shortestPause = std::chrono::milliseconds(1);
+
 /// Lists of displays hold those that have gone too.
 ZVDisplay::List availableOnes(ZVDisplay::List displays) {
     std::erase_if(displays, [](const std::shared_ptr<ZVDisplay>& display) {
@@ -111,15 +114,19 @@ std::shared_ptr<ZVWindow> TopWindowTracker::topWindow() const {
 
 Task<> TopWindowTracker::poll(std::weak_ptr<const TopWindowTracker> weak, AsyncStream<ChangeSignal::Change> changes,
                               AsyncStreamSource<Update> source) {
+    const auto clock = Platform::current()->clock;
     std::optional<Update> last;
+    auto lookedAt = clock->now();
     while (auto update = look(weak)) {
         if (!last || last->windowSnapshot != update->windowSnapshot) {
             source.yield(*update);
             last = std::move(update);
         }
-        // Others go first, however many changes there are.
-        co_await sleepFor(std::chrono::nanoseconds::zero(), std::chrono::nanoseconds::zero());
         co_await changes.next();
+        if (const auto pause = lookedAt + shortestPause - clock->now(); pause > pause.zero()) {
+            co_await sleepFor(pause, pause.zero());
+        }
+        lookedAt = clock->now();
     }
 }
 

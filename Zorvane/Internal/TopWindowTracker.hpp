@@ -19,7 +19,8 @@
 namespace zorvane {
 
 /// Which window is in front comes from the list of windows, ten times a second at most; where that one is, from the
-/// window server itself, at once after every change that it tells of. As long as nothing changes, nothing runs.
+/// window server itself, at once after every change that it tells of, a thousand times a second at most. As long as
+/// nothing changes, nothing runs.
 ///
 /// The front window of a display is the first one in the list that lies on this display more than on any other. Lives
 /// until the last reference goes; its streams end then. Any thread.
