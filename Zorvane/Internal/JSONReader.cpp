@@ -30,6 +30,21 @@ bool nestsTooDeep(std::string_view text) {
     });
 }
 
+/// What the parser lets pass: a mark at the beginning, also of a part of a larger text; whatever stands behind a zero
+/// byte; any depth.
+std::optional<std::string> faultThatParserPasses(std::string_view text) {
+    if (text.starts_with("\xEF\xBB\xBF")) {
+        return "begins with a byte order mark";
+    }
+    if (const std::size_t zero = text.find('\0'); zero != text.npos) {
+        return fmt::format("not JSON at byte {}", zero + 1);
+    }
+    if (nestsTooDeep(text)) {
+        return fmt::format("nests deeper than {} levels", JSONDocument::maxDepth);
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 JSONReader JSONReader::member(std::string_view key) const {
@@ -130,8 +145,8 @@ JSONReader JSONReader::child(std::string_view key, const nlohmann::json& value) 
 }
 
 JSONDocument::JSONDocument(std::string_view text, std::string path) : path_(std::move(path)) {
-    if (nestsTooDeep(text)) {
-        failAt(path_, fmt::format("nests deeper than {} levels", maxDepth), NSCoderReadCorruptError);
+    if (const auto fault = faultThatParserPasses(text)) {
+        failAt(path_, *fault, NSCoderReadCorruptError);
     }
     try {
         value_ = std::make_unique<const nlohmann::json>(nlohmann::json::parse(text));

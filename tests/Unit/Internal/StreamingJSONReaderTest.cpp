@@ -70,6 +70,9 @@ TEST(StreamingJSONReader, RefusesWhatIsDamagedElsewhere) {
     EXPECT_EQ(read("[]]"), "document: not JSON at byte 3");
     EXPECT_EQ(read("{}"), "document: not an array");
     EXPECT_EQ(read("]"), "document: not JSON at byte 1");
+    EXPECT_EQ(read({"[{}\0x]", 6}), "document[0]: not JSON at byte 3");
+    EXPECT_EQ(read("[\xEF\xBB\xBF{}]"), "document[0]: begins with a byte order mark");
+    EXPECT_EQ(read("\xEF\xBB\xBF[]"), "document: begins with a byte order mark");
     EXPECT_EQ(read("[{\"a\":\"\xFF\"}]"), "document[0]: not JSON at byte 7");
 }
 
