@@ -1,28 +1,23 @@
 #include "Zorvane/ZVBundleInfo.hpp"
 
-#include <algorithm>
 #include <array>
-#include <utility>
 
 #include "Zorvane/Internal/JSONReader.hpp"
 #include "Zorvane/Internal/JSONWriter.hpp"
+#include "Zorvane/Internal/RawValues.hpp"
 
 namespace zorvane {
+
+template <>
+struct RawValues<ZVBundleInfo::FileAssetType> {
+    static constexpr auto names = std::to_array<std::string_view>(
+        {"screen", "webcam", "audio", "mouse", "systemAudio", "appleDevice", "topWindow"});
+};
+
 namespace {
 
 using FileAsset = ZVBundleInfo::FileAsset;
 using FileAssetType = ZVBundleInfo::FileAssetType;
-
-// In the order of the enumeration.
-constexpr std::array<std::pair<FileAssetType, std::string_view>, 7> typeNames{{
-    {FileAssetType::screen, "screen"},
-    {FileAssetType::webcam, "webcam"},
-    {FileAssetType::audio, "audio"},
-    {FileAssetType::mouse, "mouse"},
-    {FileAssetType::systemAudio, "systemAudio"},
-    {FileAssetType::appleDevice, "appleDevice"},
-    {FileAssetType::topWindow, "topWindow"},
-}};
 
 void writeAsset(JSONWriter& writer, const FileAsset& asset) {
     writer.beginObject();
@@ -41,15 +36,6 @@ void writeAsset(JSONWriter& writer, const FileAsset& asset) {
     writer.endObject();
 }
 
-FileAssetType readType(const JSONReader& reader) {
-    const std::string name = reader.string();
-    const auto* const found = std::ranges::find(typeNames, name, &decltype(typeNames)::value_type::second);
-    if (found == typeNames.end()) {
-        reader.failUnknownValue();
-    }
-    return found->first;
-}
-
 std::optional<std::vector<std::string>> readRelated(const std::optional<JSONReader>& reader) {
     if (!reader) {
         return std::nullopt;
@@ -62,7 +48,7 @@ std::optional<std::vector<std::string>> readRelated(const std::optional<JSONRead
 }
 
 FileAsset readAsset(const JSONReader& reader) {
-    return {readType(reader.member("type")), reader.member("filename").string(),
+    return {readRawValue<FileAssetType>(reader.member("type")), reader.member("filename").string(),
             readRelated(reader.optionalMember("related"))};
 }
 
@@ -71,7 +57,7 @@ FileAsset readAsset(const JSONReader& reader) {
 const ZVBundleInfo ZVBundleInfo::empty{};
 
 std::string_view rawValue(FileAssetType type) {
-    return typeNames.at(static_cast<std::size_t>(type)).second;
+    return rawValueOf(type);
 }
 
 std::string ZVBundleInfo::encode() const {
