@@ -86,6 +86,7 @@ TEST_F(X11KeyboardEventsTest, ANewLayoutIsFollowed) {
     setLayout("us");
     const auto listener = listen();
     user_.type(z).act();
+    listener->flush();  // the change comes sooner than any person could make it
     setLayout("de");
     user_.type(z).act();
     listener->flush();

@@ -66,10 +66,10 @@ void note(const xcb_record_enable_context_reply_t& reply, RecordedInput& input) 
 }  // namespace
 
 RecordStream::RecordStream(std::shared_ptr<XConnection> control, std::shared_ptr<XConnection> data)
-    : control_(std::move(control)), data_(std::move(data)), serverTime_((createContext(), enableContext())) {}
+    : control_(std::move(control)), data_(std::move(data)), context_(createContext()), serverTime_(enableContext()) {}
 
 /// Of requests, only the control connection's marks are recorded.
-void RecordStream::createContext() {
+std::uint32_t RecordStream::createContext() const {
     if (!control_->extensions().record.isPresent) {
         control_->requireAlive();
         throw NSError(X11ErrorDomain, X11MissingExtensionError,
@@ -83,9 +83,9 @@ void RecordStream::createContext() {
     range.device_events = {XCB_KEY_PRESS, XCB_MOTION_NOTIFY};
     range.core_requests = {XCB_NO_OPERATION, XCB_NO_OPERATION};
     const xcb_record_client_spec_t client = xcb_get_setup(connection)->resource_id_base;
-    context_ = xcb_generate_id(connection);
+    const xcb_record_context_t context = xcb_generate_id(connection);
     const auto creation =
-        xcb_record_create_context_checked(connection, context_, allElementsBare, 1, 1, &client, &range);
+        xcb_record_create_context_checked(connection, context, allElementsBare, 1, 1, &client, &range);
     const XReply<xcb_generic_error_t> error(xcb_request_check(connection, creation));
     control_->requireAlive();
     if (error) {
@@ -93,6 +93,7 @@ void RecordStream::createContext() {
                       {fmt::format("The X server \"{}\" doesn't let this program record mouse and keyboard (error {}).",
                                    control_->name(), error->error_code)});
     }
+    return context;
 }
 
 /// The first reply tells the server's time.

@@ -38,12 +38,12 @@ class RecordStream {
     void mark();
 
   private:
-    void createContext();
+    std::uint32_t createContext() const;
     ServerTime enableContext();
 
     const std::shared_ptr<XConnection> control_;
     const std::shared_ptr<XConnection> data_;
-    std::uint32_t context_ = 0;
+    const std::uint32_t context_;
     unsigned int enabling_ = 0;  ///< the request that all replies belong to
     ServerTime serverTime_;
 };

@@ -27,6 +27,13 @@ bool isOfInterest(CGEventType type, CGEventMask mask) {
     return (mask >> static_cast<std::uint32_t>(type) & 1) != 0;
 }
 
+/// The rules of composing are some thousand; nobody reads them for the mouse.
+Keyboard makeKeyboard(const XConnection& connection, CGEventMask mask) {
+    return {readKeyboardLayout(connection),
+            isOfInterest(CGEventType::keyDown, mask) ? KeyComposer::ofUser() : KeyComposer(nullptr),
+            readHeldKeys(connection)};
+}
+
 }  // namespace
 
 X11EventListener::X11EventListener(std::shared_ptr<XConnection> control, std::shared_ptr<XConnection> data,
@@ -38,8 +45,7 @@ X11EventListener::X11EventListener(std::shared_ptr<XConnection> control, std::sh
       stream_(control_, data_),
       watch_(control_),
       keyboardWatch_(*control_),
-      translator_(stream_.serverTime(),
-                  Keyboard(readKeyboardLayout(*control_), KeyComposer::ofUser(), readHeldKeys(*control_))) {
+      translator_(stream_.serverTime(), makeKeyboard(*control_, eventsOfInterest)) {
     control_->requireAlive();
     watch_.arm();
     thread_ = std::thread([this] { run(); });
@@ -76,7 +82,8 @@ void X11EventListener::run() {
         const RecordedInput input = stream_.take();
         followKeyboard();
         deliver(input);
-        pace(!input.events.empty() || std::exchange(isInputNoticed_, false));
+        const bool isNoticed = std::exchange(isInputNoticed_, false);
+        pace(isNoticed || !input.events.empty());
         confirm(input.marks);
         isEnd = input.isEnd || !control_->isAlive();
     }

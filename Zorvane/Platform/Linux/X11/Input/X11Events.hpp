@@ -34,7 +34,7 @@ class X11Events final : public CGEvents {
 };
 
 /// `NSEvents` on the same. A client of an X server can't tell its own events from those of others, so the global
-/// monitor hears them all, and the local one nothing.
+/// monitor hears them all, and the local one nothing. A monitor ends as a tap does, with that event as its last.
 class X11EventMonitors final : public NSEvents {
   public:
     explicit X11EventMonitors(std::shared_ptr<CGEvents> events) : events_(std::move(events)) {}
