@@ -142,7 +142,9 @@ class ZVInputEvent {
     /// What "type" says in JSON, in the order of the payloads.
     enum class TypeValue : std::uint8_t { mouse, keyboard, modifiersChanged };
 
-    explicit ZVInputEvent(Payload payload) : payload_(std::move(payload)) {}
+    explicit ZVInputEvent(ZVMouseEvent event) : payload_(std::move(event)) {}
+    explicit ZVInputEvent(ZVKeyboardEvent event) : payload_(std::move(event)) {}
+    explicit ZVInputEvent(ZVInputModifiersChangedEvent event) : payload_(std::move(event)) {}
 
     const Payload& payload() const { return payload_; }
     TypeValue type() const { return static_cast<TypeValue>(payload_.index()); }

@@ -45,7 +45,8 @@ class ZVWindowPresence {
     /// What "type" says in JSON, in the order of the payloads.
     enum class TypeValue : std::uint8_t { present, absent };
 
-    explicit ZVWindowPresence(Payload payload) : payload_(std::move(payload)) {}
+    explicit ZVWindowPresence(ZVWindowInfo info) : payload_(std::move(info)) {}
+    explicit ZVWindowPresence(ZVWindowAbsence absence) : payload_(std::move(absence)) {}
 
     const Payload& payload() const { return payload_; }
     TypeValue type() const { return static_cast<TypeValue>(payload_.index()); }

@@ -65,11 +65,11 @@ Task<> InputEventProcessor::process(CGEvent cgEvent) {
     const ZVTime time = ZVTime::from(timestamp, recordingInterval_.recordFrom());
     if (contains(mouseEventTypes, cgEvent.type)) {
         const CursorTimeline::Observation cursor = co_await cursorObservation(eventTime);
-        write(createZVMouseEvent(cgEvent, time, cursor.cursorType, crop_));
+        write(ZVInputEvent(createZVMouseEvent(cgEvent, time, cursor.cursorType, crop_)));
     } else if (contains(keyPressEventTypes, cgEvent.type)) {
-        write(createZVKeyboardEvent(cgEvent, time));
+        write(ZVInputEvent(createZVKeyboardEvent(cgEvent, time)));
     } else if (contains(inputModifiersChangedTypes, cgEvent.type)) {
-        write(ZVInputModifiersChangedEvent{time, toZVInputModifierSet(cgEvent.flags)});
+        write(ZVInputEvent(ZVInputModifiersChangedEvent{time, toZVInputModifierSet(cgEvent.flags)}));
     } else {
         logger_.warning("Unknown CGEvent type.", typeMetadata(cgEvent.type));
     }
@@ -85,7 +85,7 @@ void InputEventProcessor::writeCursorChanges(CMTime untilIncluding) {
     const CMTime start = hostTime(recordingInterval_.recordFrom());
     for (const auto& change : cursorTimeline_->observations(lastCursorChange_.value_or(start), untilIncluding)) {
         lastCursorChange_ = change.timestamp;
-        write(createCursorChangedEvent(change, ZVTime::from(change.timestamp, start), crop_));
+        write(ZVInputEvent(createCursorChangedEvent(change, ZVTime::from(change.timestamp, start), crop_)));
     }
 }
 
@@ -99,9 +99,9 @@ Task<CursorTimeline::Observation> InputEventProcessor::cursorObservation(CMTime 
     co_return observation;
 }
 
-void InputEventProcessor::write(ZVInputEvent::Payload payload) {
+void InputEventProcessor::write(const ZVInputEvent& event) {
     try {
-        writer_.write(ZVInputEvent(std::move(payload)));
+        writer_.write(event);
     } catch (const NSError& error) {
         if (error.domain() != NSCocoaErrorDomain) {
             throw;  // the file is at fault, not the event

@@ -46,7 +46,7 @@ class InputEventProcessor {
   private:
     void writeCursorChanges(CMTime untilIncluding);
     Task<CursorTimeline::Observation> cursorObservation(CMTime time);
-    void write(ZVInputEvent::Payload payload);
+    void write(const ZVInputEvent& event);
 
     const Logger logger_;
     const CGRect crop_;
