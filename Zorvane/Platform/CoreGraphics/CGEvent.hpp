@@ -42,7 +42,9 @@ enum class CGEventFlags : std::uint64_t {
 constexpr CGEventFlags operator|(CGEventFlags a, CGEventFlags b) {
     return static_cast<CGEventFlags>(static_cast<std::uint64_t>(a) | static_cast<std::uint64_t>(b));
 }
-constexpr CGEventFlags& operator|=(CGEventFlags& a, CGEventFlags b) { return a = a | b; }
+constexpr CGEventFlags& operator|=(CGEventFlags& a, CGEventFlags b) {
+    return a = a | b;
+}
 constexpr bool contains(CGEventFlags flags, CGEventFlags mask) {
     return (static_cast<std::uint64_t>(flags) & static_cast<std::uint64_t>(mask)) != 0;
 }

@@ -37,8 +37,8 @@ class CGEvents {
     virtual std::optional<CGEvent> create() = 0;
 
     /// Begins to listen; events from then on are heard. It hears mouse and keyboard, and `tapDisabledByTimeout` or
-    /// `tapDisabledByUserInput` as its last event if the system ends it. Null if it can't be made for a reason that isn't
-    /// known; throws `NSError` with a text for the user if it is.
+    /// `tapDisabledByUserInput` as its last event if the system ends it. Null if it can't be made for a reason that
+    /// isn't known; throws `NSError` with a text for the user if it is.
     virtual std::unique_ptr<CGEventListener> tapCreate(CGEventMask eventsOfInterest, CGEventHandler handler) = 0;
 };
 

@@ -19,8 +19,8 @@ inline constexpr CVReturn kCVReturnDisplayLinkNotRunning = -6672;
 inline constexpr CVReturn kCVReturnDisplayLinkCallbacksNotSet = -6673;
 
 /// Calls its handler once for each refresh of one display, one call at a time on a thread of the link. A refresh at
-/// which neither the pointer nor the cursor has changed since the last call may be left out; the first one after a start
-/// never is, nor is the first one after a change. Any thread.
+/// which neither the pointer nor the cursor has changed since the last call may be left out; the first one after a
+/// start never is, nor is the first one after a change. Any thread.
 class CVDisplayLink {
   public:
     /// The result is always 0.
