@@ -18,7 +18,7 @@ std::shared_ptr<Recorder> makeScreenRecorder(const Item& item, const ResolvedCon
                                              const RecorderContext& context) {
     return std::make_shared<ScreenRecorder>(ScreenRecorderParameters{
         .id = item.id,
-        .outputDescription = outputDescription(item.outputOptions.form(), context.bundleURL, fallbackFilename(item)),
+        .outputDescription = context.claimOutput(item.outputOptions.form(), fallbackFilename(item)),
         .content = content,
         .captureAudio = item.captureAudio,
         .showsCursor = item.showsCursor,
@@ -52,7 +52,7 @@ void addInputRecorders(Recorders& recorders, const Item& item, const ResolvedCon
     recorders.push_back(std::make_shared<InputRecorder>(InputRecorderParameters{
         .id = item.id,
         .capture = *captureMode,
-        .url = inputEventsURL(item.outputOptions, context.bundleURL, fallbackFilename(item), inputEventsSuffix),
+        .url = context.claimSideFile(item.outputOptions, fallbackFilename(item), inputEventsSuffix),
         .globalCropTopLeft = content.globalCrop(),
         .cursorTimeline = cursorRecorder->timeline(),
         .recordingInterval = context.recordingInterval,
@@ -63,7 +63,7 @@ void addInputRecorders(Recorders& recorders, const Item& item, const ResolvedCon
 
 std::shared_ptr<Recorder> makeTopWindowRecorder(const DisplaySchemaItem& item, const ResolvedContentFilter& content,
                                                 const RecorderContext& context) {
-    const auto url = inputEventsURL(item.outputOptions, context.bundleURL, fallbackFilename(item), topWindowsSuffix);
+    const auto url = context.claimSideFile(item.outputOptions, fallbackFilename(item), topWindowsSuffix);
     return std::make_shared<TopWindowInfoRecorder>(item.id, url, content.display.displayID, content.globalCrop(),
                                                    context);
 }

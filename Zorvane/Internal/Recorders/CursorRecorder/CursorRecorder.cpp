@@ -26,7 +26,6 @@ std::string text(const CGPoint& point) {
 /// Apart from the refresh, which must not wait for it.
 void beginSwitch(std::shared_ptr<CVDisplayLink> link, CGDirectDisplayID from, CGDirectDisplayID to, Logger logger) {
     Executor::pool()->post([link = std::move(link), from, to, logger = std::move(logger)] {
-        const PoolBlockingScope blocking;
         const auto metadata = [&] {
             return LogMetadata{{"fromDisplay", fmt::format("{}", from)}, {"toDisplay", fmt::format("{}", to)}};
         };
