@@ -47,6 +47,21 @@ JSON trackJSON(const ZVMediaInfo::Track& track) {
     return std::visit(FormatJSON{common}, track.format);
 }
 
+JSON inputJSON(const InputSummary& summary) {
+    return {{"events", JSON(summary.events)}, {"clicks", JSON(summary.clicks)}, {"keys", summary.keys}};
+}
+
+JSON topWindowsJSON(const TopWindowSummary& summary) {
+    JSON windows = JSON::array();
+    for (const WindowOnTop& window : summary.windows) {
+        windows.push_back({{"windowID", window.windowID},
+                           {"title", orNull(window.title)},
+                           {"application", orNull(window.application)},
+                           {"seconds", window.seconds}});
+    }
+    return {{"windows", std::move(windows)}, {"secondsWithout", summary.secondsWithout}};
+}
+
 JSON fileJSON(const FileReport& file) {
     JSON json{
         {"filename", file.asset.filename}, {"type", zorvane::rawValue(file.asset.type)}, {"size", orNull(file.size)}};
@@ -60,6 +75,12 @@ JSON fileJSON(const FileReport& file) {
         for (const auto& track : file.media->tracks) {
             json["tracks"].push_back(trackJSON(track));
         }
+    }
+    if (file.input) {
+        json["input"] = inputJSON(*file.input);
+    }
+    if (file.topWindows) {
+        json["topWindows"] = topWindowsJSON(*file.topWindows);
     }
     json["error"] = orNull(file.error);
     return json;

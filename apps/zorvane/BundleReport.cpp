@@ -19,10 +19,6 @@ namespace fs = std::filesystem;
 
 constexpr auto manifestName = "zorvane.json";
 
-bool isSideFile(ZVBundleInfo::FileAssetType type) {
-    return type == ZVBundleInfo::FileAssetType::mouse || type == ZVBundleInfo::FileAssetType::topWindow;
-}
-
 std::string filesThatMayPlay(const fs::path& bundle) {
     const auto names = unlistedMedia(bundle, ZVBundleInfo::empty);
     return names.empty() ? "" : fmt::format(" Its recording was cut off; try to play {}.", fmt::join(names, ", "));
@@ -58,6 +54,19 @@ ZVBundleInfo decodeManifest(const fs::path& bundle) {
     }
 }
 
+void readContents(const fs::path& path, FileReport& report) {
+    switch (report.asset.type) {
+        case ZVBundleInfo::FileAssetType::mouse:
+            report.input = readInputSummary(path);
+            break;
+        case ZVBundleInfo::FileAssetType::topWindow:
+            report.topWindows = readTopWindowSummary(path);
+            break;
+        default:
+            report.media = ZVMediaInfo::read(path);
+    }
+}
+
 FileReport readFile(const fs::path& bundle, const ZVBundleInfo::FileAsset& asset) {
     FileReport report{.asset = asset};
     const fs::path path = bundle / asset.filename;
@@ -68,12 +77,10 @@ FileReport readFile(const fs::path& bundle, const ZVBundleInfo::FileAsset& asset
         return report;
     }
     report.size = size;
-    if (!isSideFile(asset.type)) {
-        try {
-            report.media = ZVMediaInfo::read(path);
-        } catch (const std::exception& problem) {
-            report.error = problem.what();
-        }
+    try {
+        readContents(path, report);
+    } catch (const std::exception& problem) {
+        report.error = problem.what();
     }
     return report;
 }

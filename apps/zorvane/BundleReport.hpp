@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "SegmentedStreams.hpp"
+#include "SideFileSummary.hpp"
 #include "Zorvane/ZVBundleInfo.hpp"
 #include "Zorvane/ZVMediaInfo.hpp"
 
@@ -19,6 +20,9 @@ struct FileReport {
     std::optional<std::uintmax_t> size = std::nullopt;
     /// Absent for a side file, and for a file that can't be read.
     std::optional<ZVMediaInfo> media = std::nullopt;
+    /// What a side file tells; absent for all else.
+    std::optional<InputSummary> input = std::nullopt;
+    std::optional<TopWindowSummary> topWindows = std::nullopt;
     /// Why the file can't be read.
     std::optional<std::string> error = std::nullopt;
 };

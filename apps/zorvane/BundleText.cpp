@@ -51,6 +51,14 @@ void addFile(std::string& text, const FileReport& file) {
                            secondsText(track.duration));
         }
     }
+    if (file.input) {
+        fmt::format_to(out, "  {}\n", summaryText(*file.input));
+    }
+    if (file.topWindows) {
+        for (const std::string& line : summaryLines(*file.topWindows)) {
+            fmt::format_to(out, "  {}\n", line);
+        }
+    }
 }
 
 void addStream(std::string& text, const StreamReport& stream) {

@@ -30,6 +30,8 @@ constexpr auto recordHelp = R"(Examples:
   zorvane record --display main --microphone default --system-audio
                                               picture, voice and sound, a file each
   zorvane record --audio                      the system's sound inside the movie
+  zorvane record --mouse --keyboard --top-window
+                                              what was done where, as JSON beside the movie
   zorvane record --microphone default         a microphone alone
   zorvane record --window 41943046            where a window is, with its application alone
   zorvane record --segmented                  six-second segments and playlists, to play while it goes on
@@ -166,16 +168,25 @@ void addWhat(CLI::App& app, RecordOptions& options) {
         ->type_name("WHAT[,WHAT]")
         ->excludes(window);
     app.add_flag("--audio", options.displayAudio, "Put the system's sound into the display's movie")->excludes(window);
+    app.add_flag("--mouse", options.mouse, "Write what the mouse does to a JSON file, with the cursor's changes");
+    app.add_flag("--keyboard", options.keyboard, "Write every key that is pressed to that file, passwords too");
+    app.add_flag("--top-window", options.topWindow, "Write which window is in front, and where, to a JSON file")
+        ->excludes(window);
     addSound(app, options);
 }
 
 /// What options mean together.
 void requireSense(const RecordOptions& options) {
-    if (options.displayAudio && namesSound(options) && !options.display) {
-        throw CLI::ValidationError("--audio", "The sound goes into a display's movie. Add --display main.");
-    }
-    if (!options.excluding.empty() && namesSound(options) && !options.display) {
-        throw CLI::ValidationError("--exclude", "It is about a display's picture. Add --display main.");
+    const bool hasPicture = options.display || options.windowID || !namesSound(options);
+    const std::pair<bool, const char*> aboutPictures[] = {{options.displayAudio, "--audio"},
+                                                          {!options.excluding.empty(), "--exclude"},
+                                                          {options.mouse, "--mouse"},
+                                                          {options.keyboard, "--keyboard"},
+                                                          {options.topWindow, "--top-window"}};
+    for (const auto& [isGiven, name] : aboutPictures) {
+        if (isGiven && !hasPicture) {
+            throw CLI::ValidationError(name, "It belongs to a display's picture. Add --display main.");
+        }
     }
     if (options.events && !options.json) {
         throw CLI::ValidationError("--events", "Events are JSON. Add --json.");

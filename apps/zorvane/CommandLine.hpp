@@ -33,6 +33,10 @@ struct RecordOptions {
     std::vector<std::int32_t> applications;
     /// Puts the system's sound into the display's movie.
     bool displayAudio = false;
+    /// Write side files of what the user does, and of the window in front.
+    bool mouse = false;
+    bool keyboard = false;
+    bool topWindow = false;
     /// Writes segments and playlists instead of single files.
     bool segmented = false;
     std::set<ZVScreenRecordingExcludeOptions> excluding;

@@ -36,6 +36,9 @@ class Progress {
             output_.print(fmt::format("Recording to {}{}", printable(bundle.string()),
                                       options_.seconds ? fmt::format(" for {} s", *options_.seconds) : ""));
         }
+        if (options_.keyboard) {  // also when quiet is asked for: who types must be able to know
+            output_.print("zorvane: Every key that is pressed is recorded, passwords too.");
+        }
     }
 
     /// What shows the live line; empty where there is none, so that nothing has to wake for it.

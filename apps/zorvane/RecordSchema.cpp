@@ -20,6 +20,8 @@ Item windowItem(const RecordOptions& options, const SegmentHandler& onSegment) {
     ZVRecorder::WindowBasedCropOptions crop;
     crop.colorSpace = options.colorSpace;
     crop.showsCursor = options.showsCursor;
+    crop.mouseEvents = options.mouse;
+    crop.keyboardEvents = options.keyboard;
     return Item::windowBasedCrop(*options.windowID, crop,
                                  outputOf<ZVRecorder::ScreenRecordingOutputOptions>(options, onSegment));
 }
@@ -30,8 +32,10 @@ Item displayItem(const RecordOptions& options, const SegmentHandler& onSegment, 
     display.colorSpace = options.colorSpace;
     display.showsCursor = options.showsCursor;
     display.includeAudio = options.displayAudio;
-    return Item::display(chooseDisplay(options.display.value_or(DisplayName{}), std::move(stopToken)), display,
-                         outputOf<ZVRecorder::ScreenRecordingOutputOptions>(options, onSegment));
+    display.mouseEvents = options.mouse;
+    display.keyboardEvents = options.keyboard;
+    return Item::_display(chooseDisplay(options.display.value_or(DisplayName{}), std::move(stopToken)), display,
+                          options.topWindow, outputOf<ZVRecorder::ScreenRecordingOutputOptions>(options, onSegment));
 }
 
 std::set<ZVRecorder::SystemAudioExcludeOptions> excludedProcesses(const RecordOptions& options) {

@@ -29,9 +29,9 @@ class Arguments(CommandLineTest):
             *((["record", option, text], f'"{text}" names no process')
               for option in ["--application-audio", "--exclude-process"] for text in ["firefox", "0", "-1", ""]),
             (["record", "--exclude-process", "5"], "--system-audio"),
-            (["record", "--window", "1", "--audio"], "--window"),
+            *((["record", "--window", "1", option], "--window") for option in ["--audio", "--top-window"]),
             *((["record", *picture, *sound], "Add --display main")
-              for picture in [["--audio"], ["--exclude", "current"]]
+              for picture in [["--audio"], ["--exclude", "current"], ["--mouse"], ["--keyboard"], ["--top-window"]]
               for sound in [["--microphone", "default"], ["--system-audio"], ["--application-audio", "1"]]),
             (["record", "--events"], "Add --json"),
             (["sources", "screens"], "screens"),

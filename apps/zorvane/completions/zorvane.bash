@@ -19,7 +19,7 @@ _zorvane() {
             mapfile -t COMPREPLY < <(compgen -d -- "$cur")
             return
             ;;
-        *) words="--display --window --exclude --audio --microphone --system-audio --exclude-process --application-audio --segmented --events --color-space --no-cursor --seconds -o --output --platform --json -q --quiet --log-level --help" ;;
+        *) words="--display --window --exclude --audio --mouse --keyboard --top-window --microphone --system-audio --exclude-process --application-audio --segmented --events --color-space --no-cursor --seconds -o --output --platform --json -q --quiet --log-level --help" ;;
         esac
     elif [[ $command == sources ]]; then
         case $prev in

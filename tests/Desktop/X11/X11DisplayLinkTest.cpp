@@ -28,18 +28,19 @@ class X11DisplayLinkTest : public testing::Test {
 
     void start() {
         link->setOutputHandler([this] {
-            const auto pointer = platform.events->create();
-            lastX = pointer ? pointer->location.x : -1;
+            if (const auto pointer = platform.events->create()) {
+                lastX = pointer->location.x;
+            }
             ++calls;
             return kCVReturnSuccess;
         });
         ASSERT_EQ(link->start(), kCVReturnSuccess);
     }
     /// A link that doesn't rest never gets through here.
-    void waitUntilItRests(milliseconds duration = milliseconds(250)) {
-        waitUntil([&] {
+    void waitUntilItRests() {
+        waitUntil([this] {
             const int before = calls;
-            std::this_thread::sleep_for(duration);
+            std::this_thread::sleep_for(milliseconds(250));
             return calls == before;
         });
     }
@@ -54,7 +55,7 @@ class X11DisplayLinkTest : public testing::Test {
     X11TestClient client;
     Platform platform = makeLinuxPlatform();
     std::atomic<int> calls = 0;
-    std::atomic<double> lastX = -1;  // -1 if the server wasn't there
+    std::atomic<double> lastX = -1;
     std::unique_ptr<CVDisplayLink> link = platform.displayLinks->createWithActiveCGDisplays().link;
 };
 
@@ -66,7 +67,8 @@ TEST_F(X11DisplayLinkTest, ItRestsUntilPointerOrCursorChangeAndCallsOnceMoreAfte
     for (std::int16_t x = 0; x <= 500; ++x) {
         client.movePointer(x, 50);
     }
-    waitUntil([&] { return lastX == 500; });
+    waitUntilItRests();
+    EXPECT_EQ(lastX, 500);
 }
 
 TEST_F(X11DisplayLinkTest, ItKeepsTheRateOfItsDisplay) {
@@ -89,22 +91,11 @@ TEST_F(X11DisplayLinkTest, ItKeepsTheRateOfItsDisplay) {
 TEST_F(X11DisplayLinkTest, ItFollowsTheServerThatGoesAndComes) {
     start();
     expectCallAfter([&] { server.kill(); });
-    waitUntil([&] { return lastX == -1; });
     server.restart();
-    waitUntil([&] { return lastX >= 0; });
-    waitUntilItRests(milliseconds(2500));  // attempts to reach a server are no further apart than two seconds
-}
-
-TEST_F(X11DisplayLinkTest, ItStopsWhileTheServerHangs) {
-    start();
-    waitUntil([&] { return calls > 0; });
-    waitUntilItRests();
-    server.suspend();
-    EXPECT_EQ(link->stop(), kCVReturnSuccess);
-    server.resume();
-    const int before = calls;
-    EXPECT_EQ(link->start(), kCVReturnSuccess);
-    waitUntil([&] { return calls > before; });
+    waitUntil([&] {
+        X11TestClient().movePointer(123, 45);
+        return lastX == 123;
+    });
 }
 
 TEST_F(X11DisplayLinkTest, OperationsThatDontFitAreRefused) {
