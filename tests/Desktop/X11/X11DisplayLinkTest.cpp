@@ -28,19 +28,18 @@ class X11DisplayLinkTest : public testing::Test {
 
     void start() {
         link->setOutputHandler([this] {
-            if (const auto pointer = platform.events->create()) {
-                lastX = pointer->location.x;
-            }
+            const auto pointer = platform.events->create();
+            lastX = pointer ? pointer->location.x : -1;
             ++calls;
             return kCVReturnSuccess;
         });
         ASSERT_EQ(link->start(), kCVReturnSuccess);
     }
     /// A link that doesn't rest never gets through here.
-    void waitUntilItRests() {
-        waitUntil([this] {
+    void waitUntilItRests(milliseconds duration = milliseconds(250)) {
+        waitUntil([&] {
             const int before = calls;
-            std::this_thread::sleep_for(milliseconds(250));
+            std::this_thread::sleep_for(duration);
             return calls == before;
         });
     }
@@ -55,7 +54,7 @@ class X11DisplayLinkTest : public testing::Test {
     X11TestClient client;
     Platform platform = makeLinuxPlatform();
     std::atomic<int> calls = 0;
-    std::atomic<double> lastX = -1;
+    std::atomic<double> lastX = -1;  // -1 if the server wasn't there
     std::unique_ptr<CVDisplayLink> link = platform.displayLinks->createWithActiveCGDisplays().link;
 };
 
@@ -67,8 +66,7 @@ TEST_F(X11DisplayLinkTest, ItRestsUntilPointerOrCursorChangeAndCallsOnceMoreAfte
     for (std::int16_t x = 0; x <= 500; ++x) {
         client.movePointer(x, 50);
     }
-    waitUntilItRests();
-    EXPECT_EQ(lastX, 500);
+    waitUntil([&] { return lastX == 500; });
 }
 
 TEST_F(X11DisplayLinkTest, ItKeepsTheRateOfItsDisplay) {
@@ -91,11 +89,22 @@ TEST_F(X11DisplayLinkTest, ItKeepsTheRateOfItsDisplay) {
 TEST_F(X11DisplayLinkTest, ItFollowsTheServerThatGoesAndComes) {
     start();
     expectCallAfter([&] { server.kill(); });
+    waitUntil([&] { return lastX == -1; });
     server.restart();
-    waitUntil([&] {
-        X11TestClient().movePointer(123, 45);
-        return lastX == 123;
-    });
+    waitUntil([&] { return lastX >= 0; });
+    waitUntilItRests(milliseconds(2500));  // attempts to reach a server are no further apart than two seconds
+}
+
+TEST_F(X11DisplayLinkTest, ItStopsWhileTheServerHangs) {
+    start();
+    waitUntil([&] { return calls > 0; });
+    waitUntilItRests();
+    server.suspend();
+    EXPECT_EQ(link->stop(), kCVReturnSuccess);
+    server.resume();
+    const int before = calls;
+    EXPECT_EQ(link->start(), kCVReturnSuccess);
+    waitUntil([&] { return calls > before; });
 }
 
 TEST_F(X11DisplayLinkTest, OperationsThatDontFitAreRefused) {

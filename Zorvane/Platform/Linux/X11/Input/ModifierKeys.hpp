@@ -11,7 +11,7 @@ namespace zorvane {
 /// From the modifiers before a modifier key's press or release, which events tell, to those after it. One thread.
 class ModifierKeys {
   public:
-    /// A key that was held before the first event. Its lock, if it has one, counts as of before too.
+    /// A key that was held before the first event. What it locks counts as locked by this press, and stays.
     void assumeHeld(std::uint8_t key, const ModifierEffect& effect);
 
     std::uint16_t press(std::uint8_t key, const ModifierEffect& effect, std::uint16_t before);
