@@ -194,8 +194,7 @@ void X11TestClient::resizeScreen(std::uint16_t width, std::uint16_t height, std:
         connection_, xcb_randr_get_screen_resources(connection_, screen_->root), nullptr));
     const xcb_randr_crtc_t crtc = xcb_randr_get_screen_resources_crtcs(resources.get())[0];
     const xcb_randr_output_t output = xcb_randr_get_screen_resources_outputs(resources.get())[0];
-    const std::string name =
-        std::to_string(width) + "x" + std::to_string(height) + "@" + std::to_string(refreshRate);
+    const std::string name = std::to_string(width) + "x" + std::to_string(height) + "@" + std::to_string(refreshRate);
     xcb_randr_mode_info_t mode{};
     mode.width = width;
     mode.height = height;
