@@ -8,7 +8,7 @@
 #include "Zorvane/Internal/CGInterop/Display.hpp"
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/LogPieces.hpp"
-#include "Zorvane/Internal/Recorders/CursorRecorder/ThrottledWarnings.hpp"
+#include "Zorvane/Internal/Recorders/ThrottledWarnings.hpp"
 #include "Zorvane/Platform/CoreGraphics/CGEvents.hpp"
 #include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "Zorvane/Platform/Platform.hpp"

@@ -9,7 +9,7 @@
 #include "Zorvane/Internal/Concurrency/Task.hpp"
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Internal/Recorders/CursorRecorder/CursorTimeline.hpp"
-#include "Zorvane/Internal/Recorders/CursorRecorder/ThrottledWarnings.hpp"
+#include "Zorvane/Internal/Recorders/ThrottledWarnings.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
 #include "Zorvane/Internal/StreamingJSONWriter.hpp"
 #include "Zorvane/Platform/CoreGraphics/CGEvent.hpp"

@@ -1,4 +1,4 @@
-#include "Zorvane/Internal/Recorders/CursorRecorder/ThrottledWarnings.hpp"
+#include "Zorvane/Internal/Recorders/ThrottledWarnings.hpp"
 
 #include <fmt/format.h>
 
