@@ -26,6 +26,7 @@ std::string text(const CGPoint& point) {
 /// Apart from the refresh, which must not wait for it.
 void beginSwitch(std::shared_ptr<CVDisplayLink> link, CGDirectDisplayID from, CGDirectDisplayID to, Logger logger) {
     Executor::pool()->post([link = std::move(link), from, to, logger = std::move(logger)] {
+        const PoolBlockingScope blocking;
         const auto metadata = [&] {
             return LogMetadata{{"fromDisplay", fmt::format("{}", from)}, {"toDisplay", fmt::format("{}", to)}};
         };
@@ -113,6 +114,7 @@ CursorRecorder::CursorRecorder(std::string id, const Logger& logger)
       sampler_(std::make_shared<Sampler>(timeline_, displayLink_, logger_)) {}
 
 CursorRecorder::~CursorRecorder() {
+    const PoolBlockingScope blocking;
     displayLink_->stop();
 }
 
