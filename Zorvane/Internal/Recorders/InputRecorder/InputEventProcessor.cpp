@@ -61,11 +61,15 @@ Task<> InputEventProcessor::process(CGEvent cgEvent) {
         co_return;
     }
     const CMTime eventTime = hostTime(timestamp);
+    std::optional<CursorTimeline::Observation> cursor;
+    if (contains(mouseEventTypes, cgEvent.type)) {
+        // First of all: a change that is known only after the wait still stands ahead of the event.
+        cursor = co_await cursorObservation(eventTime);
+    }
     writeCursorChanges(eventTime);
     const ZVTime time = ZVTime::from(timestamp, recordingInterval_.recordFrom());
-    if (contains(mouseEventTypes, cgEvent.type)) {
-        const CursorTimeline::Observation cursor = co_await cursorObservation(eventTime);
-        write(ZVInputEvent(createZVMouseEvent(cgEvent, time, cursor.cursorType, crop_)));
+    if (cursor) {
+        write(ZVInputEvent(createZVMouseEvent(cgEvent, time, cursor->cursorType, crop_)));
     } else if (contains(keyPressEventTypes, cgEvent.type)) {
         write(ZVInputEvent(createZVKeyboardEvent(cgEvent, time)));
     } else if (contains(inputModifiersChangedTypes, cgEvent.type)) {

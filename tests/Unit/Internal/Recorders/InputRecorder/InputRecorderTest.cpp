@@ -107,6 +107,17 @@ TEST_F(InputRecorderTest, WaitsForTheLookThatCoversAnEvent) {
                                        "0.520 cursorChanged arrow 0,0", "0.600 moved arrow 0.5,0"));
 }
 
+TEST_F(InputRecorderTest, AChangeOfTheCursorThatIsKnownDuringTheWaitStandsAheadOfTheEvent) {
+    look(0, Cursor::arrow);
+    prepare();
+    startAt(0);
+    desktop->at(0.5).movePointer({{160, 100}});
+    advance(0.505);
+    look(0.499, Cursor::iBeam, {64, 40});  // an answer that took its time
+    look(0.51, Cursor::iBeam, {160, 100});
+    EXPECT_THAT(stopAt(1), ElementsAre("0.499 cursorChanged iBeam 0.2,0.2", "0.500 moved iBeam 0.5,0.5"));
+}
+
 TEST_F(InputRecorderTest, AnEventBeforeTheFirstLookHasTheFirstCursor) {
     look(0.7, Cursor::iBeam);
     prepare();
