@@ -1,14 +1,12 @@
 #include "Zorvane/Internal/Recorders/TopWindowInfoRecorder.hpp"
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <mutex>
 
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
 #include "Zorvane/ZVWindowPresence.hpp"
+#include "tests/Support/FileSizeLimit.hpp"
 #include "tests/Support/LogCapture.hpp"
 #include "tests/Support/TemporaryDirectory.hpp"
 #include "tests/Support/VirtualWindows.hpp"
@@ -186,16 +184,12 @@ TEST_F(TopWindowInfoRecorderTest, AStopRightAfterTheStartLeavesAWholeFile) {
 
 TEST_F(TopWindowInfoRecorderTest, AFileThatCanNotBeWrittenAbortsTheRecording) {
     prepare();
-    rlimit unlimited{};
-    getrlimit(RLIMIT_FSIZE, &unlimited);
-    const rlimit tiny{.rlim_cur = 10, .rlim_max = unlimited.rlim_max};
-    std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &tiny);
-    start();
-    desktop->now().moveWindow(1, inCrop(0.5));
-    advance(0.5);
-    setrlimit(RLIMIT_FSIZE, &unlimited);
-    std::signal(SIGXFSZ, SIG_DFL);
+    {
+        const testing::FileSizeLimit full(10);
+        start();
+        desktop->now().moveWindow(1, inCrop(0.5));
+        advance(0.5);
+    }
     EXPECT_EQ(signals().size(), 1U);
     EXPECT_EQ(log.count(ZVLogLevel::error, "Top window tracker stopped with error, aborting."), 1U);
     advance(0.5);

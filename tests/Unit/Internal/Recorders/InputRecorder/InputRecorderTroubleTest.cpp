@@ -1,12 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <fstream>
 #include <limits>
 
 #include "Zorvane/Platform/Foundation/NSError.hpp"
+#include "tests/Support/FileSizeLimit.hpp"
 #include "tests/Support/InputRecording.hpp"
 
 namespace zorvane {
@@ -83,26 +82,6 @@ TEST_F(InputRecorderTroubleTest, AnEventThatCannotBeWrittenIsLostAlone) {
     EXPECT_THAT(aborts(), IsEmpty());
 }
 
-/// While it lives, no file of this process grows beyond `size`.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t size) : oldHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit limit{size, old_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &old_);
-        std::signal(SIGXFSZ, oldHandler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit old_{};
-    void (*oldHandler_)(int);
-};
-
 TEST_F(InputRecorderTroubleTest, AFileThatCannotBeWrittenAborts) {
     keepArrow();
     prepare();
@@ -110,7 +89,7 @@ TEST_F(InputRecorderTroubleTest, AFileThatCannotBeWrittenAborts) {
     desktop->at(0.3).pressKey(a);
     advance(0.4);
     {
-        const FileSizeLimit full(std::filesystem::file_size(sideFile));
+        const testing::FileSizeLimit full(std::filesystem::file_size(sideFile));
         desktop->now().releaseKey(a);
         advance(0.1);
     }

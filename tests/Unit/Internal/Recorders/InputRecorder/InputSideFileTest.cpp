@@ -10,13 +10,14 @@ namespace zorvane {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
 using Item = ZVSchemaItem;
 
 /// Whole recordings, as a host makes them.
 class InputSideFileTest : public testing::VirtualWorldTest {
   protected:
-    ZVRecorder::Result record(const Item& item, double seconds) {
-        ZVRecorder recorder({item}, directory.path() / "bundle");
+    ZVRecorder::Result record(std::vector<Item> items, double seconds) {
+        ZVRecorder recorder(std::move(items), directory.path() / "bundle");
         clock->complete(recorder.prepare());
         advance(0.1);
         clock->complete(recorder.start());
@@ -48,29 +49,33 @@ class InputSideFileTest : public testing::VirtualWorldTest {
 
 TEST_F(InputSideFileTest, ADisplayHasAllOfItBesideThePicture) {
     desktop->now().movePointer({{160, 100}});
-    const auto result = record(Item::display(77, {.mouseEvents = true, .keyboardEvents = true}, "screen.mov"), 1);
+    const auto result = record({Item::display(77, {.mouseEvents = true, .keyboardEvents = true}, "screen.mov")}, 1);
     EXPECT_THAT(files(result), ElementsAre("screen screen.mov", "mouse screen.input-events.json"));
     EXPECT_THAT(testing::textOfFile(result.bundleURL / "screen.input-events.json"),
                 ElementsAre("0.250 moved arrow 0.1,0.1", "0.500 down secondary arrow 0.1,0.1",
                             "0.500 up secondary arrow 0.1,0.1", "0.750 down F5", "0.750 up F5"));
 }
 
-TEST_F(InputSideFileTest, AWindowCropTellsPlacesInTheWindow) {
+TEST_F(InputSideFileTest, AWindowCropTellsPlacesInTheWindowWhateverIsRecordedBeside) {
     desktop->now().movePointer({{160, 100}});
     VirtualWindow window;
     window.window.windowID = 5;
     window.window.frame = CGRect::make(16, 10, 32, 40);
     window.window.isOnScreen = true;
     desktop->now().setWindows({window});
-    const auto result = record(Item::windowBasedCrop(5, {.mouseEvents = true}), 1);
-    EXPECT_THAT(files(result), ElementsAre("screen windowcrop-5.mov", "mouse windowcrop-5.input-events.json"));
+    const auto result =
+        record({Item::windowBasedCrop(5, {.mouseEvents = true}), Item::display(77, {.keyboardEvents = true})}, 1);
+    EXPECT_THAT(files(result), UnorderedElementsAre("screen windowcrop-5.mov", "mouse windowcrop-5.input-events.json",
+                                                    "screen display-77.mov", "mouse display-77.input-events.json"));
     EXPECT_THAT(testing::textOfFile(result.bundleURL / "windowcrop-5.input-events.json"),
                 ElementsAre("0.250 moved arrow 0.5,0.25", "0.500 down secondary arrow 0.5,0.25",
                             "0.500 up secondary arrow 0.5,0.25"));
+    EXPECT_THAT(testing::textOfFile(result.bundleURL / "display-77.input-events.json"),
+                ElementsAre("0.750 down F5", "0.750 up F5"));
 }
 
 TEST_F(InputSideFileTest, WithoutBothThereIsNone) {
-    const auto result = record(Item::display(77), 1);
+    const auto result = record({Item::display(77)}, 1);
     EXPECT_THAT(files(result), ElementsAre("screen display-77.mov"));
     EXPECT_EQ(desktop->eventHandlers()->size(), 0U);
 }
