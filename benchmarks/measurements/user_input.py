@@ -55,7 +55,7 @@ def measure_times(conditions):
         client.wait()
         made = [(kind, down == "1", float(x), float(y), (float(before) + float(after)) / 2)
                 for kind, down, x, y, before, after in client.lines()]
-    told = [event for event in events_of(run) if pressed(event)]
+        told = [event for event in events_of(run) if pressed(event)]
     in_order = [pressed(event) for event in told] == [(kind, down) for kind, down, *_ in made]
     if not in_order:
         return [Row("clicks and keys at known instants", f"{len(told)} of {len(made)} told, or in another order",
@@ -81,7 +81,7 @@ def measure_load(conditions):
         run = programs.record(directory, LOAD_SECONDS + 7, sources=(*STILL, "--mouse"))
         client.wait()
         sent = int(client.lines()[0][1])
-    told = sum(event["mouseEventType"] == "moved" for event in events_of(run) if event["type"] == "mouse")
+        told = sum(event["mouseEventType"] == "moved" for event in events_of(run) if event["type"] == "mouse")
     share = run.cpu / LOAD_SECONDS
     return [
         Row(f"{RATE} mouse events a second for {LOAD_SECONDS} s: events lost", f"{sent - told} of {sent}", "0",
