@@ -1,7 +1,6 @@
 // Presses buttons and keys, or moves the pointer at a steady rate, as a user's devices would.
 //
-//     input_client [--actions N]               clicks and keys by turns, with pauses that differ; a line for each
-//     event:
+//     input_client [--actions N]               clicks and keys by turns, with pauses that differ; a line for each:
 //                                              "button" or "key", 1 for down, place, and the seconds on CLOCK_MONOTONIC
 //                                              before the request was sent and after the server had carried it out
 //     input_client --rate HZ --seconds S       movement, by turns of two places; tells how many there were at the end

@@ -104,7 +104,7 @@ def added_cost(directory, conditions, option):
 def cost_row(what, added, load, limit=COST_LIMIT):
     median = statistics.median(added)
     return Row(what, f"{median:+.1%} of a core ({min(added):+.1%} to {max(added):+.1%}, {len(added)} runs)",
-               f"< {limit:.0%}", median < limit, load)
+               f"< {limit:.1%}", median < limit, load)
 
 
 def measure_cost(conditions):
