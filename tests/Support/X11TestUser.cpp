@@ -50,6 +50,12 @@ X11TestUser& X11TestUser::keyUp(std::uint8_t key) {
     return fake(XCB_KEY_RELEASE, key);
 }
 
+X11TestUser& X11TestUser::relabel(std::uint8_t key, char letter) {
+    const auto keysym = static_cast<xcb_keysym_t>(letter);  // that of a letter is its code
+    xcb_change_keyboard_mapping(connection_, 1, key, 1, &keysym);
+    return *this;
+}
+
 X11TestUser& X11TestUser::grabAll() {
     constexpr std::uint8_t reportsNothing = 0;
     const auto keyboard = xcb_grab_keyboard(connection_, reportsNothing, root_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,

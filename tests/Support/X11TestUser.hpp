@@ -26,6 +26,8 @@ class X11TestUser {
     X11TestUser& keyDown(std::uint8_t key);
     X11TestUser& keyUp(std::uint8_t key);
     X11TestUser& type(std::uint8_t key) { return keyDown(key).keyUp(key); }
+    /// Has a key type another letter, as xmodmap does.
+    X11TestUser& relabel(std::uint8_t key, char letter);
     /// From then on, all of it is for this client, which asks for none of it.
     X11TestUser& grabAll();
 

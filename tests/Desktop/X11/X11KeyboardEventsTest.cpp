@@ -93,6 +93,16 @@ TEST_F(X11KeyboardEventsTest, ANewLayoutIsFollowed) {
     EXPECT_THAT(pressed(), ElementsAre("y", "z"));
 }
 
+TEST_F(X11KeyboardEventsTest, AKeyThatIsGivenAnotherSignIsFollowed) {
+    setLayout("us");
+    const auto listener = listen();
+    user_.type(z).act();
+    listener->flush();
+    user_.relabel(z, 'x').type(z).act();
+    listener->flush();
+    EXPECT_THAT(pressed(), ElementsAre("y", "x"));
+}
+
 TEST_F(X11KeyboardEventsTest, AKeyThatIsHeldRepeatsAndSaysSo) {
     const auto listener = listen();
     user_.keyDown(a).act();

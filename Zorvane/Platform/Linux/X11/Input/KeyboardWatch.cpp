@@ -64,7 +64,8 @@ KeyboardWatch::KeyboardWatch(const XConnection& connection) {
     }
     firstEvent_ = xcb_get_extension_data(connection.get(), &xcb_xkb_id)->first_event;
     constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
-    xcb_xkb_select_events(connection.get(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, 0, 0, nullptr);
+    constexpr std::uint16_t allParts = 0xFF;
+    xcb_xkb_select_events(connection.get(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, allParts, allParts, nullptr);
 }
 
 void KeyboardWatch::note(const xcb_generic_event_t& event) {
