@@ -1,6 +1,7 @@
 // Being told that there is input at all.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 namespace zorvane {

@@ -44,10 +44,10 @@ CGEventFlags Keyboard::flags(const DeviceEvent& event) {
 
 std::optional<CGEvent> Keyboard::take(const DeviceEvent& event) {
     followLayout(event.time);
-    if (const auto effect = layout_ ? layout_->modifierEffect(event.detail, event.state) : std::nullopt) {
-        return takeModifier(event, *effect);
-    }
-    return takeKey(event);
+    const bool isHeldModifier = !isPress(event) && modifiers_.holds(event.detail);
+    const auto effect = layout_ ? layout_->modifierEffect(event.detail, event.state) : std::nullopt;
+    // What was pressed as a modifier is let go as one, whatever the key stands for by then.
+    return effect || isHeldModifier ? takeModifier(event, effect.value_or(ModifierEffect())) : takeKey(event);
 }
 
 std::optional<CGEvent> Keyboard::takeModifier(const DeviceEvent& event, const ModifierEffect& effect) {
@@ -69,10 +69,16 @@ CGEvent Keyboard::takeKey(const DeviceEvent& event) {
     CGEvent key;
     key.type = isPress(event) ? CGEventType::keyDown : CGEventType::keyUp;
     key.flags = modifierMap().flags(event.state);
-    key.keyboardEventKeycode = keyCodeOf(keysym, event.detail);
+    key.keyboardEventKeycode = keyCode(event);
     key.keyboardEventAutorepeat = event.isRepeat ? 1 : 0;
     key.nsEvent = layout_ ? textOf(event, keysym) : NSEvent();
     return key;
+}
+
+/// With Control and Alt, F1 to F12 are the server's own switches of consoles; they are the same keys for all that.
+std::int64_t Keyboard::keyCode(const DeviceEvent& event) {
+    const auto state = static_cast<std::uint16_t>(event.state & ~XModifiers::control);
+    return keyCodeOf(layout_ ? layout_->keysym(event.detail, state) : 0, event.detail);
 }
 
 /// Only presses are put together. A key without text that takes part in that, such as Compose, types nothing.

@@ -35,6 +35,7 @@ class Keyboard {
     ModifierMap modifierMap() const { return layout_ ? layout_->modifierMap() : ModifierMap(); }
     std::optional<CGEvent> takeModifier(const DeviceEvent& event, const ModifierEffect& effect);
     CGEvent takeKey(const DeviceEvent& event);
+    std::int64_t keyCode(const DeviceEvent& event);
     NSEvent textOf(const DeviceEvent& event, std::uint32_t keysym);
 
     struct NextLayout {

@@ -26,14 +26,15 @@ std::uint16_t modifiersOf(xkb_state* state, xkb_state_component component) {
     return static_cast<std::uint16_t>(xkb_state_serialize_mods(state, component) & XModifiers::all);
 }
 
-/// What pressing and releasing the key does to a keyboard on which nothing is held.
+/// What pressing and releasing the key does. The state's modifiers choose what the key stands for; they count as
+/// latched, since those that the key holds or locks couldn't be told from held or locked ones.
 ModifierEffect trial(xkb_keymap* keymap, std::uint8_t key, std::uint16_t state) {
-    const XkbHandle<xkb_state> idle(xkb_state_new(keymap));
-    set(idle.get(), state & ~XModifiers::all);
-    xkb_state_update_key(idle.get(), key, XKB_KEY_DOWN);
-    const std::uint16_t modifiers = modifiersOf(idle.get(), XKB_STATE_MODS_EFFECTIVE);
-    xkb_state_update_key(idle.get(), key, XKB_KEY_UP);
-    return {modifiers, modifiersOf(idle.get(), XKB_STATE_MODS_LOCKED) != 0};
+    const XkbHandle<xkb_state> tried(xkb_state_new(keymap));
+    xkb_state_update_mask(tried.get(), 0, state & XModifiers::all, 0, 0, 0, groupOf(state));
+    xkb_state_update_key(tried.get(), key, XKB_KEY_DOWN);
+    const std::uint16_t modifiers = modifiersOf(tried.get(), XKB_STATE_MODS_DEPRESSED);
+    xkb_state_update_key(tried.get(), key, XKB_KEY_UP);
+    return {modifiers, modifiersOf(tried.get(), XKB_STATE_MODS_LOCKED) != 0};
 }
 
 }  // namespace

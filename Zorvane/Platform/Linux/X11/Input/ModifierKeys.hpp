@@ -14,6 +14,8 @@ class ModifierKeys {
     /// A key that was held before the first event. What it locks counts as locked by this press, and stays.
     void assumeHeld(std::uint8_t key, const ModifierEffect& effect);
 
+    bool holds(std::uint8_t key) const { return held_.contains(key); }
+
     std::uint16_t press(std::uint8_t key, const ModifierEffect& effect, std::uint16_t before);
     std::uint16_t release(std::uint8_t key, std::uint16_t before);
 

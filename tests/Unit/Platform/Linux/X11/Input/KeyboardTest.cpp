@@ -75,6 +75,8 @@ TEST(KeyboardTest, KeysHaveTheCodesAndTheTextOfTheLayoutInForce) {
         {"us", press(pad4), 123, std::nullopt, std::nullopt},
         {"us", press(left), 123, std::nullopt, std::nullopt},
         {"us", press(f5, XModifiers::control), 96, std::nullopt, std::nullopt},
+        {"us", press(f5, XModifiers::control | XModifiers::mod1), 96, std::nullopt, std::nullopt},
+        {"us,ru", press(a, secondGroup | XModifiers::control), sign + a, "\x01", "ф"},
         {"us", press(pause), sign + pause, std::nullopt, std::nullopt},
         {"us", press(tab), 48, "\t", "\t"},
         {"us", press(tab, XModifiers::shift), 48, std::nullopt, std::nullopt},
@@ -164,6 +166,15 @@ TEST(KeyboardTest, AModifierKeyChangesTheFlagsAndIsNoKey) {
         ElementsAre(maskShift, maskShift | maskAlternate, maskShift))
         << "with Shift, Alt is Meta";
     EXPECT_THAT(changes(keyboard("us", "altwin:swap_alt_win"), {press(leftAlt)}), ElementsAre(maskCommand));
+    EXPECT_THAT(changes(keyboard("us,ru", "grp:alt_shift_toggle"), {press(leftAlt), press(leftShift, XModifiers::mod1),
+                                                                    release(leftShift, secondGroup | XModifiers::mod1),
+                                                                    release(leftAlt, secondGroup | XModifiers::mod1)}),
+                ElementsAre(maskAlternate, none))
+        << "with Alt, Shift is the switch of layouts";
+    EXPECT_THAT(changes(keyboard("us", "shift:both_capslock"),
+                        {press(leftShift), press(rightShift, shift), release(rightShift, shift | XModifiers::lock),
+                         release(leftShift, shift | XModifiers::lock)}),
+                ElementsAre(maskShift, maskShift | maskAlphaShift, maskAlphaShift));
     EXPECT_THAT(changes(keyboard("de"), {press(altGr), release(altGr, mod5), press(numLock)}), IsEmpty());
     EXPECT_THAT(changes(keyboard("us", "", {leftShift}), {release(leftShift, shift)}), ElementsAre(none))
         << "held since before";
