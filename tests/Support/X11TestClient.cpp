@@ -189,6 +189,22 @@ void X11TestClient::setThemeCursor(const std::string& name) {
     synchronize();
 }
 
+void X11TestClient::setFontCursor(std::uint16_t glyph, std::uint32_t foreground, std::uint32_t background) {
+    constexpr std::string_view name = "cursor";
+    const auto part = [](std::uint32_t color, int shift) {
+        return static_cast<std::uint16_t>((color >> shift & 0xFF) * 0x101);
+    };
+    const xcb_font_t font = xcb_generate_id(connection_);
+    const xcb_cursor_t cursor = xcb_generate_id(connection_);
+    xcb_open_font(connection_, font, name.size(), name.data());
+    xcb_create_glyph_cursor(connection_, cursor, font, font, glyph, static_cast<std::uint16_t>(glyph + 1),
+                            part(foreground, 16), part(foreground, 8), part(foreground, 0), part(background, 16),
+                            part(background, 8), part(background, 0));
+    xcb_close_font(connection_, font);
+    xcb_change_window_attributes(connection_, screen_->root, XCB_CW_CURSOR, &cursor);
+    synchronize();
+}
+
 void X11TestClient::resizeScreen(std::uint16_t width, std::uint16_t height, std::uint32_t refreshRate) {
     const auto resources = owned(xcb_randr_get_screen_resources_reply(
         connection_, xcb_randr_get_screen_resources(connection_, screen_->root), nullptr));

@@ -59,6 +59,9 @@ class X11TestClient {
     /// `std::runtime_error` if it has none of that name.
     void setThemeCursor(const std::string& name);
 
+    /// Gives the root window a cursor of the server's own font, as terminals do: a glyph by its number, in two colours.
+    void setFontCursor(std::uint16_t glyph, std::uint32_t foreground, std::uint32_t background);
+
     /// Sets the size of the root window and of its one output, as a user does who changes the resolution.
     void resizeScreen(std::uint16_t width, std::uint16_t height, std::uint32_t refreshRate = 60);
     /// Sets an area of the screen apart as a monitor of its own; `takesOutput` takes that area from the one panel.

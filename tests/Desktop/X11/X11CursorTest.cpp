@@ -103,6 +103,24 @@ TEST_F(X11CursorTest, ACursorOfTheThemeIsKnownInOtherSizesToo) {
     waitUntil([&] { return shown() == arrow; });
 }
 
+TEST_F(X11CursorTest, GlyphsOfTheServersFontAreToldByTheirShapesWhateverTheirColors) {
+    constexpr std::uint16_t leftPointer = 68, secondHand = 60, watch = 150, textBeam = 152;
+    const struct {
+        std::uint16_t glyph;
+        std::uint32_t foreground;
+        std::uint32_t background;
+        Type type;
+    } cases[]{
+        {textBeam, 0x000000, 0xFFFFFF, Type::iBeam},          {leftPointer, 0x123456, 0x000000, Type::arrow},
+        {textBeam, 0x00FF00, 0x000080, Type::iBeam},          {watch, 0x000000, 0xFFFFFF, Type::custom},
+        {secondHand, 0xFFFFFF, 0xFF0000, Type::pointingHand},
+    };
+    for (const auto& each : cases) {
+        client.setFontCursor(each.glyph, each.foreground, each.background);
+        waitUntil([&] { return shownType() == each.type; });
+    }
+}
+
 TEST_F(X11CursorTest, TheServersResourcesChooseThemeAndSizeWhereTheEnvironmentDoesNot) {
     const ScopedVariable noTheme("XCURSOR_THEME", nullptr);
     const ScopedVariable noSize("XCURSOR_SIZE", nullptr);
@@ -110,6 +128,8 @@ TEST_F(X11CursorTest, TheServersResourcesChooseThemeAndSizeWhereTheEnvironmentDo
     EXPECT_EQ(cursors->systemCursor(Type::arrow).value().size, (CGSize{48, 48}));
     client.setText(0, "RESOURCE_MANAGER", "STRING", "Xft.dpi:\t216\nXcursor.theme:\tAdwaita\n");
     EXPECT_EQ(cursors->systemCursor(Type::arrow).value().size, (CGSize{48, 48}));
+    client.setText(0, "RESOURCE_MANAGER", "STRING", "Xft.dpi:\t2147483647\nXcursor.theme:\tAdwaita\n");
+    EXPECT_EQ(cursors->systemCursor(Type::arrow).value().size, (CGSize{24, 24})) << "nonsense is as good as nothing";
     client.setText(0, "RESOURCE_MANAGER", "STRING", "");
     EXPECT_EQ(cursors->systemCursor(Type::arrow).value().size, (CGSize{24, 24}))
         << "the closest to a 48th of the screen";

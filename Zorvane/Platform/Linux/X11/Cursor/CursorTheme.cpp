@@ -38,11 +38,12 @@ NSCursor cursorOf(const XcursorImage& image) {
                        .hotY = image.yhot});
 }
 
-/// 0 for what is no number.
+/// 0 for what is no number that makes sense.
 int numberIn(std::string_view text) {
+    constexpr int largest = 0x7FFF;
     int number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
-    return std::max(number, 0);
+    return number > largest ? 0 : std::max(number, 0);
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -9,7 +9,6 @@
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Linux/X11/BrokenPipeSignal.hpp"
 #include "Zorvane/Platform/Linux/X11/Cursor/CursorNames.hpp"
-#include "Zorvane/Platform/Linux/X11/Cursor/PixelCursor.hpp"
 #include "Zorvane/Platform/Linux/X11/XAnswerLimit.hpp"
 #include "Zorvane/Platform/Linux/X11/XConnection.hpp"
 #include "Zorvane/Platform/Linux/X11/XReply.hpp"
@@ -18,6 +17,10 @@ namespace zorvane {
 namespace {
 
 using ImageReply = XReply<xcb_xfixes_get_cursor_image_and_name_reply_t>;
+
+bool tellsCursors(const XConnection& connection) {
+    return connection.extensions().xfixes.isAtLeast(2, 0);
+}
 
 std::string_view nameIn(const xcb_xfixes_get_cursor_image_and_name_reply_t& reply) {
     return {xcb_xfixes_get_cursor_image_and_name_name(&reply),
@@ -58,6 +61,7 @@ std::optional<NSCursor> X11Cursors::systemCursor(ZVCursorType type) {
     auto choice = CursorThemeChoice::read(*connection_);
     if (!theme_ || theme_->choice() != choice) {
         theme_ = std::make_unique<const CursorTheme>(std::move(choice));
+        fontCursors_ = std::make_unique<const FontCursors>(*connection_);
         isOutdated_ = true;
     }
     return theme_->cursor(type);
@@ -66,18 +70,19 @@ std::optional<NSCursor> X11Cursors::systemCursor(ZVCursorType type) {
 /// False if there is no server that could be asked for its cursor.
 bool X11Cursors::connect() {
     if (connection_ && connection_->isAlive()) {
-        return true;
+        return tellsCursors(*connection_);
     }
     const PoolBlockingScope blocking;
     const BrokenPipeScope brokenPipe;
     try {
         auto connection = XConnection::open();
-        connection->requireExtension(connection->extensions().xfixes.isAtLeast(2, 0), "XFIXES 2");
-        xcb_xfixes_select_cursor_input(connection->get(), connection->root(),
-                                       XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
+        if (tellsCursors(*connection)) {
+            xcb_xfixes_select_cursor_input(connection->get(), connection->root(),
+                                           XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
+        }
         connection_ = std::move(connection);
         isOutdated_ = true;
-        return true;
+        return tellsCursors(*connection_);
     } catch (const NSError&) {
         return false;
     }
@@ -99,17 +104,23 @@ void X11Cursors::fetch() {
     const auto query = xcb_xfixes_get_cursor_image_and_name(connection_->get());
     const ImageReply reply(xcb_xfixes_get_cursor_image_and_name_reply(connection_->get(), query, nullptr));
     isOutdated_ = false;
-    shown_ = reply ? recognized(makeCursor(pixelsIn(*reply)), nameIn(*reply)) : NSCursor();
+    shown_ = reply ? recognized(pixelsIn(*reply), nameIn(*reply)) : NSCursor();
 }
 
-/// By its image, else by its name. Until somebody asked for the theme's cursors, nobody wants to know.
-NSCursor X11Cursors::recognized(const NSCursor& cursor, std::string_view name) {
+/// By its image, else by its name, else as a glyph. Until somebody asked for the theme's cursors, nobody wants to know.
+NSCursor X11Cursors::recognized(const CursorPixels& pixels, std::string_view name) {
+    NSCursor cursor = makeCursor(pixels);
     if (!theme_ || !cursor.tiffRepresentation) {
         return cursor;
     }
-    const auto type = theme_->typeOf(cursor);
-    const auto known = theme_->cursor(type ? *type : cursorTypeNamed(name).value_or(ZVCursorType::custom));
-    return known.value_or(cursor);
+    auto type = theme_->typeOf(cursor);
+    if (!type) {
+        type = cursorTypeNamed(name);
+    }
+    if (!type) {
+        type = fontCursors_->typeOf(pixels);
+    }
+    return theme_->cursor(type.value_or(ZVCursorType::custom)).value_or(cursor);
 }
 
 }  // namespace zorvane

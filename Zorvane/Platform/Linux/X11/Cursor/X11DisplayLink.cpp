@@ -69,7 +69,6 @@ class LinkRun {
 
     /// Waits for a call that is under way, unless it is what calls this.
     void end() {
-        const PoolBlockingScope blocking;
         const std::lock_guard lock(calling_);
         isEnded_ = true;
         alarm_.ring();
@@ -184,6 +183,7 @@ class X11DisplayLink final : public CVDisplayLink {
         if (!run) {
             return kCVReturnDisplayLinkNotRunning;
         }
+        const PoolBlockingScope blocking;
         run->end();
         if (thread.get_id() == std::this_thread::get_id()) {
             thread.detach();
