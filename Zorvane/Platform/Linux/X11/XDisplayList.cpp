@@ -171,12 +171,12 @@ class MonitorQuery {
 
 std::vector<Found> readMonitors(const XConnection& connection) {
     const auto query = xcb_randr_get_monitors(connection.get(), connection.root(), 1);
-    RefreshRates refreshRates(connection);
     const auto edidAtom = internAtom(connection, "EDID");
     const XReply<xcb_randr_get_monitors_reply_t> reply(xcb_randr_get_monitors_reply(connection.get(), query, nullptr));
     if (!reply) {
         return {};
     }
+    RefreshRates refreshRates(connection);
     std::vector<MonitorQuery> queries;
     for (auto each = xcb_randr_get_monitors_monitors_iterator(reply.get()); each.rem > 0;
          xcb_randr_monitor_info_next(&each)) {
