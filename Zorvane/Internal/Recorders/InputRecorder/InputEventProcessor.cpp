@@ -68,6 +68,7 @@ Task<> InputEventProcessor::process(CGEvent cgEvent) {
     }
     writeCursorChanges(eventTime);
     const ZVTime time = ZVTime::from(timestamp, recordingInterval_.recordFrom());
+    lastTime_ = time;
     if (cursor) {
         write(ZVInputEvent(createZVMouseEvent(cgEvent, time, cursor->cursorType, crop_)));
     } else if (contains(keyPressEventTypes, cgEvent.type)) {
@@ -89,7 +90,10 @@ void InputEventProcessor::writeCursorChanges(CMTime untilIncluding) {
     const CMTime start = hostTime(recordingInterval_.recordFrom());
     for (const auto& change : cursorTimeline_->observations(lastCursorChange_.value_or(start), untilIncluding)) {
         lastCursorChange_ = change.timestamp;
-        write(ZVInputEvent(createCursorChangedEvent(change, ZVTime::from(change.timestamp, start), crop_)));
+        if (const auto time = ZVTime::from(change.timestamp, start); lastTime_.seconds() < time.seconds()) {
+            lastTime_ = time;
+        }
+        write(ZVInputEvent(createCursorChangedEvent(change, lastTime_, crop_)));
     }
 }
 

@@ -20,7 +20,7 @@ namespace zorvane {
 
 /// Takes the events one by one, in the order of their time, and keeps those inside the recording interval. A change of
 /// the cursor stands ahead of the first event after it. One that is known only when that event has been written already
-/// stands behind it, rather than nowhere.
+/// stands behind it and bears its time: the look that found the change was not over before.
 ///
 /// An event that has no JSON form is lost alone, with a warning now and then.
 class InputEventProcessor {
@@ -58,6 +58,7 @@ class InputEventProcessor {
     StreamingJSONWriter writer_;
     ThrottledWarnings warnings_;
     std::optional<CMTime> lastCursorChange_;  // host time of the last one written
+    ZVTime lastTime_;                         // of the last element, zero at first
     bool hasWaitedAtEnd_ = false;
 };
 
