@@ -15,27 +15,46 @@ import sys
 SUFFIXES = {"mouse": ".input-events.json", "topWindow": ".top-windows.json"}
 
 
-def read_side_file(path):
-    """The elements of a side file, and whether its recording had closed it.
+def split(text):
+    """The elements in the bytes of a side file, and how many of these bytes to keep if it was cut off, else None.
 
     One element stands on each line, so of a file that was cut off at most the last line is lost.
     """
-    text = pathlib.Path(path).read_bytes()
-    cut_off = text.rstrip().rstrip(b",")
-    whole_lines = text[:text.rfind(b"\n") + 1].rstrip().rstrip(b",")
-    for form, is_closed in [(text, True), (cut_off + b"]", False), (whole_lines + b"]", False)]:
+    text = text or b"["  # cut off before the first byte
+    to_last_element = text.rstrip().rstrip(b",")
+    to_last_whole_line = text[:text.rfind(b"\n") + 1].rstrip().rstrip(b",")
+    for kept, end in [(text, b""), (to_last_element, b"]"), (to_last_whole_line, b"]")]:
         try:
-            return json.loads(form), is_closed
-        except ValueError:
-            pass
-    raise ValueError(f"{path} is no side file")
+            elements = json.loads(kept + end)
+        except (ValueError, RecursionError):
+            continue
+        if isinstance(elements, list):
+            return elements, len(kept) if end else None
+    raise ValueError("it is no side file")
 
 
-def repair(path, elements):
-    """Writes a side file as a recording that ended well would have left it."""
-    lines = ",\n".join(json.dumps(element, ensure_ascii=False, separators=(",", ":"), sort_keys=True).replace("/", r"\/")
-                       for element in elements)
-    pathlib.Path(path).write_text(f"[\n{lines}\n]", encoding="utf-8")
+def read_side_file(path):
+    """The elements of a side file, and whether its recording had closed it."""
+    elements, kept = split(pathlib.Path(path).read_bytes())
+    return elements, kept is None
+
+
+def repair(path):
+    """Ends a side file that was cut off as a recording that ended well would have; what is whole stays untouched."""
+    with open(path, "r+b") as file:
+        elements, kept = split(file.read())
+        if kept is not None:
+            file.seek(kept if elements else 0)
+            file.write(b"\n]" if elements else b"[\n\n]")
+            file.truncate()
+
+
+def inside(bundle, filename):
+    """The path of a file in a bundle. A manifest from elsewhere may name any file, and this program may write to it."""
+    path = bundle / filename
+    if not path.resolve().is_relative_to(bundle.resolve()):
+        raise ValueError(f"{printable(filename)} is not in the bundle")
+    return path
 
 
 def side_files(bundle):
@@ -43,8 +62,13 @@ def side_files(bundle):
     manifest = bundle / "zorvane.json"
     if manifest.exists():
         files = json.loads(manifest.read_bytes())["files"]
-        return [(file["type"], bundle / file["filename"]) for file in files if file["type"] in SUFFIXES]
+        return [(file["type"], inside(bundle, file["filename"])) for file in files if file["type"] in SUFFIXES]
     return [(kind, path) for kind, suffix in SUFFIXES.items() for path in sorted(bundle.glob("*" + suffix))]
+
+
+def printable(text):
+    """A text from a file, without what could play tricks on a terminal."""
+    return "".join(each if each.isprintable() else "?" for each in text)
 
 
 def seconds(element):
@@ -104,12 +128,23 @@ DESCRIBE = {
 
 
 def timeline(elements):
-    """(seconds, line) of all that is worth telling."""
+    """(seconds, line) of all that is worth telling. What a later version wrote and this one doesn't know is not."""
     state = {}  # the press that each button is held from
     for element in elements:
-        line = DESCRIBE[element["type"]](element, state)
+        describe = DESCRIBE.get(element["type"])
+        line = describe(element, state) if describe else None
         if line is not None:
-            yield seconds(element), line
+            yield seconds(element), printable(line)
+
+
+def tell(path, is_to_be_repaired):
+    """The time line of a side file; on standard error whether it was cut off."""
+    elements, is_closed = read_side_file(path)
+    if not is_closed:
+        print(f"{printable(path.name)} was cut off; its {len(elements)} whole lines are read", file=sys.stderr)
+        if is_to_be_repaired:
+            repair(path)
+    return list(timeline(elements))
 
 
 def main():
@@ -117,17 +152,18 @@ def main():
     parser.add_argument("--repair", action="store_true", help="close side files that a killed recording left open")
     parser.add_argument("bundle", type=pathlib.Path)
     arguments = parser.parse_args()
-    files = side_files(arguments.bundle)
+    lines = []
+    path = arguments.bundle
+    try:
+        files = side_files(arguments.bundle)
+        for _, path in files:
+            lines += tell(path, arguments.repair)
+    except OSError as error:
+        sys.exit(str(error))
+    except (ValueError, KeyError, TypeError, ArithmeticError) as error:
+        sys.exit(f"{path} can't be understood: {error!r}")
     if not files:
         sys.exit(f"{arguments.bundle} has no side files: record with --mouse, --keyboard or --top-window")
-    lines = []
-    for _, path in files:
-        elements, is_closed = read_side_file(path)
-        if not is_closed:
-            print(f"{path.name} was cut off; its {len(elements)} whole lines are read", file=sys.stderr)
-            if arguments.repair:
-                repair(path, elements)
-        lines.extend(timeline(elements))
     for time, line in sorted(lines, key=lambda entry: entry[0]):
         print(f"{time:9.3f} s  {line}")
 
