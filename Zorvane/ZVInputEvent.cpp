@@ -68,10 +68,7 @@ const ZVInputModifiers& ZVInputEvent::modifiers() const {
 }
 
 std::string ZVInputEvent::toJSON() const {
-    std::string json;
-    JSONWriter writer(json, JSONWriter::Form::compact, JSONWriter::NonFinite::refused);
-    writeJSON(writer, *this);
-    return json;
+    return compactJSON(*this);
 }
 
 ZVInputEvent ZVInputEvent::fromJSON(std::string_view json) {

@@ -152,7 +152,7 @@ class ZVInputEvent {
     const ZVInputModifiers& modifiers() const;
 
     /// One JSON object: the payload's fields under their names and "type", sorted, on one line; a field without a value
-    /// is left out. Throws a `std::exception` for a place that isn't finite.
+    /// is left out. Throws a `std::exception` for a place or a time that isn't finite.
     std::string toJSON() const;
     /// Reads that object; unknown keys are ignored. Throws an `UnknownDiscriminator` for a "type" that isn't listed,
     /// and for all else a `std::exception` that names the path of what is wrong.

@@ -30,10 +30,7 @@ ZVTime ZVTime::from(const CMTime& from, const CMTime& startTime) {
 }
 
 std::string ZVTime::toJSON() const {
-    std::string json;
-    JSONWriter writer(json);
-    writeJSON(writer, *this);
-    return json;
+    return compactJSON(*this);
 }
 
 ZVTime ZVTime::fromJSON(std::string_view json) {
@@ -41,10 +38,7 @@ ZVTime ZVTime::fromJSON(std::string_view json) {
 }
 
 std::string ZVTimeRange::toJSON() const {
-    std::string json;
-    JSONWriter writer(json);
-    writeJSON(writer, *this);
-    return json;
+    return compactJSON(*this);
 }
 
 ZVTimeRange ZVTimeRange::fromJSON(std::string_view json) {

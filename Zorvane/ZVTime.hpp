@@ -39,7 +39,7 @@ class ZVTime {
     /// Equal in all three stored numbers.
     bool operator==(const ZVTime&) const = default;
 
-    /// A JSON object with the keys "seconds", "timescale", "value", on one line.
+    /// An object of "seconds", "timescale", "value", on one line. Throws a `std::exception` if `seconds` isn't finite.
     std::string toJSON() const;
     /// Reads that object; all three keys are required. Throws a `std::exception` that names the path of what is wrong.
     static ZVTime fromJSON(std::string_view json);
@@ -62,7 +62,7 @@ struct ZVTimeRange {
     ZVTime end() const { return begin + duration; }
     bool operator==(const ZVTimeRange&) const = default;
 
-    /// A JSON object with the keys "begin" and "duration", each a `ZVTime` object, on one line.
+    /// A JSON object with the keys "begin" and "duration", each a `ZVTime` object, on one line. Throws as those do.
     std::string toJSON() const;
     /// Reads that object; both keys are required. Throws a `std::exception` that names the path of what is wrong.
     static ZVTimeRange fromJSON(std::string_view json);

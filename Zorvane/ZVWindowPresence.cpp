@@ -52,10 +52,7 @@ const ZVTime& ZVWindowPresence::time() const {
 }
 
 std::string ZVWindowPresence::toJSON() const {
-    std::string json;
-    JSONWriter writer(json, JSONWriter::Form::compact, JSONWriter::NonFinite::refused);
-    writeJSON(writer, *this);
-    return json;
+    return compactJSON(*this);
 }
 
 ZVWindowPresence ZVWindowPresence::fromJSON(std::string_view json) {

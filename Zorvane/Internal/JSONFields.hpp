@@ -106,7 +106,7 @@ class JSONFieldReader {
 
   private:
     static void read(const JSONReader& reader, bool& value) { value = reader.boolean(); }
-    static void read(const JSONReader& reader, double& value) { value = reader.finiteNumber(); }
+    static void read(const JSONReader& reader, double& value) { value = reader.number(); }
     static void read(const JSONReader& reader, std::string& value) { value = reader.string(); }
     static void read(const JSONReader& reader, ZVTime& value) { value = readTime(reader); }
 

@@ -1,6 +1,8 @@
 // Follows the brackets of a JSON text without reading its values.
 #pragma once
 
+#include <cstdint>
+
 namespace zorvane {
 
 /// Right for every text up to the place where it stops being JSON.
@@ -20,7 +22,7 @@ class JSONNesting {
     }
 
     /// How many brackets are open behind the last character.
-    int depth() const { return depth_; }
+    std::int64_t depth() const { return depth_; }
     bool isInString() const { return isInString_; }
 
   private:
@@ -34,7 +36,7 @@ class JSONNesting {
         }
     }
 
-    int depth_ = 0;
+    std::int64_t depth_ = 0;
     bool isInString_ = false;
     bool isEscaped_ = false;
 };

@@ -91,24 +91,11 @@ bool JSONReader::boolean() const {
     return value_->get<bool>();
 }
 
-double JSONReader::finiteNumber() const {
+double JSONReader::number() const {
     if (!value_->is_number()) {
         fail("not a number");
     }
     return value_->get<double>();
-}
-
-double JSONReader::number() const {
-    if (*value_ == "+infinity") {
-        return std::numeric_limits<double>::infinity();
-    }
-    if (*value_ == "-infinity") {
-        return -std::numeric_limits<double>::infinity();
-    }
-    if (*value_ == "NaN") {
-        return std::numeric_limits<double>::quiet_NaN();
-    }
-    return finiteNumber();
 }
 
 std::int64_t JSONReader::integerWithin(std::int64_t lowest, std::int64_t highest) const {

@@ -29,8 +29,6 @@ class JSONReader {
 
     std::string string() const;
     bool boolean() const;
-    double finiteNumber() const;
-    /// Any number, or one of the strings that stand for the infinities and for NaN.
     double number() const;
     /// A whole number that fits `Integer`.
     template <typename Integer>

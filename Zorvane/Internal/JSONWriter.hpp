@@ -69,4 +69,13 @@ class JSONWriter {
     bool followsKey_ = false;
 };
 
+/// A value on one line, by its own `writeJSON`. Throws an `NSError` for a number that isn't finite.
+template <class Value>
+std::string compactJSON(const Value& value) {
+    std::string json;
+    JSONWriter writer(json, JSONWriter::Form::compact, JSONWriter::NonFinite::refused);
+    writeJSON(writer, value);
+    return json;
+}
+
 }  // namespace zorvane

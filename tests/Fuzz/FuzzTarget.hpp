@@ -35,13 +35,11 @@ auto attempt(Read&& read) -> std::optional<decltype(read())> {
     }
 }
 
-/// Reads the text as a union of records. If it is one that can be written, what is written reads back the same.
+/// Reads the text as a union of records. If it is one, it can be written, and what is written reads back the same.
 template <class Union>
 void readAndWrite(std::string_view text) {
-    const auto value = attempt([text] { return Union::fromJSON(text); });
-    const auto json = value ? attempt([&value] { return value->toJSON(); }) : std::nullopt;
-    if (json) {
-        require(Union::fromJSON(*json).payload() == value->payload(), "what is written reads back");
+    if (const auto value = attempt([text] { return Union::fromJSON(text); })) {
+        require(Union::fromJSON(value->toJSON()).payload() == value->payload(), "what is written reads back");
     }
 }
 

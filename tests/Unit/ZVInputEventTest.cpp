@@ -113,11 +113,13 @@ TEST(ZVInputEvent, SaysWhichKeyIsMissingOrWrong) {
     EXPECT_EQ(wrong("time", {{"seconds", 0}, {"value", 1e30}, {"timescale", 1}}), "time.value: not a whole number");
 }
 
-TEST(ZVInputEvent, RefusesAPlaceThatIsNotFiniteBothWays) {
+TEST(ZVInputEvent, RefusesNumbersThatAreNotFiniteBothWays) {
     EXPECT_ANY_THROW(ZVInputEvent(ZVMouseEvent{.x = std::numeric_limits<double>::infinity()}).toJSON());
     auto json = nlohmann::json::parse(withTime(forms()[0].json));
     json["x"] = "+infinity";
     EXPECT_EQ(problem(json.dump()), "x: not a number");
+    EXPECT_EQ(problem(R"({"modifiers":[],"time":{"seconds":"NaN","timescale":1,"value":0},"type":"modifiersChanged"})"),
+              "time.seconds: not a number");
 }
 
 TEST(ZVInputEvent, AnUnknownTypeIsAnErrorOfItsOwn) {
