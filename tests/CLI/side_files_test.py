@@ -89,6 +89,25 @@ class SideFiles(CommandLineTest):
         self.assertIsInstance(json.loads(files[1].read_text()), list)  # a window that stays in front is written at the end
         self.assertEqual(self.read(bundle).stderr, "")
 
+    def test_a_repair_only_ends_a_file_and_stays_in_the_bundle(self):
+        absent = b'{"time":{"seconds":0,"timescale":1,"value":0},"type":"absent"}'
+        whole = b"[\n" + absent + b",\n" + absent + b"\n]"
+        bundle = self.place / "killed"
+        bundle.mkdir()
+        path = bundle / "display-1.top-windows.json"
+        for size in [0, 1, 2, 20, len(absent) + 2, len(absent) + 3, len(absent) + 9, len(whole) - 2, len(whole)]:
+            with self.subTest(size=size):
+                path.write_bytes(whole[:size])
+                told = self.read("--repair", bundle)
+                count = whole[:size].count(absent)
+                self.assertEqual((told.returncode, told.stdout.count("no window")), (0, count), told.stderr)
+                self.assertEqual(path.read_bytes(), b"[\n" + b",\n".join([absent] * count) + b"\n]")
+        outside = self.place / "outside.json"
+        outside.write_bytes(b"[\n" + absent)
+        (bundle / "zorvane.json").write_text('{"files":[{"filename":"../outside.json","type":"mouse"}],"version":1}')
+        self.assertEqual(self.read("--repair", bundle).returncode, 1)
+        self.assertEqual(outside.read_bytes(), b"[\n" + absent)
+
     def test_one_that_is_broken_or_cut_off_is_told(self):
         bundle = self.bundle()
         (bundle / "broken.json").write_text('[\n{"type":"mice"}\n]')
