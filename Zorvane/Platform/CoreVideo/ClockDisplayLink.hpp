@@ -10,7 +10,7 @@
 namespace zorvane {
 
 /// The links call at the display's rate, by timers, and leave no refresh out. A call that comes late doesn't shift
-/// those behind it, and calls that were missed are not made up for.
+/// those behind it unless it is late by a whole refresh, and calls that were missed are not made up for.
 class ClockDisplayLinks final : public CVDisplayLinks {
   public:
     ClockDisplayLinks(std::shared_ptr<HostClock> clock, std::shared_ptr<CGDisplays> displays)
