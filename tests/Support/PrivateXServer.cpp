@@ -2,8 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
@@ -15,7 +19,7 @@ namespace {
 /// In the child between fork and exec: only async-signal-safe calls.
 [[noreturn]] void becomeServer(char* const* arguments) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);  // it complains of every display number that is taken
+    dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
     execvp(arguments[0], arguments);
     _exit(127);
 }
@@ -29,38 +33,64 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     return pointers;
 }
 
-std::string readLine(int pipe) {
-    std::string line;
-    for (char letter; read(pipe, &letter, 1) == 1 && letter != '\n';) {
-        line += letter;
+/// Whether a line comes before the end.
+bool hearsLine(int pipe) {
+    for (char letter; read(pipe, &letter, 1) == 1;) {
+        if (letter == '\n') {
+            return true;
+        }
     }
-    return line;
+    return false;
 }
+
+/// Takes a number by a socket whose name, which begins with a zero byte, goes with the process at the latest.
+bool reserve(int socket, int number) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string name = "zorvane-test-display-" + std::to_string(number);
+    name.copy(address.sun_path + 1, sizeof address.sun_path - 1);
+    if (bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+        return true;
+    }
+    if (errno != EADDRINUSE) {
+        throw std::runtime_error("no socket to reserve a display number with");
+    }
+    return false;
+}
+
+constexpr int firstNumber = 1000;  // servers that choose their own number begin at 0
 
 }  // namespace
 
+ReservedDisplay::ReservedDisplay() : number_(firstNumber), socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    while (!reserve(socket_, number_)) {
+        ++number_;
+    }
+}
+
+ReservedDisplay::~ReservedDisplay() {
+    close(socket_);
+}
+
 PrivateXServer::PrivateXServer(const std::string& screen, const std::string& withoutExtension)
     : screen_(screen), withoutExtension_(withoutExtension) {
-    start({});
+    start();
     if (const char* previous = std::getenv("DISPLAY")) {
         previousName_ = previous;
     }
     setenv("DISPLAY", name_.c_str(), 1);
 }
 
-/// Under a name that is free if `name` is empty.
-void PrivateXServer::start(const std::string& name) {
+/// The server writes its number when it is there.
+void PrivateXServer::start() {
     int ends[2];
     if (pipe(ends) != 0) {
         throw std::runtime_error("no pipe for the X server");
     }
     std::vector<std::string> arguments{
-        "Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen_, "-noreset", "-nolisten", "tcp"};
+        "Xvfb", name_, "-displayfd", std::to_string(ends[1]), "-screen", "0", screen_, "-noreset", "-nolisten", "tcp"};
     if (!withoutExtension_.empty()) {
         arguments.insert(arguments.end(), {"-extension", withoutExtension_});
-    }
-    if (!name.empty()) {
-        arguments.insert(arguments.begin() + 1, name);
     }
     const auto pointers = pointersTo(arguments);
     process_ = fork();
@@ -69,13 +99,12 @@ void PrivateXServer::start(const std::string& name) {
         becomeServer(pointers.data());
     }
     close(ends[1]);
-    const std::string number = readLine(ends[0]);
+    const bool isThere = hearsLine(ends[0]);
     close(ends[0]);
-    if (number.empty()) {
+    if (!isThere) {
         kill();
         throw std::runtime_error("Xvfb did not start; is it installed?");
     }
-    name_ = ":" + number;
 }
 
 PrivateXServer::~PrivateXServer() {
@@ -88,7 +117,7 @@ void PrivateXServer::kill() {
 }
 
 void PrivateXServer::restart() {
-    start(name_);
+    start();
 }
 
 void PrivateXServer::end(int signal) {

@@ -6,8 +6,23 @@
 
 namespace zorvane {
 
-/// Starts an X server without a screen and makes it the environment's; takes both back at the end. Throws
-/// `std::runtime_error` if it doesn't come up.
+/// A display number that no other test on this machine has while this object lives, and no server chooses for itself.
+class ReservedDisplay {
+  public:
+    ReservedDisplay();
+    ReservedDisplay(const ReservedDisplay&) = delete;
+    ReservedDisplay& operator=(const ReservedDisplay&) = delete;
+    ~ReservedDisplay();
+
+    std::string name() const { return ":" + std::to_string(number_); }
+
+  private:
+    int number_;
+    const int socket_;
+};
+
+/// Starts an X server without a screen and makes it the environment's; takes both back at the end. Its name stays its
+/// own while it is killed. Throws `std::runtime_error` if it doesn't come up.
 class PrivateXServer {
   public:
     /// `withoutExtension` is the name of an extension to leave out, as in "RANDR".
@@ -27,13 +42,14 @@ class PrivateXServer {
     void resume();
 
   private:
-    void start(const std::string& name);
+    void start();
     void end(int signal);
 
     const std::string screen_;
     const std::string withoutExtension_;
+    const ReservedDisplay display_;
+    const std::string name_ = display_.name();
     int process_ = -1;
-    std::string name_;
     std::optional<std::string> previousName_;
 };
 
