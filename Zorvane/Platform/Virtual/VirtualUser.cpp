@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <map>
 #include <numbers>
 
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
@@ -22,21 +21,40 @@ CGPoint pointerAt(std::uint32_t step) {
     return {1440 + 200 * std::cos(angle), 255 + 100 * std::sin(angle)};
 }
 
-const std::map<std::uint32_t, void (*)(const VirtualMoment& now)>& acts() {
-    static const VirtualKey h{.keycode = 4, .characters = "H", .charactersIgnoringModifiers = "H"};
-    static const VirtualKey i{.keycode = 34, .characters = "i", .charactersIgnoringModifiers = "i"};
-    static const VirtualKey returnKey{.keycode = 36, .characters = "\r", .charactersIgnoringModifiers = "\r"};
-    static const std::map<std::uint32_t, void (*)(const VirtualMoment&)> byStep{
-        {10, [](const VirtualMoment& now) { now.pressButton(); }},
-        {15, [](const VirtualMoment& now) { now.releaseButton(); }},
-        {20, [](const VirtualMoment& now) { now.setFlags(CGEventFlags::maskShift).pressKey(h); }},
-        {21, [](const VirtualMoment& now) { now.releaseKey(h).setFlags(CGEventFlags::none); }},
-        {23, [](const VirtualMoment& now) { now.pressKey(i); }},
-        {24, [](const VirtualMoment& now) { now.releaseKey(i); }},
-        {27, [](const VirtualMoment& now) { now.pressKey(returnKey); }},
-        {28, [](const VirtualMoment& now) { now.releaseKey(returnKey); }},
-    };
-    return byStep;
+/// What is done at a step beside moving: a click, and "Hi" with return.
+void act(std::uint32_t step, const VirtualMoment& now) {
+    // Made at each call: threads may still play while the process exits and destroys what is static.
+    const VirtualKey h{.keycode = 4, .characters = "H", .charactersIgnoringModifiers = "H"};
+    const VirtualKey i{.keycode = 34, .characters = "i", .charactersIgnoringModifiers = "i"};
+    const VirtualKey returnKey{.keycode = 36, .characters = "\r", .charactersIgnoringModifiers = "\r"};
+    switch (step) {
+        case 10:
+            now.pressButton();
+            break;
+        case 15:
+            now.releaseButton();
+            break;
+        case 20:
+            now.setFlags(CGEventFlags::maskShift).pressKey(h);
+            break;
+        case 21:
+            now.releaseKey(h).setFlags(CGEventFlags::none);
+            break;
+        case 23:
+            now.pressKey(i);
+            break;
+        case 24:
+            now.releaseKey(i);
+            break;
+        case 27:
+            now.pressKey(returnKey);
+            break;
+        case 28:
+            now.releaseKey(returnKey);
+            break;
+        default:
+            break;
+    }
 }
 
 void play(VirtualDesktop& desktop, nanoseconds start, std::uint32_t number) {
@@ -45,9 +63,7 @@ void play(VirtualDesktop& desktop, nanoseconds start, std::uint32_t number) {
     if (step < stepsInMotion) {
         now.movePointer(pointerAt(step));
     }
-    if (const auto act = acts().find(step); act != acts().end()) {
-        act->second(now);
-    }
+    act(step, now);
     desktop.schedule(start + (number + 1) * stepDuration,
                      [start, number](VirtualDesktop& same) { play(same, start, number + 1); });
 }
