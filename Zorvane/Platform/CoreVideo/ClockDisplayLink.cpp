@@ -47,7 +47,7 @@ class Ticker : public std::enable_shared_from_this<Ticker> {
             return kCVReturnDisplayLinkAlreadyRunning;
         }
         due_ = clock_->now();
-        postRefresh();
+        postRefresh(run_);
         return kCVReturnSuccess;
     }
 
@@ -65,8 +65,8 @@ class Ticker : public std::enable_shared_from_this<Ticker> {
     }
 
   private:
-    void postRefresh() {
-        strand_->post([self = shared_from_this(), run = run_] { self->refresh(run); });
+    void postRefresh(std::uint64_t run) {
+        strand_->post([self = shared_from_this(), run] { self->refresh(run); });
     }
 
     void refresh(std::uint64_t run) {
@@ -76,13 +76,17 @@ class Ticker : public std::enable_shared_from_this<Ticker> {
         }
         handler_();
         if (run == run_) {
-            due_ = std::max(due_ + refreshInterval(*displays_, displayID_), clock_->now());
-            timer_ = clock_->schedule(due_, nanoseconds::zero(), [weak = weak_from_this(), run] {
-                if (const auto self = weak.lock()) {
-                    self->strand_->post([self, run] { self->refresh(run); });
-                }
-            });
+            scheduleNext();
         }
+    }
+
+    void scheduleNext() {
+        due_ = std::max(due_ + refreshInterval(*displays_, displayID_), clock_->now());
+        timer_ = clock_->schedule(due_, nanoseconds::zero(), [weak = weak_from_this(), run = run_] {
+            if (const auto self = weak.lock()) {
+                self->postRefresh(run);
+            }
+        });
     }
 
     const std::shared_ptr<HostClock> clock_;

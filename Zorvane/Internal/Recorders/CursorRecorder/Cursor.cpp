@@ -24,9 +24,9 @@ std::string customID(const std::string& tiffRepresentation) {
 const Cursor::Shape Cursor::Shape::invalid{.hotspot = {-1, -1}, .size = {-1, -1}};
 
 /// The standard library hashes zero and negative zero, which are equal, alike.
-std::size_t Cursor::ShapeHash::operator()(const Shape& shape) const noexcept {
+std::size_t Cursor::ShapeHash::operator()(const Shape& hashed) const noexcept {
     std::size_t all = 0;
-    for (const double number : {shape.hotspot.x, shape.hotspot.y, shape.size.width, shape.size.height}) {
+    for (const double number : {hashed.hotspot.x, hashed.hotspot.y, hashed.size.width, hashed.size.height}) {
         all = all * 31 + std::hash<double>()(number);
     }
     return all;

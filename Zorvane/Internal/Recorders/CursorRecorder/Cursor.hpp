@@ -26,7 +26,7 @@ struct Cursor {
     };
 
     struct ShapeHash {
-        std::size_t operator()(const Shape& shape) const noexcept;
+        std::size_t operator()(const Shape& hashed) const noexcept;
     };
 
     /// A cursor that isn't one of the desktop's: its id is "custom-" and the SHA-1 of its image.

@@ -4,6 +4,9 @@
 #include <xkbcommon/xkbcommon-x11.h>
 
 // The protocol's header has a field of this name, which is a keyword here.
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wkeyword-macro"
+#endif
 #define explicit explicit_
 #include <xcb/xkb.h>
 #undef explicit
