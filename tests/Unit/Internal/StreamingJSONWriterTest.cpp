@@ -101,7 +101,7 @@ TEST_F(StreamingJSONWriterTest, AnElementThatFailsLeavesTheFileAsItWas) {
         const FileSizeLimit limit(before.size() + 5);
         EXPECT_THROW(writer.write(Note{"a line that has no room"}), NSError);
     }
-    EXPECT_EQ(content(), before) << "the part that was written is taken back";
+    EXPECT_EQ(content(), before) << "what was written of the line is taken back";
     writer.write(Note{"last"});
     writer.close();
     EXPECT_EQ(content(), "[\n{\"note\":\"second\",\"number\":0},\n{\"note\":\"last\",\"number\":0}\n]");
