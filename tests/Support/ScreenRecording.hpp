@@ -2,11 +2,11 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "Zorvane/Internal/Recorders/ScreenRecorder.hpp"
+#include "tests/Support/AbortSignals.hpp"
 #include "tests/Support/LogCapture.hpp"
 #include "tests/Support/VirtualWorld.hpp"
 
@@ -33,7 +33,7 @@ class ScreenRecordingTest : public VirtualWorldTest {
             .mode = options.mode,
             .recordingInterval = StableRecordingInterval(interval),
             .logger = log.logger<ScreenRecordingTest>(),
-            .onAbort = [this](const AbortSignal& signal) { noteSignal(signal); },
+            .onAbort = abortSignals.handler(),
         };
         recorder = std::make_shared<ScreenRecorder>(std::move(parameters));
     }
@@ -56,23 +56,12 @@ class ScreenRecordingTest : public VirtualWorldTest {
         return times;
     }
 
-    std::vector<std::string> signals() const {
-        const std::lock_guard lock(mutex);
-        return seenSignals;
-    }
+    std::vector<std::string> signals() const { return abortSignals.seen(); }
 
     const std::shared_ptr<VolatileRecordingInterval> interval = std::make_shared<VolatileRecordingInterval>();
     LogCapture log;
+    AbortSignals abortSignals;
     std::shared_ptr<ScreenRecorder> recorder;
-
-  private:
-    void noteSignal(const AbortSignal& signal) {
-        const std::lock_guard lock(mutex);
-        seenSignals.push_back(signal.debugDescription());
-    }
-
-    mutable std::mutex mutex;
-    std::vector<std::string> seenSignals;
 };
 
 }  // namespace zorvane::testing

@@ -2,10 +2,10 @@
 
 #include <fstream>
 #include <iterator>
-#include <mutex>
 
 #include "Zorvane/Internal/Concurrency/Activity.hpp"
 #include "Zorvane/ZVWindowPresence.hpp"
+#include "tests/Support/AbortSignals.hpp"
 #include "tests/Support/FileSizeLimit.hpp"
 #include "tests/Support/LogCapture.hpp"
 #include "tests/Support/TemporaryDirectory.hpp"
@@ -52,7 +52,7 @@ class TopWindowInfoRecorderTest : public testing::VirtualWorldTest {
         const RecorderContext context{.bundleURL = directory.path(),
                                       .recordingInterval = StableRecordingInterval(interval),
                                       .logger = log.logger<TopWindowInfoRecorderTest>(),
-                                      .onAbort = [this](const AbortSignal& signal) { noteSignal(signal); }};
+                                      .onAbort = abortSignals.handler()};
         recorder = std::make_shared<TopWindowInfoRecorder>("item1", file, 1, crop, context);
     }
     void prepare() {
@@ -72,25 +72,14 @@ class TopWindowInfoRecorderTest : public testing::VirtualWorldTest {
         }
         return entries;
     }
-    std::vector<std::string> signals() const {
-        const std::lock_guard lock(mutex);
-        return seenSignals;
-    }
+    std::vector<std::string> signals() const { return abortSignals.seen(); }
 
     const TemporaryDirectory directory;
     const std::filesystem::path file = directory.path() / "display-77.top-windows.json";
     const std::shared_ptr<VolatileRecordingInterval> interval = std::make_shared<VolatileRecordingInterval>();
     LogCapture log;
+    testing::AbortSignals abortSignals;
     std::shared_ptr<TopWindowInfoRecorder> recorder;
-
-  private:
-    void noteSignal(const AbortSignal& signal) {
-        const std::lock_guard lock(mutex);
-        seenSignals.push_back(signal.debugDescription());
-    }
-
-    mutable std::mutex mutex;
-    std::vector<std::string> seenSignals;
 };
 
 TEST_F(TopWindowInfoRecorderTest, TheFileTellsOfTheWindowAtTheStartOfEachChangeAndOfTheWindowAtTheStop) {
