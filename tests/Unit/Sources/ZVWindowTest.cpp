@@ -86,6 +86,8 @@ TEST(ZVWindowLevel, LevelsAreInTheOrderInWhichWindowsCoverEachOther) {
     EXPECT_EQ(Level::tornOffMenu, Level::floating);
     EXPECT_EQ(Level::screenSaverWindow, Level::screenSaver);
     EXPECT_EQ(Level::baseWindow.rawValue, INT_MIN);
+    EXPECT_EQ(Level::desktopWindow.rawValue, -2147483623);
+    EXPECT_EQ(Level::maximumWindow.rawValue, 2147483631);
 }
 
 }  // namespace
