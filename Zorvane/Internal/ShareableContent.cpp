@@ -11,6 +11,7 @@
 #include "Zorvane/Internal/Concurrency/Executor.hpp"
 #include "Zorvane/Internal/Concurrency/Sleep.hpp"
 #include "Zorvane/Internal/Concurrency/TaskHandle.hpp"
+#include "Zorvane/Internal/Precondition.hpp"
 #include "Zorvane/Platform/Platform.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCScreenCapture.hpp"
 
@@ -112,6 +113,7 @@ ShareableContent::ShareableContent(SCShareableContentScope scope)
       logger_(Logger::forType<ShareableContent>()) {}
 
 Task<SCShareableContent> ShareableContent::getContent() {
+    precondition(!continuation_, "Calling SharableContent.getContentWithRetries() multiple times not allowed");
     auto [continuation, waiter] = makeContinuation<SCShareableContent>();
     continuation_ = std::move(continuation);
     TimedTasks timed;
