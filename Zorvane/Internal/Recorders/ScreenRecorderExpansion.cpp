@@ -14,11 +14,16 @@ namespace zorvane {
 namespace {
 
 template <class Item>
-std::shared_ptr<Recorder> makeScreenRecorder(const Item& item, const ResolvedContentFilter& content,
-                                             const RecorderContext& context) {
+OutputDescription claimOutput(const Item& item, const RecorderContext& context) {
+    return context.claimOutput(item.outputOptions.form(), fallbackFilename(item));
+}
+
+template <class Item>
+std::shared_ptr<Recorder> makeScreenRecorder(const Item& item, OutputDescription output,
+                                             const ResolvedContentFilter& content, const RecorderContext& context) {
     return std::make_shared<ScreenRecorder>(ScreenRecorderParameters{
         .id = item.id,
-        .outputDescription = context.claimOutput(item.outputOptions.form(), fallbackFilename(item)),
+        .outputDescription = std::move(output),
         .content = content,
         .captureAudio = item.captureAudio,
         .showsCursor = item.showsCursor,
@@ -71,10 +76,11 @@ std::shared_ptr<Recorder> makeTopWindowRecorder(const DisplaySchemaItem& item, c
 }  // namespace
 
 Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context) {
+    OutputDescription output = claimOutput(item, context);
     DisplayFilterOptions options = displayFilterOptions(item.excludingOptions);
     ResolvedContentFilter content = co_await createDisplayFilter(item.displayID, std::move(options), context.logger);
     Recorders recorders;
-    recorders.push_back(makeScreenRecorder(item, content, context));
+    recorders.push_back(makeScreenRecorder(item, std::move(output), content, context));
     addInputRecorders(recorders, item, content, context);
     if (item.topWindowInfo) {
         recorders.push_back(makeTopWindowRecorder(item, content, context));
@@ -83,9 +89,10 @@ Task<Recorders> createRecorders(DisplaySchemaItem item, RecorderContext context)
 }
 
 Task<Recorders> createRecorders(WindowBasedCropSchemaItem item, RecorderContext context) {
+    OutputDescription output = claimOutput(item, context);
     ResolvedContentFilter content = co_await createWindowBasedCropFilter(item.windowID, context.logger);
     Recorders recorders;
-    recorders.push_back(makeScreenRecorder(item, content, context));
+    recorders.push_back(makeScreenRecorder(item, std::move(output), content, context));
     addInputRecorders(recorders, item, content, context);
     co_return recorders;
 }
