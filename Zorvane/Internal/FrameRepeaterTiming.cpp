@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -22,7 +23,8 @@ const Logger& logger() {
 }
 
 std::chrono::milliseconds wholeMilliseconds(double milliseconds) {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(sleepDuration(milliseconds / 1000));
+    // Cut first: the way over seconds may end a nanosecond short of a whole millisecond.
+    return std::chrono::round<std::chrono::milliseconds>(sleepDuration(std::trunc(milliseconds) / 1000));
 }
 
 std::string description(const std::optional<CMTime>& time) {

@@ -91,6 +91,7 @@ TEST_F(FrameRepeaterTest, TheIntervalIsCutToMillisecondsAndATenthOfItIsTolerance
     const FrameRepeaterTiming timing(0.0309);
     EXPECT_EQ(timing.sleepInterval(), 30ms);
     EXPECT_EQ(timing.sleepIntervalTolerance(), 3ms);
+    EXPECT_EQ(FrameRepeaterTiming(1.025).sleepInterval(), 1025ms) << "whole already, though not as a fraction";
     EXPECT_GT(FrameRepeaterTiming(std::numeric_limits<double>::infinity()).sleepInterval(), 24h);
 }
 
