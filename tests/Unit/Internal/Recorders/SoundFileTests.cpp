@@ -1,7 +1,10 @@
 // Sound files as a player hears them: recorders on a scripted desktop, through the real writer.
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <set>
+#include <string>
 
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
 #include "Zorvane/ZVMediaInfo.hpp"
@@ -27,6 +30,12 @@ class SoundFileTest : public testing::SoundRecordingTest {
         }
         return sound;
     }
+
+    static bool isQuickTimeMovie(const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        const std::string content{std::istreambuf_iterator<char>(stream), {}};
+        return content.substr(4, 8) == "ftypqt  ";
+    }
 };
 
 TEST_F(SoundFileTest, AllFilesOfABundleHoldTheirSoundInItsPlaceAndAreEquallyLong) {
@@ -38,8 +47,8 @@ TEST_F(SoundFileTest, AllFilesOfABundleHoldTheirSoundInItsPlaceAndAreEquallyLong
         microphone.latency = std::chrono::milliseconds(30);
     });
     const std::set<ZVSystemAudioExcludeOptions> everything;
-    make({Item::microphone("mic", "mic.m4a"), Item::systemAudio(everything, "system.m4a"),
-          Item::display(77, {.includeAudio = true}, "screen.mov")});
+    make({Item::microphone("mic", "mic.m4a"), Item::systemAudio(everything, "system.mp4"),
+          Item::display(77, {.includeAudio = true}, "screen.m4v")});
     prepare();
     advance(0.3);
     start();
@@ -52,6 +61,7 @@ TEST_F(SoundFileTest, AllFilesOfABundleHoldTheirSoundInItsPlaceAndAreEquallyLong
     for (const auto& file : result.bundleInfo.files) {
         const std::filesystem::path path = result.bundleURL / file.filename;
         SCOPED_TRACE(path.filename());
+        EXPECT_EQ(isQuickTimeMovie(path), path.extension() != ".mp4");
         const ZVMediaInfo info = ZVMediaInfo::read(path);
         for (const ZVMediaInfo::Track& track : info.tracks) {
             EXPECT_NEAR(track.begin.value_or(-1), 0, 0.001);
