@@ -41,6 +41,7 @@ std::shared_ptr<const Platform> completed(Platform platform) {
     fillIn(platform.platformExpert, standard.platformExpert);
     fillIn(platform.screenCapture, standard.screenCapture);
     fillIn(platform.audioConverting, standard.audioConverting);
+    fillIn(platform.videoConverting, standard.videoConverting);
     fillIn(platform.mediaWriting, standard.mediaWriting);
     fillIn(platform.mediaReading, standard.mediaReading);
     return std::make_shared<const Platform>(std::move(platform));

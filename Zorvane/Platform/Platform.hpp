@@ -16,6 +16,7 @@ class AVAudioConverting;
 class AVCaptureDevices;
 class AVMediaReading;
 class AVMediaWriting;
+class AVVideoConverting;
 class CGDisplays;
 class CGEvents;
 class CGWindowList;
@@ -74,6 +75,7 @@ struct Platform {
     std::shared_ptr<IOPlatformExpert> platformExpert;
     std::shared_ptr<SCScreenCapture> screenCapture;
     std::shared_ptr<AVAudioConverting> audioConverting;
+    std::shared_ptr<AVVideoConverting> videoConverting;
     std::shared_ptr<AVMediaWriting> mediaWriting;
     std::shared_ptr<AVMediaReading> mediaReading;
 

@@ -119,7 +119,7 @@ void MicrophoneCapture::setUp(const std::shared_ptr<AVCaptureDevice>& device) {
 
 void MicrophoneCapture::observeInterruptions(NoticeHandler onNotice) {
     const SourceNotices notices(microphoneName_, std::move(onNotice), logger_);
-    interruptions_ = session_->observeInterruptions([notices](const std::exception_ptr& reason) {
+    interruptions_ = session_->observeInterruptions([notices](AVMediaType, const std::exception_ptr& reason) {
         if (reason) {
             notices.interrupted(reason);
         } else {

@@ -9,6 +9,7 @@
 
 #include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
 #include "Zorvane/Platform/CoreMedia/CMFormatDescription.hpp"
+#include "Zorvane/Platform/CoreMedia/CMTime.hpp"
 #include "Zorvane/Platform/Foundation/NSKeyValueObservation.hpp"
 
 namespace zorvane {
@@ -58,8 +59,12 @@ class AVCaptureDevice {
     virtual AVCaptureDevicePairing pairing() const = 0;
     /// Whether another program captures from it. False where the system doesn't tell.
     virtual bool isInUseByAnotherApplication() const { return false; }
-    /// The format that the device delivers in now, as far as it is known; of a microphone its rate and channels.
+    /// The format that the device delivers in now, as far as it is known: of a microphone its rate and channels, of a
+    /// camera or phone the size of its pictures.
     virtual CMFormatDescription activeFormat() const { return {}; }
+    /// The shortest time from picture to picture in that format. Not numeric where the device doesn't say, and of
+    /// devices without pictures.
+    virtual CMTime activeVideoMinFrameDuration() const { return kCMTimeInvalid; }
 
     /// Calls `handler` after each change of `isSuspended` or `pairing`, on any thread; it only signals.
     virtual NSKeyValueObservation observeSuspended(std::function<void()> handler) = 0;

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "Zorvane/Platform/CoreMedia/CMFormatDescription.hpp"
+#include "Zorvane/Platform/CoreMedia/CMTime.hpp"
 
 namespace zorvane {
 
@@ -37,7 +38,8 @@ struct AVVideoSettings {
     CMVideoCodecType codec = CMVideoCodecType::h264;
     std::int32_t width = 0;  ///< pixels of the encoded picture; incoming pictures are scaled to it
     std::int32_t height = 0;
-    AVVideoColorProperties colorProperties;
+    /// Absent: the pictures' own, which must be '420v' then, of ITU-R 709 primaries and transfer and the matrix of 601.
+    std::optional<AVVideoColorProperties> colorProperties = AVVideoColorProperties{};
     AVVideoCompressionProperties compressionProperties;
 };
 
@@ -59,6 +61,9 @@ class AVOutputSettingsAssistant {
 
     /// What the source video is like, for settings that depend on it.
     virtual void setSourceVideoFormat(const CMFormatDescription& format) = 0;
+
+    /// The shortest time from picture to picture of the source. Numeric.
+    virtual void setSourceVideoMinFrameDuration(CMTime) {}
 
     /// What the source sound is like. The settings keep its rate where the codec has it, and its channels.
     virtual void setSourceAudioFormat(const CMFormatDescription&) {}

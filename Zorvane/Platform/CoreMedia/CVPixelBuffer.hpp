@@ -15,12 +15,16 @@ namespace zorvane {
 enum class CVPixelFormat : std::uint32_t {
     bgra = 0x42475241,  ///< 'BGRA': bytes blue, green, red, alpha (alpha is ignored)
     l10r = 0x6C313072,  ///< 'l10r': little-endian 32 bits, from the top: 2 unused, 10 red, 10 green, 10 blue
+    /// '420v': a plane of luma, then one of pairs Cb, Cr at half the width and height, rounded up; bytes, video range,
+    /// with the matrix of ITU-R BT.601, as cameras give it.
+    yCbCr420VideoRange = 0x34323076,
 };
 
 /// The colour space that pixel values are meant in.
 enum class CGColorSpaceName : std::uint8_t { sRGB, displayP3 };
 
-/// The shape of a picture. `bytesPerRow` is at least four times `width`.
+/// The shape of a picture. `bytesPerRow` is that of every plane; it is at least four times `width`, of '420v' at least
+/// `width`, rounded up to an even number.
 struct CVPixelLayout {
     std::int32_t width = 0;
     std::int32_t height = 0;
@@ -28,7 +32,13 @@ struct CVPixelLayout {
     CVPixelFormat format = CVPixelFormat::bgra;
     CGColorSpaceName colorSpace = CGColorSpaceName::sRGB;
 
-    std::size_t byteSize() const { return bytesPerRow * static_cast<std::size_t>(height); }
+    bool isBiPlanar() const { return format == CVPixelFormat::yCbCr420VideoRange; }
+    /// Where the second plane begins, in bytes from the first; for '420v' only.
+    std::size_t chromaOffset() const { return bytesPerRow * static_cast<std::size_t>(height); }
+    std::size_t byteSize() const {
+        const auto rows = static_cast<std::size_t>(height);
+        return bytesPerRow * (isBiPlanar() ? rows + (rows + 1) / 2 : rows);
+    }
     bool operator==(const CVPixelLayout&) const = default;
 };
 

@@ -90,7 +90,7 @@ void applyVideoSettings(const AVVideoSettings& settings, AVCodecContext& context
     context.framerate = nominalFrameRate;
     context.gop_size = unlimited;  // key frames are placed by time, see VideoTrack
     context.color_range = AVCOL_RANGE_MPEG;
-    context.color_primaries = colorPrimaries(settings.colorProperties.primaries);
+    context.color_primaries = colorPrimaries(settings.colorProperties.value_or(AVVideoColorProperties{}).primaries);
     context.color_trc = AVCOL_TRC_BT709;
     context.colorspace = AVCOL_SPC_BT709;
     context.chroma_sample_location = AVCHROMA_LOC_CENTER;

@@ -34,7 +34,7 @@ AVVideoSettings h264Settings() {
 AVVideoSettings hevcSettings() {
     AVVideoSettings settings;
     settings.codec = CMVideoCodecType::hevc;
-    settings.colorProperties.primaries = AVVideoColorPrimaries::p3D65;
+    settings.colorProperties->primaries = AVVideoColorPrimaries::p3D65;
     settings.compressionProperties.constantQuality = sharpQuality;
     // A key frame takes this encoder ten times as long as another frame.
     settings.compressionProperties.maxKeyFrameIntervalDuration = 10;

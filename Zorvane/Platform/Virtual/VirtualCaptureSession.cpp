@@ -44,7 +44,7 @@ void VirtualCaptureSession::startRunning() {
     auto deliver = [delivery = delivery_](const CMSampleBuffer& sample) { delivery->deliver(sample); };
     auto interrupt = [delivery = delivery_, observers = interruptionObservers_](const std::exception_ptr& reason) {
         if (delivery->isRunning) {
-            observers->notify(reason);
+            observers->notify(AVMediaType::audio, reason);
         }
     };
     const VirtualMicrophoneSource::Receiver receiver{std::move(deliver), std::move(interrupt)};

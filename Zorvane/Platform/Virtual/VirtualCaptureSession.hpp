@@ -42,8 +42,8 @@ class VirtualCaptureSession final : public AVCaptureSession {
     };
 
     const std::shared_ptr<VirtualCaptureDevices> devices_;
-    const std::shared_ptr<NSKeyValueObservers<std::exception_ptr>> interruptionObservers_ =
-        std::make_shared<NSKeyValueObservers<std::exception_ptr>>();
+    const std::shared_ptr<NSKeyValueObservers<AVMediaType, std::exception_ptr>> interruptionObservers_ =
+        std::make_shared<NSKeyValueObservers<AVMediaType, std::exception_ptr>>();
     std::shared_ptr<AVCaptureDevice> device_;
     std::shared_ptr<AVCaptureDataOutput> output_;
     std::optional<VirtualClock> clock_;

@@ -28,7 +28,7 @@ PipeWireCaptureSession::PipeWireCaptureSession(std::shared_ptr<PipeWireSession> 
     : session_(std::move(session)),
       list_(std::move(list)),
       converting_(std::move(converting)),
-      interruptions_(std::make_shared<NSKeyValueObservers<std::exception_ptr>>()) {}
+      interruptions_(std::make_shared<NSKeyValueObservers<AVMediaType, std::exception_ptr>>()) {}
 
 PipeWireCaptureSession::~PipeWireCaptureSession() = default;
 
@@ -55,7 +55,7 @@ bool PipeWireCaptureSession::hasEnabledConnection(AVMediaType mediaType) const {
 void PipeWireCaptureSession::startRunning() {
     if (!microphone_ && hasEnabledConnection(AVMediaType::audio)) {
         const auto tell = [interruptions = interruptions_](const std::exception_ptr& reason) {
-            interruptions->notify(reason);
+            interruptions->notify(AVMediaType::audio, reason);
         };
         microphone_ = std::make_unique<PipeWireMicrophone>(session_, list_, device_, makeInput(), tell);
     }

@@ -41,7 +41,7 @@ class PipeWireCaptureSession final : public AVCaptureSession {
     const std::shared_ptr<AVAudioConverting> converting_;
     const HostTimeSynchronizationClock clock_;
     // Shared with the session's thread, which may be about to tell of an interruption.
-    const std::shared_ptr<NSKeyValueObservers<std::exception_ptr>> interruptions_;
+    const std::shared_ptr<NSKeyValueObservers<AVMediaType, std::exception_ptr>> interruptions_;
     std::shared_ptr<const PipeWireCaptureDevice> device_;
     std::shared_ptr<AVCaptureDataOutput> output_;
     std::unique_ptr<PipeWireMicrophone> microphone_;  // while it runs

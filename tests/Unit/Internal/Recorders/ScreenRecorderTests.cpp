@@ -167,7 +167,7 @@ TEST_F(ScreenRecorderTest, ConfiguresStreamAndWriterByMode) {
     EXPECT_EQ(settings.codec, CMVideoCodecType::hevc);
     EXPECT_EQ(settings.width, 33);
     EXPECT_EQ(settings.height, 21);
-    EXPECT_EQ(settings.colorProperties.primaries, AVVideoColorPrimaries::p3D65);
+    EXPECT_EQ(settings.colorProperties->primaries, AVVideoColorPrimaries::p3D65);
     EXPECT_FALSE(settings.compressionProperties.allowFrameReordering);
     EXPECT_TRUE(movie().tracks[0].expectsMediaDataInRealTime);
     EXPECT_TRUE(log.has(ZVLogLevel::debug, "Configured SCStream.", {{"captureAudio", "false"}}));

@@ -216,7 +216,7 @@ TEST_P(MovieFormatTest, SaysItsSizeCodecAndColoursAndShowsThem) {
     const bool isWide = format.codec == CMVideoCodecType::hevc;
     AVVideoSettings settings = smallVideo(format.width, format.height);
     settings.codec = format.codec;
-    settings.colorProperties.primaries = format.primaries;
+    settings.colorProperties->primaries = format.primaries;
     WriterBench bench(settings, {}, format.fileType);
     ASSERT_TRUE(bench.start()) << textOf(bench.writer->error());
     // Quarters: red, green, blue, white.
