@@ -28,7 +28,8 @@ using testing::ElementsAre;
 class Interruptions {
   public:
     explicit Interruptions(AVCaptureSession& session)
-        : observation_(session.observeInterruptions([this](AVMediaType, const std::exception_ptr& reason) { add(reason); })) {}
+        : observation_(
+              session.observeInterruptions([this](AVMediaType, const std::exception_ptr& reason) { add(reason); })) {}
 
     std::vector<std::string> waitFor(std::size_t count) {
         std::unique_lock lock(mutex_);
