@@ -32,6 +32,8 @@ constexpr auto recordHelp = R"(Examples:
   zorvane record --audio                      the system's sound inside the movie
   zorvane record --mouse --keyboard --top-window
                                               what was done where, as JSON beside the movie
+  zorvane record --camera default --microphone default
+                                              a camera and a voice, in one movie
   zorvane record --microphone default         a microphone alone
   zorvane record --window 41943046            where a window is, with its application alone
   zorvane record --segmented                  six-second segments and playlists, to play while it goes on
@@ -141,11 +143,20 @@ CLI::Option* addList(CLI::App& app, const std::string& name, Parse parse, std::v
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-void addSound(CLI::App& app, RecordOptions& options) {
+void addDevices(CLI::App& app, RecordOptions& options) {
     const auto asItIs = [](const std::string& text) { return text; };
+    addList(app, "--camera", asItIs, options.cameras,
+            "Camera to record, with the sound of the first microphone: default, or its id; may be repeated")
+        ->type_name("default|ID");
     addList(app, "--microphone", asItIs, options.microphones,
             "Microphone to record: default, or its id; may be repeated")
         ->type_name("default|ID");
+    addList(app, "--device", asItIs, options.devices,
+            "Phone or tablet to record, or the capture card that shows its screen: its id; may be repeated")
+        ->type_name("ID");
+}
+
+void addSound(CLI::App& app, RecordOptions& options) {
     auto* system = app.add_flag("--system-audio", options.systemAudio, "Record the sound of all applications");
     addList(app, "--exclude-process", parseProcess, options.excludedProcesses,
             "Leave this process out of the system's sound; may be repeated")
@@ -172,12 +183,13 @@ void addWhat(CLI::App& app, RecordOptions& options) {
     app.add_flag("--keyboard", options.keyboard, "Write every key that is pressed to that file, passwords too");
     app.add_flag("--top-window", options.topWindow, "Write which window is in front, and where, to a JSON file")
         ->excludes(window);
+    addDevices(app, options);
     addSound(app, options);
 }
 
 /// What options mean together.
 void requireSense(const RecordOptions& options) {
-    const bool hasPicture = options.display || options.windowID || !namesSound(options);
+    const bool hasPicture = options.display || options.windowID || !namesOtherSource(options);
     const std::pair<bool, const char*> aboutPictures[] = {{options.displayAudio, "--audio"},
                                                           {!options.excluding.empty(), "--exclude"},
                                                           {options.mouse, "--mouse"},
@@ -293,7 +305,7 @@ Command parseCommandLine(int argumentCount, const char* const* arguments) {
     SourcesOptions sourcesOptions;
     InfoOptions infoOptions;
     PermissionsOptions permissionsOptions;
-    CLI::App* record = app.add_subcommand("record", "Record displays, windows and sound");
+    CLI::App* record = app.add_subcommand("record", "Record displays, windows, cameras and sound");
     addRecord(*record, recordOptions);
     CLI::App* sources = app.add_subcommand("sources", "List what there is to record");
     addSources(*sources, sourcesOptions);

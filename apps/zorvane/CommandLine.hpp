@@ -24,8 +24,12 @@ struct RecordOptions {
     std::optional<DisplayName> display;
     /// Where this window is, in place of a display.
     std::optional<std::uint32_t> windowID;
-    /// Ids, or "default".
+    /// Ids, or "default". A camera's movie has the sound of the first microphone; without one, of the default one. All
+    /// other microphones get files of their own.
+    std::vector<std::string> cameras;
     std::vector<std::string> microphones;
+    /// Ids of phones, or of what shows their screens.
+    std::vector<std::string> devices;
     /// The sound of all applications but the excluded ones, which are process ids.
     bool systemAudio = false;
     std::vector<std::int32_t> excludedProcesses;
@@ -55,9 +59,10 @@ struct RecordOptions {
     std::optional<ZVLogLevel> logLevel;
 };
 
-/// Whether a source of sound is among what is recorded.
-inline bool namesSound(const RecordOptions& options) {
-    return !options.microphones.empty() || options.systemAudio || !options.applications.empty();
+/// Whether anything but a display or a window is named.
+inline bool namesOtherSource(const RecordOptions& options) {
+    return !options.cameras.empty() || !options.microphones.empty() || !options.devices.empty() ||
+           options.systemAudio || !options.applications.empty();
 }
 
 struct SourcesOptions {

@@ -3,8 +3,8 @@
 #include <set>
 #include <utility>
 
+#include "DeviceChoice.hpp"
 #include "DisplayChoice.hpp"
-#include "MicrophoneChoice.hpp"
 
 namespace zorvane::cli {
 namespace {
@@ -46,6 +46,26 @@ std::set<ZVRecorder::SystemAudioExcludeOptions> excludedProcesses(const RecordOp
     return excluded;
 }
 
+/// The movies of cameras, which take the first microphone's sound into them, and the files of all microphones else.
+void addCamerasAndMicrophones(const RecordOptions& options, const SegmentHandler& onSegment,
+                              const std::stop_token& stopToken, std::vector<Item>& items) {
+    std::vector<std::string> microphones;
+    for (const std::string& microphone : options.microphones) {
+        microphones.push_back(chooseMicrophone(microphone, stopToken));
+    }
+    auto alone = microphones.begin();
+    if (!options.cameras.empty()) {
+        const std::string voice = alone == microphones.end() ? chooseMicrophone("default", stopToken) : *alone++;
+        for (const std::string& camera : options.cameras) {
+            items.push_back(Item::webcam(voice, chooseCamera(camera, stopToken),
+                                         outputOf<ZVRecorder::WebcamOutputOptions>(options, onSegment)));
+        }
+    }
+    for (; alone != microphones.end(); ++alone) {
+        items.push_back(Item::microphone(*alone, outputOf<ZVRecorder::AudioOutputOptions>(options, onSegment)));
+    }
+}
+
 }  // namespace
 
 std::vector<Item> schemaItems(const RecordOptions& options, const SegmentHandler& onSegment,
@@ -54,11 +74,13 @@ std::vector<Item> schemaItems(const RecordOptions& options, const SegmentHandler
     std::vector<Item> items;
     if (options.windowID) {
         items.push_back(windowItem(options, onSegment));
-    } else if (options.display || !namesSound(options)) {
+    } else if (options.display || !namesOtherSource(options)) {
         items.push_back(displayItem(options, onSegment, stopToken));
     }
-    for (const std::string& microphone : options.microphones) {
-        items.push_back(Item::microphone(chooseMicrophone(microphone, stopToken), output));
+    addCamerasAndMicrophones(options, onSegment, stopToken, items);
+    for (const std::string& device : options.devices) {
+        items.push_back(Item::appleDeviceStaticOrientation(
+            chooseDevice(device, stopToken), outputOf<ZVRecorder::DeviceOutputOptions>(options, onSegment)));
     }
     if (options.systemAudio) {
         items.push_back(Item::systemAudio(excludedProcesses(options), output));

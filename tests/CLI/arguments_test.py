@@ -32,7 +32,8 @@ class Arguments(CommandLineTest):
             *((["record", "--window", "1", option], "--window") for option in ["--audio", "--top-window"]),
             *((["record", *picture, *sound], "Add --display main")
               for picture in [["--audio"], ["--exclude", "current"], ["--mouse"], ["--keyboard"], ["--top-window"]]
-              for sound in [["--microphone", "default"], ["--system-audio"], ["--application-audio", "1"]]),
+              for sound in [["--microphone", "default"], ["--camera", "default"], ["--device", "x"],
+                            ["--system-audio"], ["--application-audio", "1"]]),
             (["record", "--events"], "Add --json"),
             (["sources", "screens"], "screens"),
             (["record", "--color-space", "srgb"], "sRGB,displayP3"),
@@ -60,11 +61,13 @@ class Arguments(CommandLineTest):
         self.assertEqual(report["status"], "failed")
         self.assertIn("Known displays: 1 (Virtual Display, main)", report["errors"][0]["userMessage"])
 
-    def test_an_unknown_microphone_is_refused_with_a_list_of_the_known_ones(self):
-        report = self.record_json("--microphone", "nobody", status=4)
-        self.assertEqual((report["status"], report["files"]), ("failed", []))
-        self.assertIn('"nobody". Known microphones: virtual.microphone (Virtual Microphone).',
-                      report["errors"][0]["userMessage"])
+    def test_an_unknown_device_is_refused_with_a_list_of_the_known_ones(self):
+        for kind, name in [("microphone", "Microphone"), ("camera", "Camera")]:
+            with self.subTest(kind=kind):
+                report = self.record_json(f"--{kind}", "nobody", status=4)
+                self.assertEqual((report["status"], report["files"]), ("failed", []))
+                self.assertIn(f'"nobody". Known {kind}s: virtual.{kind} (Virtual {name}).',
+                              report["errors"][0]["userMessage"])
 
     def test_what_is_at_the_place_of_the_bundle_stays_as_it_was(self):
         (self.place / "taken").mkdir()

@@ -12,14 +12,14 @@ _zorvane() {
         --color-space) words="sRGB displayP3" ;;
         --platform) words="linux virtual" ;;
         --log-level) words="trace debug info warning error critical" ;;
-        --microphone) words="default" ;;
-        --seconds | --window | --exclude-process | --application-audio) return ;;
+        --camera | --microphone) words="default" ;;
+        --seconds | --window | --device | --exclude-process | --application-audio) return ;;
         -o | --output)
             compopt -o filenames
             mapfile -t COMPREPLY < <(compgen -d -- "$cur")
             return
             ;;
-        *) words="--display --window --exclude --audio --mouse --keyboard --top-window --microphone --system-audio --exclude-process --application-audio --segmented --events --color-space --no-cursor --seconds -o --output --platform --json -q --quiet --log-level --help" ;;
+        *) words="--display --window --exclude --audio --mouse --keyboard --top-window --camera --microphone --device --system-audio --exclude-process --application-audio --segmented --events --color-space --no-cursor --seconds -o --output --platform --json -q --quiet --log-level --help" ;;
         esac
     elif [[ $command == sources ]]; then
         case $prev in

@@ -1,6 +1,6 @@
 # Completion of zorvane's arguments for fish.
 complete -c zorvane -f
-complete -c zorvane -n __fish_use_subcommand -a record -d "Record displays, windows and sound"
+complete -c zorvane -n __fish_use_subcommand -a record -d "Record displays, windows, cameras and sound"
 complete -c zorvane -n __fish_use_subcommand -a sources -d "List what there is to record"
 complete -c zorvane -n __fish_use_subcommand -a info -d "Tell what is in a bundle"
 complete -c zorvane -n __fish_use_subcommand -a permissions -d "Tell what may be recorded"
@@ -15,7 +15,9 @@ complete -c zorvane -n $record -l audio -d "Put the system's sound into the movi
 complete -c zorvane -n $record -l mouse -d "Write what the mouse does"
 complete -c zorvane -n $record -l keyboard -d "Write every key that is pressed"
 complete -c zorvane -n $record -l top-window -d "Write which window is in front"
+complete -c zorvane -n $record -l camera -x -a default -d "Camera to record, with a microphone"
 complete -c zorvane -n $record -l microphone -x -a default -d "Microphone to record"
+complete -c zorvane -n $record -l device -x -d "Phone or capture card to record"
 complete -c zorvane -n $record -l system-audio -d "Record the sound of all applications"
 complete -c zorvane -n $record -l exclude-process -x -a "(__fish_complete_pids)" -d "Leave out of the sound"
 complete -c zorvane -n $record -l application-audio -x -a "(__fish_complete_pids)" -d "Record the sound of a process"
