@@ -1,6 +1,7 @@
 // Unstructured tasks: started now, awaited later or never.
 #pragma once
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -37,9 +38,19 @@ class TaskHandle {
     /// Waits for the task's end, whatever its outcome.
     Task<> finished() const { return endOf(state_); }
 
+    /// Cancels the task and blocks until it has ended and let go of all that it used. For destructors: whoever is
+    /// destroyed by a task can't await another. Any thread that the task can do without.
+    void cancelAndJoin() const {
+        if (state_) {
+            state_->stopSource.request_stop();
+            state_->waitForEnd();
+        }
+    }
+
   private:
     struct State {
         std::stop_source stopSource;
+        std::condition_variable ended;
         std::mutex mutex;  // guards the two below
         std::optional<ZVOutcome<T>> outcome;
         std::vector<Continuation<>> waiters;
@@ -49,6 +60,7 @@ class TaskHandle {
             outcome.emplace(std::move(result));
             const auto resumed = std::exchange(waiters, {});
             lock.unlock();
+            ended.notify_all();
             for (const auto& waiter : resumed) {
                 waiter.resume();
             }
@@ -63,6 +75,12 @@ class TaskHandle {
             }
             lock.unlock();
             waiter.resume();
+        }
+
+        void waitForEnd() {
+            const PoolBlockingScope blocking;
+            std::unique_lock lock(mutex);
+            ended.wait(lock, [this] { return outcome.has_value(); });
         }
     };
 

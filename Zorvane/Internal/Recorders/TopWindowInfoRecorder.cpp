@@ -56,13 +56,13 @@ TopWindowInfoRecorder::TopWindowInfoRecorder(std::string id, const std::filesyst
 }
 
 TopWindowInfoRecorder::~TopWindowInfoRecorder() {
-    eventMonitor_.cancel();
+    eventMonitor_.cancelAndJoin();
 }
 
 Task<> TopWindowInfoRecorder::prepare() {
     logger_.trace("Preparing.");
     auto [began, beginning] = makeContinuation();
-    eventMonitor_ = spawn(monitor(weak_from_this(), displayID_, std::move(began)));
+    eventMonitor_ = spawn(monitor(std::move(began)));
     co_await std::move(beginning);
 }
 
@@ -89,24 +89,19 @@ Task<> TopWindowInfoRecorder::endMonitoring() {
 }
 
 /// `began` is resumed by the first update, or by the end.
-Task<> TopWindowInfoRecorder::monitor(std::weak_ptr<TopWindowInfoRecorder> weak, CGDirectDisplayID displayID,
-                                      Continuation<> began) {
+Task<> TopWindowInfoRecorder::monitor(Continuation<> began) {
     std::exception_ptr error;
     try {
-        const auto tracker = TopWindowTracker::make(displayID, ZVWindow::FilterOptions::default_);
+        const auto tracker = TopWindowTracker::make(displayID_, ZVWindow::FilterOptions::default_);
         auto updates = tracker->updates();
         while (const auto update = co_await updates.next()) {
-            if (const auto self = weak.lock()) {
-                self->append(*update);
-            }
+            append(*update);
             began.resume();
         }
     } catch (...) {
         error = std::current_exception();
     }
-    if (const auto self = weak.lock()) {
-        self->noteEnd(error);
-    }
+    noteEnd(error);
     began.resume();
 }
 

@@ -3,7 +3,6 @@
 
 #include <exception>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,7 +19,7 @@ namespace zorvane {
 /// The file holds a `ZVWindowPresence` for every change. The first one tells, at time 0, of the window that was in
 /// front when the recording started; the last one repeats, at the time of the stop, what was in front then. A window
 /// that lies outside the recorded area altogether gives no element: what was written before stands.
-class TopWindowInfoRecorder final : public Recorder, public std::enable_shared_from_this<TopWindowInfoRecorder> {
+class TopWindowInfoRecorder final : public Recorder {
   public:
     /// Creates the file. `displayID` is the window server's number; `globalCropTopLeft` is the recorded area in global
     /// coordinates, with the origin at the top left. Throws `ZVError` for an empty one, and what `StreamingJSONWriter`
@@ -36,7 +35,7 @@ class TopWindowInfoRecorder final : public Recorder, public std::enable_shared_f
     Task<std::vector<ZVBundleInfo::FileAsset>> finish() override;
 
   private:
-    static Task<> monitor(std::weak_ptr<TopWindowInfoRecorder> weak, CGDirectDisplayID displayID, Continuation<> began);
+    Task<> monitor(Continuation<> began);
     void noteEnd(const std::exception_ptr& error);
     Task<> endMonitoring();
     void append(const TopWindowTracker::Update& update);

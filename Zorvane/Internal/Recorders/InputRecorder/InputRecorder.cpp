@@ -51,7 +51,7 @@ InputRecorder::InputRecorder(InputRecorderParameters parameters)
                                                        std::move(parameters.recordingInterval), logger_)) {}
 
 InputRecorder::~InputRecorder() {
-    eventMonitor_.cancel();
+    eventMonitor_.cancelAndJoin();
 }
 
 std::shared_ptr<CGEventStream> InputRecorder::makeEventStream() const {

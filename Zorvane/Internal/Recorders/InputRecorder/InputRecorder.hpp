@@ -44,7 +44,7 @@ class InputRecorder final : public Recorder {
     /// Creates the file. Throws `ZVError` if there is one already or the area is empty, and what the operating system
     /// says.
     explicit InputRecorder(InputRecorderParameters parameters);
-    /// Stops to listen; the loop ends after the event that it is at.
+    /// Stops to listen; the loop has ended after the event that it was at, and the file is closed as it is.
     ~InputRecorder() override;
 
     const std::string& id() const override { return id_; }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <memory>
 #include <stdexcept>
 
 #include "Zorvane/Internal/Concurrency/Sleep.hpp"
@@ -63,6 +64,22 @@ TEST_F(TaskHandleTest, GivesItsErrorToEveryWaiterAndTellsTheEndWithoutThrowing) 
     handle.finished().get();
     EXPECT_THROW(handle.value().get(), std::runtime_error);
     EXPECT_THROW(handle.value().get(), std::runtime_error);
+}
+
+TEST_F(TaskHandleTest, JoiningWaitsUntilTheTaskHasLetGoOfAllThatItUsedAlsoInsideATask) {
+    const auto used = std::make_shared<int>();
+    const auto body = [](std::shared_ptr<int>) -> Task<> { co_await sleepFor(1s); };
+    const auto joinFour = [&]() -> Task<> {
+        for (int round = 0; round < 4; ++round) {
+            const auto handle = spawn(body(used));
+            handle.cancelAndJoin();
+            EXPECT_EQ(used.use_count(), 1);
+            handle.cancelAndJoin();
+        }
+        TaskHandle<>().cancelAndJoin();
+        co_return;
+    };
+    joinFour().get();
 }
 
 }  // namespace

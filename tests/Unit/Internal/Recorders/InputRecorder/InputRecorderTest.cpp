@@ -153,10 +153,10 @@ TEST_F(InputRecorderTest, GoesWithoutATraceWhenItIsDroppedOrCancelled) {
     recorder = nullptr;
     std::filesystem::remove(sideFile);
     prepare();
-    recorder = nullptr;
-    advance(0.1);
     desktop->now().movePointer({{0, 0}});
-    EXPECT_EQ(desktop->eventHandlers()->size(), 0U);
+    recorder = nullptr;
+    EXPECT_EQ(desktop->eventHandlers()->size(), 0U) << "it still listens";
+    EXPECT_EQ(interval.use_count(), 1) << "its loop goes on";
     EXPECT_THAT(aborts(), IsEmpty());
 }
 
