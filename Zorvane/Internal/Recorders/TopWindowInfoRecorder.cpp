@@ -4,13 +4,14 @@
 #include <cstdint>
 #include <utility>
 
+#include "Zorvane/Internal/LogPieces.hpp"
 #include "Zorvane/Internal/ZVWindowPresenceJSON.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
 namespace {
 
-constexpr std::size_t retimerCapacity = 3;
+constexpr std::size_t retimerCapacity = 1;  // what is in front at the start
 constexpr std::int32_t timescale = 1'000'000'000;
 
 CGRect requireArea(const CGRect& crop) {
@@ -115,9 +116,7 @@ void TopWindowInfoRecorder::noteEnd(const std::exception_ptr& error) {
     } catch (const ZVCancelled&) {
         logger_.debug("Top window tracker stopped.");
     } catch (...) {
-        logger_.error("Top window tracker stopped with error, aborting.", [&] {
-            return LogMetadata{{"error", debugDescription(error)}};
-        });
+        logger_.error("Top window tracker stopped with error, aborting.", errorMetadata(error));
         onAbort_(AbortSignal::interrupted(error));
     }
 }
