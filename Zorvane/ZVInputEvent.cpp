@@ -77,8 +77,12 @@ ZVInputEvent ZVInputEvent::fromJSON(std::string_view json) {
 
 std::vector<ZVInputEvent> ZVInputEvent::read(const std::filesystem::path& sideFile) {
     std::vector<ZVInputEvent> events;
-    forEachElementOfFile(sideFile, [&events](const JSONReader& element) { events.push_back(readInputEvent(element)); });
+    forEach(sideFile, [&events](ZVInputEvent event) { events.push_back(std::move(event)); });
     return events;
+}
+
+void ZVInputEvent::forEach(const std::filesystem::path& sideFile, const std::function<void(ZVInputEvent)>& body) {
+    forEachElementOfFile(sideFile, [&body](const JSONReader& element) { body(readInputEvent(element)); });
 }
 
 std::string_view rawValue(ZVInputModifier modifier) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -160,6 +161,8 @@ class ZVInputEvent {
     /// Reads a whole side file, or one that is cut off because its recording was killed: all its whole lines. Throws as
     /// above, with the element's number in the path, and when the file can't be read.
     static std::vector<ZVInputEvent> read(const std::filesystem::path& sideFile);
+    /// The same one by one, for a long recording: only one event is in memory. Throws also what `body` throws.
+    static void forEach(const std::filesystem::path& sideFile, const std::function<void(ZVInputEvent)>& body);
 
   private:
     Payload payload_;

@@ -61,9 +61,13 @@ ZVWindowPresence ZVWindowPresence::fromJSON(std::string_view json) {
 
 std::vector<ZVWindowPresence> ZVWindowPresence::read(const std::filesystem::path& sideFile) {
     std::vector<ZVWindowPresence> presences;
-    forEachElementOfFile(sideFile,
-                         [&presences](const JSONReader& element) { presences.push_back(readWindowPresence(element)); });
+    forEach(sideFile, [&presences](ZVWindowPresence presence) { presences.push_back(std::move(presence)); });
     return presences;
+}
+
+void ZVWindowPresence::forEach(const std::filesystem::path& sideFile,
+                               const std::function<void(ZVWindowPresence)>& body) {
+    forEachElementOfFile(sideFile, [&body](const JSONReader& element) { body(readWindowPresence(element)); });
 }
 
 }  // namespace zorvane

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -56,6 +57,7 @@ class ZVWindowPresence {
     std::string toJSON() const;
     static ZVWindowPresence fromJSON(std::string_view json);
     static std::vector<ZVWindowPresence> read(const std::filesystem::path& sideFile);
+    static void forEach(const std::filesystem::path& sideFile, const std::function<void(ZVWindowPresence)>& body);
 
   private:
     Payload payload_;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include <fmt/format.h>
@@ -32,22 +34,48 @@ struct Count {
     void operator()(const ZVInputModifiersChangedEvent&) const { ++summary.events["modifiersChanged"]; }
 };
 
-WindowOnTop& entry(TopWindowSummary& summary, std::uint32_t windowID) {
-    const auto found = std::ranges::find(summary.windows, windowID, &WindowOnTop::windowID);
-    return found != summary.windows.end() ? *found : summary.windows.emplace_back(WindowOnTop{.windowID = windowID});
-}
-
-/// Adds what was in front for so long.
-void addTo(TopWindowSummary& summary, const ZVWindowPresence& presence, double seconds) {
-    if (const auto* window = std::get_if<ZVWindowInfo>(&presence.payload())) {
-        WindowOnTop& known = entry(summary, window->windowID);
-        known.title = window->windowTitle;
-        known.application = window->applicationName;
-        known.seconds += seconds;
-    } else {
-        summary.secondsWithout += seconds;
+/// Adds up how long each window was in front.
+class TimeInFront {
+  public:
+    /// In the order of their times.
+    void add(const ZVWindowPresence& next) {
+        if (shown_) {
+            count(next.time().seconds() - shown_->time().seconds());
+        }
+        shown_ = next;
     }
-}
+
+    /// The last one stands at the end of the recording.
+    TopWindowSummary finish() && {
+        if (shown_) {
+            count(0);
+        }
+        std::ranges::stable_sort(summary_.windows, std::ranges::greater(), &WindowOnTop::seconds);
+        return std::move(summary_);
+    }
+
+  private:
+    void count(double seconds) {
+        if (const auto* window = std::get_if<ZVWindowInfo>(&shown_->payload())) {
+            WindowOnTop& known = entry(window->windowID);
+            known.title = window->windowTitle;
+            known.application = window->applicationName;
+            known.seconds += seconds;
+        } else {
+            summary_.secondsWithout += seconds;
+        }
+    }
+
+    WindowOnTop& entry(std::uint32_t windowID) {
+        const auto [place, isNew] = places_.try_emplace(windowID, summary_.windows.size());
+        return isNew ? summary_.windows.emplace_back(WindowOnTop{.windowID = windowID})
+                     : summary_.windows[place->second];
+    }
+
+    std::optional<ZVWindowPresence> shown_;
+    TopWindowSummary summary_;
+    std::unordered_map<std::uint32_t, std::size_t> places_;  // of the summary's windows, by id
+};
 
 std::uint64_t countOf(const std::map<std::string_view, std::uint64_t>& counts, std::string_view name) {
     const auto found = counts.find(name);
@@ -73,22 +101,15 @@ std::uint64_t InputSummary::eventCount() const {
 
 InputSummary readInputSummary(const std::filesystem::path& sideFile) {
     InputSummary summary;
-    for (const ZVInputEvent& event : ZVInputEvent::read(sideFile)) {
-        std::visit(Count{summary}, event.payload());
-    }
+    ZVInputEvent::forEach(sideFile,
+                          [&summary](const ZVInputEvent& event) { std::visit(Count{summary}, event.payload()); });
     return summary;
 }
 
 TopWindowSummary readTopWindowSummary(const std::filesystem::path& sideFile) {
-    const std::vector<ZVWindowPresence> presences = ZVWindowPresence::read(sideFile);
-    TopWindowSummary summary;
-    for (std::size_t index = 0; index < presences.size(); ++index) {
-        // The last entry stands at the end of the recording.
-        const ZVWindowPresence& next = presences[std::min(index + 1, presences.size() - 1)];
-        addTo(summary, presences[index], next.time().seconds() - presences[index].time().seconds());
-    }
-    std::ranges::stable_sort(summary.windows, std::ranges::greater(), &WindowOnTop::seconds);
-    return summary;
+    TimeInFront time;
+    ZVWindowPresence::forEach(sideFile, [&time](const ZVWindowPresence& presence) { time.add(presence); });
+    return std::move(time).finish();
 }
 
 std::string summaryText(const InputSummary& summary) {

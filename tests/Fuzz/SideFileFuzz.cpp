@@ -1,3 +1,5 @@
+#include <sstream>
+
 #include "FuzzTarget.hpp"
 #include "Zorvane/Internal/JSONReader.hpp"
 #include "Zorvane/Internal/StreamingJSONReader.hpp"
@@ -8,7 +10,8 @@ namespace {
 std::optional<int> countElements(std::string_view text) {
     return zorvane::fuzz::attempt([text] {
         int count = 0;
-        zorvane::forEachElement(text, [&count](const zorvane::JSONReader&) { ++count; });
+        std::istringstream stream{std::string(text)};
+        zorvane::forEachElement(stream, "text", [&count](const zorvane::JSONReader&) { ++count; });
         return count;
     });
 }

@@ -1,8 +1,10 @@
 #include "Zorvane/Internal/StreamingJSONReader.hpp"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -19,9 +21,10 @@ namespace {
 using Texts = std::vector<std::string>;
 
 /// The values of "a" in all elements.
-Texts texts(std::string_view array) {
+Texts texts(const std::string& array) {
     Texts texts;
-    forEachElement(array, [&texts](const JSONReader& element) { texts.push_back(element.member("a").string()); });
+    std::istringstream stream(array);
+    forEachElement(stream, "array", [&](const JSONReader& element) { texts.push_back(element.member("a").string()); });
     return texts;
 }
 
@@ -57,8 +60,26 @@ TEST(StreamingJSONReader, ReadsTheWholeLinesOfAFileCutAnywhere) {
     EXPECT_EQ(texts("[\n" + two + ",\n" + std::string(64, '\0')), Texts{"2"}) << "what a power cut may leave";
 }
 
+TEST(StreamingJSONReader, ReadsWhatIsLongerThanItReadsAtOnce) {
+    Texts expected;
+    std::string file(200'000, ' ');
+    for (std::size_t index = 0; index < 4000; ++index) {
+        expected.push_back(std::string(index % 7 * index % 1000, 'x'));
+        file += (index == 0 ? "[{\"a\":\"" : ",\n{\"a\":\"") + expected.back() + "\"}";
+    }
+    expected.push_back(std::string(300'000, ','));
+    file += ",{\"a\":\"" + expected.back() + "\"}" + std::string(200'000, ' ');
+    EXPECT_EQ(texts(file + "]" + std::string(200'000, '\n')), expected);
+    EXPECT_EQ(problem([&] { texts(file + "]" + std::string(200'000, '\n') + "]"); }),
+              fmt::format("document: not JSON at byte {}", file.size() + 200'002));
+    const std::string begun = file.substr(200'000 + 1);
+    EXPECT_EQ(texts("[\n" + begun), expected) << "cut off behind the last element";
+    expected.pop_back();
+    EXPECT_EQ(texts("[\n" + begun.substr(0, begun.size() - 300'000)), expected) << "cut off within it";
+}
+
 TEST(StreamingJSONReader, RefusesWhatIsDamagedElsewhere) {
-    const auto read = [](std::string_view text) { return problem([text] { texts(text); }); };
+    const auto read = [](const std::string& text) { return problem([text] { texts(text); }); };
     EXPECT_EQ(read("[\n{\"a\":\"1\"},\n{\"a\"},\n{\"a\":\"3\"}\n]"), "document[1]: not JSON at byte 5");
     EXPECT_EQ(read("[\n{\"a\":\"1\"},\n{\"b\":1},"), "document[1]: missing key \"a\"");
     EXPECT_EQ(read("[\n{\"a\":\"1\",\n{\"a\":\"2\"}"), "document: not JSON at byte 13") << "not in the last line";
