@@ -19,8 +19,33 @@ CVPixelBufferRef makePicture(const CVPixelLayout& layout, const std::function<Pi
     return picture;
 }
 
+CVPixelBufferRef makeVideoPicture(const CVPixelLayout& layout,
+                                  const std::function<std::array<std::uint8_t, 3>(int x, int y)>& samplesAt) {
+    CVPixelBufferRef picture = CVPixelBufferPool::make(layout, 1)->take();
+    auto* const luma = reinterpret_cast<std::uint8_t*>(picture->mutableBytes());
+    for (int y = 0; y < layout.height; ++y) {
+        std::uint8_t* const row = luma + layout.bytesPerRow * static_cast<std::size_t>(y);
+        std::uint8_t* const chroma =
+            luma + layout.chromaOffset() + layout.bytesPerRow * static_cast<std::size_t>(y / 2);
+        for (int x = 0; x < layout.width; ++x) {
+            const auto [value, cb, cr] = samplesAt(x, y);
+            row[x] = value;
+            if (x % 2 == 0 && y % 2 == 0) {
+                chroma[x] = cb;
+                chroma[x + 1] = cr;
+            }
+        }
+    }
+    return picture;
+}
+
 CVPixelBufferRef makeGreyPicture(std::int32_t width, std::int32_t height, std::uint32_t level) {
     return makePicture(bgraLayout(width, height), [level](int, int) { return PixelColor{level, level, level}; });
+}
+
+CVPixelLayout videoLayout(std::int32_t width, std::int32_t height) {
+    return {width, height, static_cast<std::size_t>(width + width % 2), CVPixelFormat::yCbCr420VideoRange,
+            CGColorSpaceName::sRGB};
 }
 
 CVPixelLayout bgraLayout(std::int32_t width, std::int32_t height) {

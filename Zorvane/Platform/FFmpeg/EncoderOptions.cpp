@@ -42,6 +42,21 @@ AVColorPrimaries colorPrimaries(AVVideoColorPrimaries primaries) {
     return primaries == AVVideoColorPrimaries::p3D65 ? AVCOL_PRI_SMPTE432 : AVCOL_PRI_BT709;
 }
 
+/// Screens have been converted with the mean of two by two pixels as their chroma. Without properties the colours are
+/// those of '420v'.
+void applyColors(const std::optional<AVVideoColorProperties>& colors, AVCodecContext& context) {
+    context.color_range = AVCOL_RANGE_MPEG;
+    context.color_primaries = colors ? colorPrimaries(colors->primaries) : AVCOL_PRI_BT709;
+    context.color_trc = AVCOL_TRC_BT709;
+    context.colorspace = colors ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+    context.chroma_sample_location = colors ? AVCHROMA_LOC_CENTER : AVCHROMA_LOC_LEFT;
+}
+
+AVPixelFormat pixelFormat(const AVVideoSettings& settings) {
+    const bool isDeep = settings.codec == CMVideoCodecType::hevc && settings.colorProperties;
+    return isDeep ? AV_PIX_FMT_YUV420P10 : AV_PIX_FMT_YUV420P;
+}
+
 class Options {
   public:
     void set(const char* key, const std::string& value) { av_dict_set(&dictionary_, key, value.c_str(), 0); }
@@ -84,16 +99,12 @@ void addX265Options(const AVVideoCompressionProperties& compression, int threads
 void applyVideoSettings(const AVVideoSettings& settings, AVCodecContext& context) {
     context.width = evenUp(settings.width);
     context.height = evenUp(settings.height);
-    context.pix_fmt = settings.codec == CMVideoCodecType::hevc ? AV_PIX_FMT_YUV420P10 : AV_PIX_FMT_YUV420P;
+    context.pix_fmt = pixelFormat(settings);
     context.sample_aspect_ratio = {1, 1};
     context.time_base = {1, videoTimescale};
     context.framerate = nominalFrameRate;
     context.gop_size = unlimited;  // key frames are placed by time, see VideoTrack
-    context.color_range = AVCOL_RANGE_MPEG;
-    context.color_primaries = colorPrimaries(settings.colorProperties.value_or(AVVideoColorProperties{}).primaries);
-    context.color_trc = AVCOL_TRC_BT709;
-    context.colorspace = AVCOL_SPC_BT709;
-    context.chroma_sample_location = AVCHROMA_LOC_CENTER;
+    applyColors(settings.colorProperties, context);
     context.max_b_frames = 0;
     context.thread_count = threadCount(settings);
     context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;  // the parameter sets go into the index, not into each key frame

@@ -14,8 +14,7 @@ VideoTrack::VideoTrack(const AVVideoSettings& settings, const std::string& encod
 VideoTrack::VideoTrack(const AVVideoSettings& settings, const std::string& encoderName, std::int64_t keyFrameTicks,
                        bool isCut)
     : encoder_(settings, encoderName),
-      preparer_(encoder_.picture(), settings.width, settings.height,
-                settings.colorProperties.value_or(AVVideoColorProperties{}).primaries),
+      preparer_(encoder_.picture(), settings.width, settings.height, settings.colorProperties),
       packet_(makePacket()),
       keyFrameTicks_(keyFrameTicks),
       isCut_(isCut) {}
