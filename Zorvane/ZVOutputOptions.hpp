@@ -12,8 +12,8 @@ namespace zorvane {
 
 /// One media file in the bundle.
 struct ZVSingleFileOutput {
-    /// Relative to the bundle directory, which it can't leave. The extension "mp4" makes it an MPEG-4 file, any other a
-    /// QuickTime movie. Without a name the file is called after its source, such as "display-5.mov".
+    /// Relative to the bundle directory, which it can't leave, and not "zorvane.json". The extension "mp4" makes it an
+    /// MPEG-4 file, any other a QuickTime movie. Without a name it is called after its source, such as "display-5.mov".
     std::optional<std::string> filename = std::nullopt;
 };
 

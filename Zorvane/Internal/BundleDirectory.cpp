@@ -67,7 +67,7 @@ void BundleDirectory::recreate() const {
 }
 
 void BundleDirectory::write(const ZVBundleInfo& bundleInfo) const {
-    writePrivateFile(url_ / "zorvane.json", bundleInfo.encode());
+    writePrivateFile(url_ / manifestFilename, bundleInfo.encode());
 }
 
 }  // namespace zorvane

@@ -4,10 +4,14 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "Zorvane/ZVBundleInfo.hpp"
 
 namespace zorvane {
+
+/// The one name in a bundle that no source can have.
+inline constexpr std::string_view manifestFilename = "zorvane.json";
 
 /// Names the directory and does what the conductor does on disk. Only its owner can read what is made here: a bundle
 /// holds what was on the screen. All failures are `NSError`s of the POSIX domain. Operations block for the disk.
@@ -32,7 +36,7 @@ class BundleDirectory {
     /// Removes the directory with all it holds and makes it again, empty. Doesn't make it if it could not remove it.
     void recreate() const;
 
-    /// Writes "zorvane.json", over one that is there.
+    /// Writes the manifest, over one that is there.
     void write(const ZVBundleInfo& bundleInfo) const;
 
   private:

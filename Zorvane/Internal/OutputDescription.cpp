@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "Zorvane/Internal/BundleDirectory.hpp"
 #include "Zorvane/ZVError.hpp"
 
 namespace zorvane {
@@ -28,7 +29,12 @@ std::string filenamePrefix(const ZVSegmentedOutput& output, std::string_view fal
 }
 
 std::string filename(const ZVSingleFileOutput& output, std::string_view fallbackFilename) {
-    return insideBundle(output.filename.value_or(std::string(fallbackFilename)));
+    std::string name = insideBundle(output.filename.value_or(std::string(fallbackFilename)));
+    if (std::filesystem::path(name).lexically_normal() == manifestFilename) {
+        throw ZVError::invalidConfiguration(
+            fmt::format("\"{}\" is the name of the bundle's manifest. Give the source another one.", manifestFilename));
+    }
+    return name;
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ struct OutputDescription {
 };
 
 /// The description of an output in the bundle; `fallbackFilename`, such as "display-5.mov", names what has no name.
-/// Throws a `ZVError` (invalid configuration) for a name that leads out of the bundle, as does the function below.
+/// Throws a `ZVError` (invalid configuration) for a name that leads out of the bundle and for the manifest's, as does
+/// the function below.
 OutputDescription outputDescription(const ZVOutputForm& output, const std::filesystem::path& bundleURL,
                                     std::string_view fallbackFilename);
 

@@ -117,7 +117,10 @@ TEST(OutputDescription, TakesTheHostsNameElseTheFallback) {
     EXPECT_EQ(filename(ZVSingleFileOutput{"/etc/screen.mov"}, "display-5.mov"), "/bundle/etc/screen.mov");
 }
 
-TEST(OutputDescription, RefusesANameThatLeadsOutOfTheBundle) {
+TEST(OutputDescription, RefusesANameThatLeadsOutOfTheBundleOrIsThatOfItsManifest) {
+    for (const char* name : {"zorvane.json", "/zorvane.json", ".//zorvane.json"}) {
+        EXPECT_THROW(filename(ZVSingleFileOutput{name}, "display-5.mov"), ZVError) << name;
+    }
     for (const char* name : {"..", "../screen.mov", "/../screen.mov", "a/../../screen.mov"}) {
         EXPECT_THROW(filename(ZVSingleFileOutput{name}, "display-5.mov"), ZVError) << name;
         EXPECT_THROW(outputDescription(ZVSegmentedOutput{.filenamePrefix = name}, "/bundle", "x.mov"), ZVError) << name;
