@@ -38,7 +38,7 @@ class Recorder {
   public:
     virtual ~Recorder() = default;
 
-    /// Unique within the recording; names it in logs.
+    /// That of the schema item, whose recorders share it; names the recorder in logs, beside its type.
     virtual const std::string& id() const = 0;
 
     /// Starts the source and ends when it delivers. Throws if it can't; the recording then fails. Is cancelled when
