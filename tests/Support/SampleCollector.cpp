@@ -8,7 +8,7 @@
 
 #include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
-#include "Zorvane/Platform/Virtual/VirtualScreen.hpp"
+#include "Zorvane/Platform/Virtual/VirtualFrameCounter.hpp"
 
 namespace zorvane::test {
 namespace {

@@ -10,7 +10,7 @@
 #include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "Zorvane/Platform/Foundation/NSException.hpp"
-#include "Zorvane/Platform/Virtual/VirtualScreen.hpp"
+#include "Zorvane/Platform/Virtual/VirtualFrameCounter.hpp"
 
 namespace zorvane {
 namespace {
@@ -36,10 +36,11 @@ std::uint64_t extendedDigest(std::uint64_t digest, std::span<const std::byte> by
 /// Of the pixels, whatever lies between the rows.
 std::uint64_t digestOf(const CVPixelBuffer& picture) {
     const CVPixelLayout& layout = picture.layout();
-    const std::size_t rowSize = static_cast<std::size_t>(layout.width) * sizeof(std::uint32_t);
+    const auto width = static_cast<std::size_t>(layout.width);
+    const std::size_t rowSize = layout.isBiPlanar() ? width : width * sizeof(std::uint32_t);
     std::uint64_t digest = emptyDigest;
-    for (std::int32_t y = 0; y < layout.height; ++y) {
-        digest = extendedDigest(digest, {picture.bytes() + static_cast<std::size_t>(y) * layout.bytesPerRow, rowSize});
+    for (std::size_t row = 0; row < layout.byteSize(); row += layout.bytesPerRow) {
+        digest = extendedDigest(digest, {picture.bytes() + row, rowSize});
     }
     return digest;
 }
@@ -52,6 +53,7 @@ VirtualSampleRecord recordOf(const CMSampleBuffer& sample) {
     record.sound = sample.audioBuffer();
     if (const CVPixelBufferRef& image = sample.imageBuffer()) {
         record.digest = digestOf(*image);
+        record.dimensions = {.width = image->layout().width, .height = image->layout().height};
         record.frameNumber = readFrameCounter(image->bytes(), image->layout());
     } else if (record.sound) {
         record.digest = extendedDigest(emptyDigest, record.sound->bytes());

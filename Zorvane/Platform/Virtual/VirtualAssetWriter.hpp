@@ -21,7 +21,8 @@ struct VirtualSampleRecord {
     CMTime duration;
     std::int64_t numSamples = 0;
     std::uint64_t digest = 0;                       ///< equal pictures have equal ones
-    std::optional<std::uint32_t> frameNumber;       ///< of `VirtualScreen::drawFrameCounter`
+    CMVideoDimensions dimensions;                   ///< of a picture
+    std::optional<std::uint32_t> frameNumber;       ///< as `readFrameCounter` tells it
     std::shared_ptr<const AVAudioPCMBuffer> sound;  ///< null for pictures
 };
 

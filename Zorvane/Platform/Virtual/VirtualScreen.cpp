@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
+
+#include "Zorvane/Platform/Virtual/VirtualFrameCounter.hpp"
 
 namespace zorvane {
 namespace {
-
-constexpr std::int32_t counterBits = 32;
-constexpr std::int32_t counterCell = 8;  // pixels; a macroblock holds four cells, so that encoding blurs no cell away
 
 using Channels = std::array<double, 3>;
 using Matrix = std::array<Channels, 3>;
@@ -48,22 +46,6 @@ VirtualPixelRect clipped(const VirtualPixelRect& rect, const VirtualPixelRect& b
     const std::int32_t right = std::min(rect.x + rect.width, bounds.x + bounds.width);
     const std::int32_t bottom = std::min(rect.y + rect.height, bounds.y + bounds.height);
     return {left, top, std::max(right - left, 0), std::max(bottom - top, 0)};
-}
-
-/// The middle pixel of a counter's column or line.
-constexpr std::int32_t middle(std::int32_t cell) {
-    return cell * counterCell + counterCell / 2;
-}
-
-/// Whether the middle of a counter cell is bright.
-bool isBright(const std::byte* pixels, const CVPixelLayout& layout, std::int32_t column, std::int32_t line) {
-    const auto x = static_cast<std::size_t>(middle(column));
-    const auto y = static_cast<std::size_t>(middle(line));
-    std::uint32_t pixel = 0;
-    std::memcpy(&pixel, pixels + y * layout.bytesPerRow + x * sizeof(pixel), sizeof(pixel));
-    const bool isBGRA = layout.format == CVPixelFormat::bgra;
-    const std::uint32_t green = isBGRA ? (pixel >> 8) & 0xFF : (pixel >> 10) & 0x3FF;
-    return green > (isBGRA ? 127u : 511u);
 }
 
 }  // namespace
@@ -105,15 +87,11 @@ void VirtualScreen::fillPlane(std::vector<std::uint32_t>& plane, const VirtualPi
     }
 }
 
-// The second line of cells is the first one inverted, by which a reader knows a counter from any other picture.
 void VirtualScreen::drawFrameCounter(std::uint32_t number) {
-    for (std::int32_t bit = 0; bit < counterBits; ++bit) {
-        const bool isSet = (number >> (counterBits - 1 - bit) & 1u) != 0;
-        const VirtualColor upper = isSet ? VirtualColor::white() : VirtualColor::black();
-        const VirtualColor lower = isSet ? VirtualColor::black() : VirtualColor::white();
-        fill({bit * counterCell, 0, counterCell, counterCell}, upper);
-        fill({bit * counterCell, counterCell, counterCell, counterCell}, lower);
-    }
+    forEachCounterCell(number, [this](const VirtualCounterCell& cell) {
+        fill({cell.x, cell.y, VirtualCounterCell::size, VirtualCounterCell::size},
+             cell.isWhite ? VirtualColor::white() : VirtualColor::black());
+    });
 }
 
 void VirtualScreen::drawTestPattern(std::uint32_t number) {
@@ -123,21 +101,6 @@ void VirtualScreen::drawTestPattern(std::uint32_t number) {
     const auto position = static_cast<std::int32_t>(std::uint64_t{number} * step % static_cast<std::uint64_t>(width_));
     fill({position, height_ / 4, barWidth, height_ / 2}, {0.95, 0.60, 0.10});
     drawFrameCounter(number);
-}
-
-std::optional<std::uint32_t> readFrameCounter(const std::byte* pixels, const CVPixelLayout& layout) {
-    if (layout.width < counterBits * counterCell || layout.height < 2 * counterCell) {
-        return std::nullopt;
-    }
-    std::uint32_t number = 0;
-    for (std::int32_t bit = 0; bit < counterBits; ++bit) {
-        const bool isSet = isBright(pixels, layout, bit, 0);
-        if (isBright(pixels, layout, bit, 1) == isSet) {
-            return std::nullopt;
-        }
-        number = number << 1 | (isSet ? 1u : 0u);
-    }
-    return number;
 }
 
 }  // namespace zorvane

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 #include "Zorvane/Platform/CoreMedia/CVPixelBuffer.hpp"
@@ -52,8 +51,7 @@ class VirtualScreen {
     void fill(const VirtualColor& color) { fill(bounds(), color); }
     void fill(const VirtualPixelRect& rect, const VirtualColor& color);
 
-    /// Writes `number` as black and white cells into the top left corner, 256 by 16 pixels: readable with
-    /// `readFrameCounter`, also after a lossy encoder.
+    /// Writes `number` into the top left corner, readable with `readFrameCounter`.
     void drawFrameCounter(std::uint32_t number);
 
     /// A whole picture that differs for each `number`: a background, a bar that moves to the right, the counter.
@@ -75,9 +73,5 @@ class VirtualScreen {
     std::vector<std::uint32_t> standard_;
     std::vector<std::uint32_t> wide_;  // empty on a standard screen
 };
-
-/// The number that `drawFrameCounter` left in the top left corner of a picture of the screen's own size; nothing when
-/// the cells there are no counter.
-std::optional<std::uint32_t> readFrameCounter(const std::byte* pixels, const CVPixelLayout& layout);
 
 }  // namespace zorvane

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "Zorvane/Platform/Virtual/VirtualFrameCounter.hpp"
 #include "Zorvane/Platform/Virtual/VirtualScene.hpp"
 
 namespace zorvane {
