@@ -37,12 +37,25 @@ class VirtualOutputSettingsAssistant final : public AVOutputSettingsAssistant {
         const bool isHEVC = preset_ == AVOutputSettingsPreset::hevc_7680x4320;
         AVVideoSettings settings;
         settings.codec = isHEVC ? CMVideoCodecType::hevc : CMVideoCodecType::h264;
-        settings.width = isHEVC ? 7680 : 3840;
-        settings.height = isHEVC ? 4320 : 2160;
+        const CMVideoDimensions size = dimensions();
+        settings.width = size.width;
+        settings.height = size.height;
         return settings;
     }
 
   private:
+    CMVideoDimensions dimensions() const {
+        switch (preset_) {
+            case AVOutputSettingsPreset::h264_1920x1080:
+                return {1920, 1080};
+            case AVOutputSettingsPreset::h264_3840x2160:
+                return {3840, 2160};
+            case AVOutputSettingsPreset::hevc_7680x4320:
+                return {7680, 4320};
+        }
+        return {};
+    }
+
     const AVOutputSettingsPreset preset_;
     const VirtualWritingConditions conditions_;
     std::optional<AVAudioFormat> sourceSound_;
