@@ -13,6 +13,7 @@ inline constexpr std::int64_t AVErrorUnknown = -11800;
 inline constexpr std::int64_t AVErrorNoDataCaptured = -11805;
 inline constexpr std::int64_t AVErrorDeviceWasDisconnected = -11808;
 inline constexpr std::int64_t AVErrorDeviceNotConnected = -11814;
+inline constexpr std::int64_t AVErrorDeviceInUseByAnotherApplication = -11815;
 inline constexpr std::int64_t AVErrorEncoderNotFound = -11834;
 
 }  // namespace zorvane

@@ -41,22 +41,36 @@ VirtualDevice VirtualDevice::phone(std::string uniqueID, std::string localizedNa
     VirtualDevice device = camera(std::move(uniqueID), std::move(localizedName));
     device.mediaType = AVMediaType::muxed;
     device.deviceType = AVCaptureDeviceType::externalUnknown;
+    device.pictureSize = {360, 640};
     return device;
 }
 
 CMFormatDescription VirtualCaptureDevice::activeFormat() const {
     CMFormatDescription description;
+    MutexLock lock(mutex_);
     if (device_.mediaType == AVMediaType::audio) {
-        MutexLock lock(mutex_);
         description.mediaType = CMMediaType::audio;
         description.audioFormat = soundFormat_;
+    } else {
+        description.dimensions = pictureSize_;
     }
     return description;
+}
+
+CMTime VirtualCaptureDevice::activeVideoMinFrameDuration() const {
+    MutexLock lock(mutex_);
+    return device_.mediaType == AVMediaType::audio ? kCMTimeInvalid : minFrameDuration_;
 }
 
 void VirtualCaptureDevice::setSoundFormat(const AVAudioFormat& format) {
     MutexLock lock(mutex_);
     soundFormat_ = format;
+}
+
+void VirtualCaptureDevice::setPictures(const CMVideoDimensions& size, CMTime minFrameDuration) {
+    MutexLock lock(mutex_);
+    pictureSize_ = size;
+    minFrameDuration_ = minFrameDuration;
 }
 
 NSKeyValueObservation VirtualCaptureDevice::observeSuspended(std::function<void()> handler) {

@@ -24,7 +24,8 @@ struct VirtualDevice {
     std::string localizedName;
     std::string modelID = "Virtual Model";
     std::string manufacturer = "Virtual Maker";
-    AVAudioFormat soundFormat{AVAudioCommonFormat::float32, 48000, 1};  ///< of a microphone
+    AVAudioFormat soundFormat{AVAudioCommonFormat::float32, 48000, 1};  ///< of a microphone or phone
+    CMVideoDimensions pictureSize{640, 480};                            ///< of a camera or phone
 
     static VirtualDevice camera(std::string uniqueID, std::string localizedName);
     static VirtualDevice builtInCamera(std::string uniqueID, std::string localizedName);
@@ -32,7 +33,7 @@ struct VirtualDevice {
     static VirtualDevice microphone(std::string uniqueID, std::string localizedName,
                                     const AVAudioFormat& soundFormat = {AVAudioCommonFormat::float32, 48000, 1});
     static VirtualDevice builtInMicrophone(std::string uniqueID, std::string localizedName);
-    /// Shows up once the screens of phones are switched on.
+    /// Gives its screen, which stands upright, and its sound. Shows up once the screens of phones are switched on.
     static VirtualDevice phone(std::string uniqueID, std::string localizedName);
 };
 
@@ -40,7 +41,7 @@ struct VirtualDevice {
 class VirtualCaptureDevice final : public AVCaptureDevice {
   public:
     explicit VirtualCaptureDevice(VirtualDevice device)
-        : device_(std::move(device)), soundFormat_(device_.soundFormat) {}
+        : device_(std::move(device)), soundFormat_(device_.soundFormat), pictureSize_(device_.pictureSize) {}
 
     const VirtualDevice& description() const { return device_; }
 
@@ -53,11 +54,16 @@ class VirtualCaptureDevice final : public AVCaptureDevice {
     bool isConnected() const override { return isConnected_; }
     bool isSuspended() const override { return isSuspended_; }
     AVCaptureDevicePairing pairing() const override { return pairing_; }
+    bool isInUseByAnotherApplication() const override { return isOccupied_; }
     CMFormatDescription activeFormat() const override;
+    CMTime activeVideoMinFrameDuration() const override;
     NSKeyValueObservation observeSuspended(std::function<void()> handler) override;
 
     void setConnected(bool isConnected) { isConnected_ = isConnected; }
+    /// Whether another program has it to itself.
+    void setOccupied(bool isOccupied) { isOccupied_ = isOccupied; }
     void setSoundFormat(const AVAudioFormat& format);
+    void setPictures(const CMVideoDimensions& size, CMTime minFrameDuration);
     /// These two tell the observers.
     void setSuspended(bool isSuspended);
     void setPairing(AVCaptureDevicePairing pairing);
@@ -66,10 +72,13 @@ class VirtualCaptureDevice final : public AVCaptureDevice {
     const VirtualDevice device_;
     std::atomic<bool> isConnected_ = true;
     std::atomic<bool> isSuspended_ = false;
+    std::atomic<bool> isOccupied_ = false;
     std::atomic<AVCaptureDevicePairing> pairing_ = AVCaptureDevicePairing::notApplicable;
     NSKeyValueObservers<> observers_;
     mutable Mutex mutex_;
     AVAudioFormat soundFormat_ ZV_GUARDED_BY(mutex_);
+    CMVideoDimensions pictureSize_ ZV_GUARDED_BY(mutex_);
+    CMTime minFrameDuration_ ZV_GUARDED_BY(mutex_) = kCMTimeInvalid;
 };
 
 }  // namespace zorvane

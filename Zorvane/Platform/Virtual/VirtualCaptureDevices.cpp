@@ -68,6 +68,10 @@ AVCaptureDeviceInput VirtualCaptureDevices::makeDeviceInput(std::shared_ptr<AVCa
         throw NSError(AVFoundationErrorDomain, AVErrorDeviceWasDisconnected,
                       {.localizedDescription = "The device was unplugged."});
     }
+    if (device->isInUseByAnotherApplication()) {
+        throw NSError(AVFoundationErrorDomain, AVErrorDeviceInUseByAnotherApplication,
+                      {.localizedDescription = "Another program is using “" + device->localizedName() + "”."});
+    }
     return {std::move(device)};
 }
 
@@ -93,22 +97,54 @@ void VirtualCaptureDevices::changeMicrophone(const std::string& uniqueID,
     }
 }
 
+VirtualCamera VirtualCaptureDevices::camera(const std::string& uniqueID) const {
+    MutexLock lock(mutex_);
+    const auto known = cameras_.find(uniqueID);
+    return known == cameras_.end() ? VirtualCamera() : known->second;
+}
+
+void VirtualCaptureDevices::changeCamera(const std::string& uniqueID,
+                                         const std::function<void(VirtualCamera&)>& change) {
+    MutexLock lock(mutex_);
+    VirtualCamera& camera = cameras_[uniqueID];
+    change(camera);
+    const VirtualCamera changed = camera;
+    lock.unlock();
+    if (const auto device = find(uniqueID)) {
+        device->setPictures(changed.size, changed.minFrameDuration);
+    }
+}
+
+VirtualSessionConditions VirtualCaptureDevices::sessionConditions() const {
+    MutexLock lock(mutex_);
+    return sessionConditions_;
+}
+
+void VirtualCaptureDevices::changeSessions(const std::function<void(VirtualSessionConditions&)>& change) {
+    MutexLock lock(mutex_);
+    change(sessionConditions_);
+}
+
 bool VirtualCaptureDevices::isPresent(const std::string& uniqueID) const {
     const auto device = find(uniqueID);
-    return device && device->isConnected() && !device->isSuspended();
+    return device && device->isConnected() && !device->isSuspended() &&
+           device->pairing() == AVCaptureDevicePairing::notApplicable;
 }
 
 void VirtualCaptureDevices::plug(VirtualDevice device) {
     const AVMediaType mediaType = device.mediaType;
-    const AVAudioFormat soundFormat = device.soundFormat;
-    auto plugged = std::make_shared<VirtualCaptureDevice>(std::move(device));
+    const auto plugged = std::make_shared<VirtualCaptureDevice>(std::move(device));
+    const VirtualDevice& what = plugged->description();
     MutexLock lock(mutex_);
-    microphones_[plugged->uniqueID()].format = soundFormat;
+    microphones_[what.uniqueID].format = what.soundFormat;
+    VirtualCamera& camera = cameras_[what.uniqueID];
+    camera.size = what.pictureSize;
+    plugged->setPictures(camera.size, camera.minFrameDuration);
     const auto place = std::ranges::find(devices_, plugged->uniqueID(), &VirtualCaptureDevice::uniqueID);
     if (place == devices_.end()) {
-        devices_.push_back(std::move(plugged));
+        devices_.push_back(plugged);
     } else {
-        *place = std::move(plugged);
+        *place = plugged;
     }
     lock.unlock();
     listChanged(mediaType);
@@ -141,6 +177,12 @@ void VirtualCaptureDevices::setConnected(const std::string& uniqueID, bool isCon
 void VirtualCaptureDevices::setSuspended(const std::string& uniqueID, bool isSuspended) {
     if (const auto device = find(uniqueID)) {
         device->setSuspended(isSuspended);
+    }
+}
+
+void VirtualCaptureDevices::setOccupied(const std::string& uniqueID, bool isOccupied) {
+    if (const auto device = find(uniqueID)) {
+        device->setOccupied(isOccupied);
     }
 }
 

@@ -1,7 +1,10 @@
-// A capture of a virtual microphone.
+// A capture of virtual devices.
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -13,12 +16,12 @@
 
 namespace zorvane {
 
-class VirtualMicrophoneSource;
+class VirtualDeviceSource;
 
-/// Takes one microphone and one output for its sound.
+/// Has a source for each output; all stamp with one clock. It is as the script says at the time of its making.
 class VirtualCaptureSession final : public AVCaptureSession {
   public:
-    explicit VirtualCaptureSession(std::shared_ptr<VirtualCaptureDevices> devices) : devices_(std::move(devices)) {}
+    explicit VirtualCaptureSession(std::shared_ptr<VirtualCaptureDevices> devices);
     ~VirtualCaptureSession() override;
 
     bool canAddInput(const AVCaptureDeviceInput& input) const override;
@@ -32,23 +35,35 @@ class VirtualCaptureSession final : public AVCaptureSession {
     NSKeyValueObservation observeInterruptions(InterruptionHandler handler) override;
 
   private:
-    /// What the source reaches: the session may go while a sample is on its way.
+    using Interruption = std::function<void(std::exception_ptr reason)>;
+
+    /// What the sources reach: the session may go while a sample is on its way.
     struct Delivery {
-        std::shared_ptr<AVCaptureDataOutput> output;
         std::chrono::nanoseconds stampOffset{0};  ///< taken from the host time to get a stamp
         std::atomic<bool> isRunning{true};
+        NSKeyValueObservers<AVMediaType, std::exception_ptr> interruptionObservers;
 
-        void deliver(const CMSampleBuffer& sample) const;
+        void deliver(const AVCaptureDataOutput& output, const CMSampleBuffer& sample) const;
     };
 
+    /// The device that gives this media type, or null.
+    const AVCaptureDevice* inputFor(AVMediaType mediaType) const;
+    const AVCaptureDataOutput* outputFor(AVMediaType mediaType) const;
+    bool refuses(VirtualSessionRefusal::Part part, AVMediaType mediaType) const;
+    void startSources(const VirtualCaptureDevice& device);
+    /// Tells the observers once, whichever of the device's sources notices first.
+    Interruption interruptionOf(const VirtualCaptureDevice& device) const;
+    std::shared_ptr<VirtualDeviceSource> makeSource(const VirtualCaptureDevice& device,
+                                                    const std::shared_ptr<AVCaptureDataOutput>& output,
+                                                    Interruption interrupt) const;
+
     const std::shared_ptr<VirtualCaptureDevices> devices_;
-    const std::shared_ptr<NSKeyValueObservers<AVMediaType, std::exception_ptr>> interruptionObservers_ =
-        std::make_shared<NSKeyValueObservers<AVMediaType, std::exception_ptr>>();
-    std::shared_ptr<AVCaptureDevice> device_;
-    std::shared_ptr<AVCaptureDataOutput> output_;
-    std::optional<VirtualClock> clock_;
-    std::shared_ptr<Delivery> delivery_;  // present once it was started
-    std::shared_ptr<VirtualMicrophoneSource> source_;
+    const VirtualSessionConditions conditions_;
+    const std::optional<VirtualClock> clock_;
+    const std::shared_ptr<Delivery> delivery_ = std::make_shared<Delivery>();
+    std::vector<std::shared_ptr<VirtualCaptureDevice>> inputs_;
+    std::vector<std::shared_ptr<AVCaptureDataOutput>> outputs_;
+    std::vector<std::shared_ptr<VirtualDeviceSource>> sources_;  // present once it was started
 };
 
 }  // namespace zorvane

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
 #include <span>
 
 #include "Zorvane/Platform/AVFoundation/AVAudioFormat.hpp"
@@ -31,9 +30,6 @@ struct VirtualMicrophone {
     /// How long after its end a block is delivered, and by how much its time and its delivery scatter.
     std::chrono::nanoseconds latency{0};
     std::chrono::nanoseconds jitter{0};
-    /// By how much the clock of new sessions is behind the host clock; absent: they have none, and stamp with the time
-    /// since their start.
-    std::optional<std::chrono::nanoseconds> clockOffset{std::chrono::nanoseconds(0)};
 
     /// Frames per second on the host clock.
     double trueRate() const { return format.sampleRate * (1 + driftPPM * 1e-6); }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Zorvane/Platform/Virtual/VirtualCamera.hpp"
 #include "Zorvane/Platform/Virtual/VirtualCaptureDevice.hpp"
 #include "Zorvane/Platform/Virtual/VirtualDesktop.hpp"
 #include "Zorvane/Platform/Virtual/VirtualMicrophone.hpp"
@@ -17,6 +18,7 @@
 namespace zorvane {
 
 class VirtualCaptureDevices;
+struct VirtualSessionRefusal;
 
 /// Test patterns in a row: phases in which something moves, with still phases between them.
 struct VirtualAnimation {
@@ -144,13 +146,27 @@ class VirtualMoment {
     const VirtualMoment& connectDevice(std::string uniqueID) const;
     const VirtualMoment& suspendDevice(std::string uniqueID) const;
     const VirtualMoment& resumeDevice(std::string uniqueID) const;
+    /// Another program takes it for itself, so that it can't be opened, and lets it go.
+    const VirtualMoment& occupyDevice(std::string uniqueID) const;
+    const VirtualMoment& freeDevice(std::string uniqueID) const;
     const VirtualMoment& pairDevice(std::string uniqueID, AVCaptureDevicePairing pairing) const;
-    /// Changes what a microphone hears or how it fails.
+    /// Changes what a microphone or phone hears or how it fails.
     const VirtualMoment& changeMicrophone(std::string uniqueID, std::function<void(VirtualMicrophone&)> change) const;
     /// Somebody whistles into a microphone; 0 is silence.
     const VirtualMoment& playToMicrophone(std::string uniqueID, double frequency) const;
     /// Its blocks that begin in the next `seconds` get lost.
     const VirtualMoment& loseMicrophoneSound(std::string uniqueID, double seconds) const;
+    /// Changes what a camera sees or a phone shows, or how it fails: a lock, a shutter, another format.
+    const VirtualMoment& changeCamera(std::string uniqueID, std::function<void(VirtualCamera&)> change) const;
+    /// Its pictures that are taken in the next `seconds` are white, or get lost.
+    const VirtualMoment& flashAtCamera(std::string uniqueID, double seconds) const;
+    const VirtualMoment& loseCameraPictures(std::string uniqueID, double seconds) const;
+    /// A quarter turn: width and height change places.
+    const VirtualMoment& turnCamera(std::string uniqueID) const;
+    /// How far the clock of new capture sessions is behind the host clock, in seconds; nothing: they have no clock.
+    const VirtualMoment& setCaptureClock(std::optional<double> secondsBehind) const;
+    /// New capture sessions refuse this; nothing mends it.
+    const VirtualMoment& refuseInCapture(std::optional<VirtualSessionRefusal> refusal) const;
     /// The user makes it the main one of its media type.
     const VirtualMoment& chooseDevice(AVMediaType mediaType, std::string uniqueID) const;
 

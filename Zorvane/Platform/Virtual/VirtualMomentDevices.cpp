@@ -7,6 +7,13 @@
 #include "Zorvane/Platform/Virtual/VirtualMoment.hpp"
 
 namespace zorvane {
+namespace {
+
+std::chrono::nanoseconds fromSeconds(double seconds) {
+    return std::chrono::nanoseconds(std::llround(seconds * 1e9));
+}
+
+}  // namespace
 
 const VirtualMoment& VirtualMoment::changeDevices(std::function<void(VirtualCaptureDevices&)> change) const {
     return perform([change = std::move(change)](VirtualDesktop& desktop) { change(*desktop.captureDevices()); });
@@ -66,6 +73,15 @@ const VirtualMoment& VirtualMoment::resumeDevice(std::string uniqueID) const {
         [id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setSuspended(id, false); });
 }
 
+const VirtualMoment& VirtualMoment::occupyDevice(std::string uniqueID) const {
+    return changeDevices([id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setOccupied(id, true); });
+}
+
+const VirtualMoment& VirtualMoment::freeDevice(std::string uniqueID) const {
+    return changeDevices(
+        [id = std::move(uniqueID)](VirtualCaptureDevices& devices) { devices.setOccupied(id, false); });
+}
+
 const VirtualMoment& VirtualMoment::pairDevice(std::string uniqueID, AVCaptureDevicePairing pairing) const {
     return changeDevices(
         [id = std::move(uniqueID), pairing](VirtualCaptureDevices& devices) { devices.setPairing(id, pairing); });
@@ -84,9 +100,47 @@ const VirtualMoment& VirtualMoment::playToMicrophone(std::string uniqueID, doubl
 }
 
 const VirtualMoment& VirtualMoment::loseMicrophoneSound(std::string uniqueID, double seconds) const {
-    const auto until = hostTime_ + std::chrono::nanoseconds(std::llround(seconds * 1e9));
+    const auto until = hostTime_ + fromSeconds(seconds);
     return changeMicrophone(std::move(uniqueID),
                             [until](VirtualMicrophone& microphone) { microphone.lostUntil = until; });
+}
+
+const VirtualMoment& VirtualMoment::changeCamera(std::string uniqueID,
+                                                 std::function<void(VirtualCamera&)> change) const {
+    return changeDevices([id = std::move(uniqueID), change = std::move(change)](VirtualCaptureDevices& devices) {
+        devices.changeCamera(id, change);
+    });
+}
+
+const VirtualMoment& VirtualMoment::flashAtCamera(std::string uniqueID, double seconds) const {
+    const auto flash = [from = hostTime_, until = hostTime_ + fromSeconds(seconds)](VirtualCamera& camera) {
+        camera.flashFrom = from;
+        camera.flashUntil = until;
+    };
+    return changeCamera(std::move(uniqueID), flash);
+}
+
+const VirtualMoment& VirtualMoment::loseCameraPictures(std::string uniqueID, double seconds) const {
+    const auto until = hostTime_ + fromSeconds(seconds);
+    return changeCamera(std::move(uniqueID), [until](VirtualCamera& camera) { camera.lostUntil = until; });
+}
+
+const VirtualMoment& VirtualMoment::turnCamera(std::string uniqueID) const {
+    return changeCamera(std::move(uniqueID),
+                        [](VirtualCamera& camera) { std::swap(camera.size.width, camera.size.height); });
+}
+
+const VirtualMoment& VirtualMoment::setCaptureClock(std::optional<double> secondsBehind) const {
+    const auto offset = secondsBehind ? std::optional(fromSeconds(*secondsBehind)) : std::nullopt;
+    return changeDevices([offset](VirtualCaptureDevices& devices) {
+        devices.changeSessions([offset](VirtualSessionConditions& conditions) { conditions.clockOffset = offset; });
+    });
+}
+
+const VirtualMoment& VirtualMoment::refuseInCapture(std::optional<VirtualSessionRefusal> refusal) const {
+    return changeDevices([refusal](VirtualCaptureDevices& devices) {
+        devices.changeSessions([refusal](VirtualSessionConditions& conditions) { conditions.refusal = refusal; });
+    });
 }
 
 const VirtualMoment& VirtualMoment::chooseDevice(AVMediaType mediaType, std::string uniqueID) const {

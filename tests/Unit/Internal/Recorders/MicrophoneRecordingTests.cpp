@@ -148,10 +148,9 @@ TEST_F(MicrophoneRecordingTest, AFormatThatChangesInMidStreamIsConverted) {
 }
 
 TEST_F(MicrophoneRecordingTest, ASessionWithoutAClockOrWithAnotherOneIsPlacedOnTheHostClock) {
-    const std::optional<std::chrono::nanoseconds> clocks[] = {std::nullopt, std::chrono::microseconds(5'000'010)};
+    const std::optional<double> clocks[] = {std::nullopt, 5.00001};
     for (std::size_t index = 0; index < std::size(clocks); ++index) {
-        desktop->now().changeMicrophone("mic",
-                                        [&](VirtualMicrophone& microphone) { microphone.clockOffset = clocks[index]; });
+        desktop->now().setCaptureClock(clocks[index]);
         record({Item::microphone("mic")}, 1);
         EXPECT_EQ(sound(index).missing(), 0);
         // Without a clock the arrival is all there is to go by, which is the end of a block and the aligner's delay.
