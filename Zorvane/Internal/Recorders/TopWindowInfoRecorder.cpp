@@ -16,7 +16,9 @@ constexpr std::int32_t timescale = 1'000'000'000;
 
 CGRect requireArea(const CGRect& crop) {
     if (!CGRectIntersectsRect(crop, crop)) {
-        throw ZVError::internalError("Windows can't be placed in an empty area: " + debugDescription(crop));
+        throw ZVError::invalidConfiguration(
+            "The recorded area " + debugDescription(crop) + " is empty, so that no window can be placed in it.",
+            "Can't record the window in front because the recorded area is empty.");
     }
     return crop;
 }
