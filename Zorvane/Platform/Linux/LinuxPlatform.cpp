@@ -5,6 +5,7 @@
 #include "Zorvane/Platform/FFmpeg/FFmpegImageReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaReader.hpp"
 #include "Zorvane/Platform/FFmpeg/FFmpegMediaWriting.hpp"
+#include "Zorvane/Platform/FFmpeg/FFmpegVideoConverter.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureAccess.hpp"
 #include "Zorvane/Platform/Linux/LinuxCaptureDevices.hpp"
 #include "Zorvane/Platform/Linux/LinuxScreenCapture.hpp"
@@ -38,6 +39,7 @@ Platform makeLinuxPlatform() {
     platform.displayLinks = std::make_shared<X11DisplayLinks>(platform.displays);
     platform.cursors = std::make_shared<X11Cursors>();
     platform.audioConverting = std::make_shared<FFmpegAudioConverting>();
+    platform.videoConverting = std::make_shared<FFmpegVideoConverting>();
     platform.captureDevices = std::make_shared<LinuxCaptureDevices>(
         std::make_shared<PipeWireCaptureDevices>(pipeWire, platform.audioConverting), std::make_shared<PhoneDevices>());
     platform.captureHardware = std::make_shared<CaptureHardware>();
