@@ -21,6 +21,7 @@ struct ZVBundleInfo {
         topWindow,    ///< which window was frontmost, and when
     };
 
+    /// One file of the bundle.
     struct FileAsset {
         FileAssetType type;
         /// Relative to the bundle directory.

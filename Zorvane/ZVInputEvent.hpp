@@ -100,6 +100,7 @@ std::string_view symbol(ZVKeyboardKeyType keyType);
 
 using ZVInputModifiers = std::set<ZVInputModifier>;
 
+/// A button or the pointer's move, drag or scroll.
 struct ZVMouseEvent {
     ZVMouseEventType mouseEventType = ZVMouseEventType::moved;
     ZVTime time;                 ///< since the recording's start
@@ -114,6 +115,7 @@ struct ZVMouseEvent {
     bool operator==(const ZVMouseEvent&) const = default;
 };
 
+/// A key, pressed or released.
 struct ZVKeyboardEvent {
     ZVKeyboardEventType keyboardEventType = ZVKeyboardEventType::down;
     ZVTime time;  ///< since the recording's start

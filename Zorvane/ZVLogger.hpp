@@ -35,6 +35,7 @@ std::optional<ZVLogLevel> logLevelFromRawValue(std::string_view name);
 /// handler would read, costs a guarded read: nothing of it is evaluated and nothing is allocated.
 class ZVLogger {
   public:
+    /// One event that was logged.
     struct LogMessage {
         std::chrono::system_clock::time_point timestamp;
         ZVLogLevel level = ZVLogLevel::debug;
@@ -42,7 +43,10 @@ class ZVLogger {
         std::string message;
         LogMetadata metadata;
 
-        /// The log line: `2024-03-01T14:05:09.123+0100 info [Category] Message. key=value other=value`, in local time.
+        /// The log line, in local time:
+        ///
+        ///     2024-03-01T14:05:09.123+0100 info [Category] Message. key=value other=value
+        ///
         /// Without metadata it ends in a space.
         std::string description() const;
         /// The pairs "key=value", unquoted, sorted, joined by single spaces.

@@ -22,6 +22,7 @@ struct ZVMediaInfo {
         bool operator==(const ColorTags&) const = default;
     };
 
+    /// What is told of a track of pictures.
     struct Video {
         /// Pixels.
         std::int32_t width = 0;
@@ -32,6 +33,7 @@ struct ZVMediaInfo {
         bool operator==(const Video&) const = default;
     };
 
+    /// What is told of a track of sound.
     struct Audio {
         /// Samples per second, of one channel.
         std::int32_t sampleRate = 0;
@@ -45,6 +47,7 @@ struct ZVMediaInfo {
         bool operator==(const Other&) const = default;
     };
 
+    /// One track of the file.
     struct Track {
         /// The codec's short name, such as "h264", "hevc" or "aac"; "unknown" if it has none.
         std::string codec;

@@ -69,6 +69,7 @@ class ZVRecorder {
     using Notice = ZVRecordingNotice;
     using SoundLevel = ZVSoundLevel;
 
+    /// What a recording does beside recording.
     struct Settings {
         /// Kept; no source makes use of it.
         bool allowFrameReordering = true;

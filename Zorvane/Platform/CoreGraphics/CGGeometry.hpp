@@ -14,6 +14,7 @@ struct CGPoint {
     bool operator==(const CGPoint&) const = default;
 };
 
+/// A width and a height, in points.
 struct CGSize {
     double width = 0;
     double height = 0;

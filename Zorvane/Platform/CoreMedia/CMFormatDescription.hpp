@@ -16,6 +16,7 @@ enum class CMVideoCodecType : std::uint32_t {
 
 enum class CMMediaType : std::uint8_t { video, audio };
 
+/// The size of a picture, in pixels.
 struct CMVideoDimensions {
     std::int32_t width = 0;
     std::int32_t height = 0;
