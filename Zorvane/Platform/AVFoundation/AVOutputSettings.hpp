@@ -23,13 +23,21 @@ struct AVVideoColorProperties {
 };
 
 /// How hard the encoder works for its size.
-enum class AVVideoEncodingEffort : std::uint8_t { realTime, balanced };
+enum class AVVideoEncodingEffort : std::uint8_t {
+    realTime,  ///< the least, for screens, of which little changes from picture to picture
+    balanced,  ///< half as much again for a third of the size, for cameras, whose noise changes everywhere
+};
 
 struct AVVideoCompressionProperties {
     bool allowFrameReordering = true;
     AVVideoEncodingEffort effort = AVVideoEncodingEffort::realTime;
     /// Constant quality on the encoder's own scale, where lower is better. Absent: the encoder's default.
     std::optional<double> constantQuality;
+    /// Bits that any second may take, but for the first. Where pictures would take more, their quality is less; all
+    /// others have the constant one, on average over pictures and their parts. Absent: no bound, the same everywhere.
+    std::optional<std::int64_t> maxBitRate;
+    /// Pictures a second that the encoder plans with; what their times say holds. Absent: 60.
+    std::optional<double> expectedSourceFrameRate;
     /// Longest time between two key frames, in seconds.
     double maxKeyFrameIntervalDuration = 5;
 };
@@ -59,7 +67,7 @@ class AVOutputSettingsAssistant {
   public:
     virtual ~AVOutputSettingsAssistant() = default;
 
-    /// What the source video is like, for settings that depend on it.
+    /// What the source video is like, for settings that depend on it. Raw pictures are those of a camera.
     virtual void setSourceVideoFormat(const CMFormatDescription& format) = 0;
 
     /// The shortest time from picture to picture of the source. Numeric.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cmath>
 #include <string>
 #include <string_view>
@@ -26,8 +27,21 @@ constexpr std::int32_t evenUp(std::int32_t length) {
     return length + length % 2;
 }
 
-/// Levels and time information in the stream are made for this rate, whatever the pictures' own times are.
-constexpr AVRational nominalFrameRate{60, 1};
+/// Levels, time information in the stream and the bound of its bits are made for this rate, whatever the pictures' own
+/// times are.
+AVRational nominalFrameRate(const AVVideoCompressionProperties& compression) {
+    constexpr double highest = 60;
+    constexpr int largestTerm = 100'000;
+    return av_d2q(compression.expectedSourceFrameRate.value_or(highest), largestTerm);
+}
+
+/// A second of the highest rate may come at once.
+void applyBitRateBound(const AVVideoCompressionProperties& compression, AVCodecContext& context) {
+    if (compression.maxBitRate) {
+        context.rc_max_rate = *compression.maxBitRate;
+        context.rc_buffer_size = static_cast<int>(std::min<std::int64_t>(*compression.maxBitRate, INT_MAX));
+    }
+}
 
 /// A thread for each two megapixels, and one more, keeps up with 60 pictures a second of anything but whole-screen
 /// films. Threads that are not needed would still cost memory, and be taken from what is being recorded.
@@ -67,13 +81,14 @@ class Options {
 };
 
 /// Screens want the same sharpness whatever moves, so the quality is a constant quantiser, and no rate control spends
-/// time on a picture that hasn't changed.
+/// time on a picture that hasn't changed. Only a rate factor can be bounded.
 void addSharedOptions(const AVVideoCompressionProperties& compression, Options& options) {
-    options.set("preset", compression.effort == AVVideoEncodingEffort::realTime ? "ultrafast" : "veryfast");
+    options.set("preset", compression.effort == AVVideoEncodingEffort::realTime ? "ultrafast" : "superfast");
     options.set("tune", "zerolatency");  // a packet comes out for each picture that goes in
     options.set("forced-idr", "1");
     if (compression.constantQuality) {
-        options.set("qp", fmt::format("{}", std::lround(*compression.constantQuality)));
+        options.set(compression.maxBitRate ? "crf" : "qp",
+                    fmt::format("{}", std::lround(*compression.constantQuality)));
     }
 }
 
@@ -102,7 +117,8 @@ void applyVideoSettings(const AVVideoSettings& settings, AVCodecContext& context
     context.pix_fmt = pixelFormat(settings);
     context.sample_aspect_ratio = {1, 1};
     context.time_base = {1, videoTimescale};
-    context.framerate = nominalFrameRate;
+    context.framerate = nominalFrameRate(settings.compressionProperties);
+    applyBitRateBound(settings.compressionProperties, context);
     context.gop_size = unlimited;  // key frames are placed by time, see VideoTrack
     applyColors(settings.colorProperties, context);
     context.max_b_frames = 0;

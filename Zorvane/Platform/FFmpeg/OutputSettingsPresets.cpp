@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Zorvane/Platform/FFmpeg/EncoderOptions.hpp"
+#include "Zorvane/Platform/FFmpeg/PictureFit.hpp"
 
 namespace zorvane {
 namespace {
@@ -41,6 +42,30 @@ AVVideoSettings hevcSettings() {
     return settings;
 }
 
+CMVideoDimensions limitedTo(CMVideoDimensions limit, CMVideoDimensions size) {
+    const bool fits = size.width <= limit.width && size.height <= limit.height;
+    return fits ? size : largestSizeInside(limit, size);
+}
+
+double frameRate(CMTime minFrameDuration) {
+    constexpr double usual = 30;
+    constexpr double highest = 120;
+    const bool isKnown = minFrameDuration.isNumeric() && minFrameDuration.seconds() > 0;
+    return isKnown ? std::min(1 / minFrameDuration.seconds(), highest) : usual;
+}
+
+/// The noise of a camera is new in each picture. Kept whole it takes more bits than all else, so the quality is one at
+/// which little of it is left, and the bits are bounded for when there is little light.
+AVVideoCompressionProperties forCamera(AVVideoCompressionProperties properties, CMVideoDimensions size, double rate) {
+    constexpr double cameraQuality = 23;
+    constexpr double mostBitsPerPixel = 0.2;
+    properties.effort = AVVideoEncodingEffort::balanced;
+    properties.constantQuality = cameraQuality;
+    properties.maxBitRate = std::llround(mostBitsPerPixel * size.width * size.height * rate);
+    properties.expectedSourceFrameRate = rate;
+    return properties;
+}
+
 /// At full bandwidth, for each channel.
 constexpr std::int32_t channelBitRate = 80'000;
 
@@ -53,7 +78,7 @@ std::int32_t bitRate(double sampleRate, std::int32_t channels) {
 }  // namespace
 
 void PresetSettingsAssistant::setSourceVideoFormat(const CMFormatDescription& format) {
-    sourcePicture_ = format.dimensions;
+    sourceVideo_ = format;
 }
 
 void PresetSettingsAssistant::setSourceAudioFormat(const CMFormatDescription& format) {
@@ -72,9 +97,12 @@ std::optional<AVAudioSettings> PresetSettingsAssistant::audioSettings() const {
 std::optional<AVVideoSettings> PresetSettingsAssistant::videoSettings() const {
     AVVideoSettings settings = preset_ == AVOutputSettingsPreset::hevc_7680x4320 ? hevcSettings() : h264Settings();
     const CMVideoDimensions largest = presetDimensions(preset_);
-    const CMVideoDimensions size = sourcePicture_.value_or(largest);
-    settings.width = std::min(size.width, largest.width);
-    settings.height = std::min(size.height, largest.height);
+    const CMVideoDimensions size = sourceVideo_ ? limitedTo(largest, sourceVideo_->dimensions) : largest;
+    settings.width = size.width;
+    settings.height = size.height;
+    if (sourceVideo_ && !sourceVideo_->codec) {
+        settings.compressionProperties = forCamera(settings.compressionProperties, size, frameRate(minFrameDuration_));
+    }
     return settings;
 }
 

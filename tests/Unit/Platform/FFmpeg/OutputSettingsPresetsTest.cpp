@@ -31,16 +31,40 @@ TEST(OutputSettingsPresetsTest, SoundKeepsTheSourcesRateAndChannelsWhereItCan) {
     }
 }
 
-TEST(OutputSettingsPresetsTest, PicturesKeepTheSourcesSizeWithinThePresets) {
-    const auto sizeOf = [](Preset preset, CMVideoDimensions source) {
-        PresetSettingsAssistant assistant(preset);
-        assistant.setSourceVideoFormat({.dimensions = source});
-        return CMVideoDimensions{assistant.videoSettings()->width, assistant.videoSettings()->height};
+TEST(OutputSettingsPresetsTest, PicturesKeepTheSourcesSizeWithinThePresetsAndTheirShapeBeyond) {
+    struct Case {
+        Preset preset;
+        CMVideoDimensions source;
+        CMVideoDimensions size;
     };
-    EXPECT_EQ(sizeOf(Preset::h264_1920x1080, {1280, 720}), (CMVideoDimensions{1280, 720}));
-    EXPECT_EQ(sizeOf(Preset::h264_1920x1080, {2560, 1440}), (CMVideoDimensions{1920, 1080}));
-    EXPECT_EQ(sizeOf(Preset::h264_3840x2160, {2560, 1440}), (CMVideoDimensions{2560, 1440}));
-    EXPECT_EQ(sizeOf(Preset::hevc_7680x4320, {9000, 4000}), (CMVideoDimensions{7680, 4000}));
+    for (const Case& test :
+         {Case{Preset::h264_1920x1080, {1280, 720}, {1280, 720}}, Case{Preset::h264_1920x1080, {97, 65}, {97, 65}},
+          Case{Preset::h264_1920x1080, {3840, 2160}, {1920, 1080}},
+          Case{Preset::h264_1920x1080, {2560, 1440}, {1920, 1080}},
+          Case{Preset::h264_1920x1080, {2592, 1944}, {1440, 1080}},
+          Case{Preset::h264_1920x1080, {2560, 1080}, {1920, 810}},
+          Case{Preset::h264_3840x2160, {2560, 1440}, {2560, 1440}},
+          Case{Preset::hevc_7680x4320, {9000, 4000}, {7680, 3414}}}) {
+        PresetSettingsAssistant assistant(test.preset);
+        assistant.setSourceVideoFormat({.dimensions = test.source});
+        const CMVideoDimensions size{assistant.videoSettings()->width, assistant.videoSettings()->height};
+        EXPECT_EQ(size, test.size) << test.source.width << ": " << size.width << " x " << size.height;
+    }
+}
+
+TEST(OutputSettingsPresetsTest, CamerasHaveABoundByTheirRateAndScreensHaveNone) {
+    PresetSettingsAssistant assistant(Preset::h264_1920x1080);
+    const auto compression = [&] { return assistant.videoSettings()->compressionProperties; };
+    assistant.setSourceVideoFormat({.codec = CMVideoCodecType::h264, .dimensions = {1920, 1080}});
+    EXPECT_EQ(compression().maxBitRate, std::nullopt);
+    EXPECT_EQ(compression().expectedSourceFrameRate, std::nullopt);
+    assistant.setSourceVideoFormat({.dimensions = {1920, 1080}});
+    EXPECT_EQ(compression().maxBitRate, 12'441'600);
+    assistant.setSourceVideoMinFrameDuration(CMTime::make(1, 15));
+    EXPECT_EQ(compression().maxBitRate, 6'220'800);
+    EXPECT_EQ(compression().expectedSourceFrameRate, 15);
+    assistant.setSourceVideoMinFrameDuration(CMTime::make(1, 1'000'000));
+    EXPECT_EQ(compression().expectedSourceFrameRate, 120);
 }
 
 }  // namespace
