@@ -18,12 +18,12 @@ struct PipeWireTestMicrophone::State {
     static void onProcess(void* data, spa_io_position* position) {
         const auto& self = *static_cast<State*>(data);
         const spa_io_clock& clock = position->clock;
-        const double begin = static_cast<double>((clock.nsec - self.settings.latency.count()) % 1'000'000'000) / 1e9;
+        const auto begin = std::chrono::nanoseconds(clock.nsec) - self.settings.latency;
         for (std::size_t channel = 0; channel < self.ports.size(); ++channel) {
             auto* samples = static_cast<float*>(pw_filter_get_dsp_buffer(self.ports[channel], clock.duration));
             for (std::uint64_t frame = 0; samples && frame < clock.duration; ++frame) {
-                const double second = begin + static_cast<double>(frame) / clock.rate.denom;
-                samples[frame] = static_cast<float>((channel + 1) * (second - std::floor(second)));
+                const std::chrono::nanoseconds offset(frame * 1'000'000'000 / clock.rate.denom);
+                samples[frame] = static_cast<float>(channel + 1) * self.settings.wave(begin + offset);
             }
         }
     }
@@ -53,6 +53,10 @@ struct PipeWireTestMicrophone::State {
     spa_hook filterHook{};
     std::vector<void*> ports;
 };
+
+float PipeWireTestMicrophone::fractionOfTheSecond(std::chrono::nanoseconds inTheAir) {
+    return static_cast<float>(inTheAir.count() % 1'000'000'000) / 1e9F;
+}
 
 PipeWireTestMicrophone::PipeWireTestMicrophone(Settings settings) : state_(std::make_unique<State>(settings)) {
     pw_init(nullptr, nullptr);

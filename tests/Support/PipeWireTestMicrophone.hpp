@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -14,11 +15,17 @@ namespace zorvane {
 /// the second of the host clock at which it was "in the air"; channel n has n times that. Throws `std::runtime_error`.
 class PipeWireTestMicrophone {
   public:
+    /// The sample that is in the air at a moment. Called on PipeWire's real-time thread.
+    using Wave = std::function<float(std::chrono::nanoseconds inTheAir)>;
+
     struct Settings {
         std::string name;
         std::uint32_t channelCount = 1;
         std::chrono::nanoseconds latency{0};  ///< from the air to the port; the port tells it
+        Wave wave = fractionOfTheSecond;      ///< of channel 1
     };
+
+    static float fractionOfTheSecond(std::chrono::nanoseconds inTheAir);
 
     /// Returns when the server lists it.
     explicit PipeWireTestMicrophone(Settings settings);
