@@ -157,7 +157,7 @@ void JPEGVideoConverter::store(const BiPlanarPicture& to) {
             mergeRow(rowOf(*frame_, 1, y), rowOf(*frame_, 2, y), to, y);
         }
         if (isFullRange(*frame_)) {
-            narrowChroma(to.chromaRow(y), to.chromaRow(y), static_cast<std::size_t>(2 * to.chromaWidth));
+            narrowChroma(to.chromaRow(y), to.chromaRow(y), 2 * static_cast<std::size_t>(to.chromaWidth));
         }
     }
 }
