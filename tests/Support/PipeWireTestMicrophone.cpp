@@ -70,6 +70,11 @@ PipeWireTestMicrophone::PipeWireTestMicrophone(Settings settings) : state_(std::
     auto* properties =
         pw_properties_new(PW_KEY_MEDIA_CLASS, "Audio/Source", PW_KEY_NODE_NAME, settings.name.c_str(),
                           PW_KEY_NODE_DESCRIPTION, settings.name.c_str(), PW_KEY_NODE_AUTOCONNECT, "false", nullptr);
+    // PipeWire's own clock runs it. A camera that is in use would drive whoever has no clock, at its own pace.
+    pw_properties_set(properties, PW_KEY_NODE_GROUP, "pipewire.dummy");
+    for (const auto& [key, value] : settings.properties) {
+        pw_properties_set(properties, key.c_str(), value.c_str());
+    }
     state.filter = pw_filter_new(state.core, settings.name.c_str(), properties);
     static const pw_filter_events events{
         .version = PW_VERSION_FILTER_EVENTS, .state_changed = State::onStateChanged, .process = State::onProcess};

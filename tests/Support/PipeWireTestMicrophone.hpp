@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -23,6 +24,7 @@ class PipeWireTestMicrophone {
         std::uint32_t channelCount = 1;
         std::chrono::nanoseconds latency{0};  ///< from the air to the port; the port tells it
         Wave wave = fractionOfTheSecond;      ///< of channel 1
+        std::map<std::string, std::string> properties = {};
     };
 
     static float fractionOfTheSecond(std::chrono::nanoseconds inTheAir);

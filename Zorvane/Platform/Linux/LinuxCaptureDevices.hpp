@@ -8,7 +8,8 @@
 
 namespace zorvane {
 
-/// Asks one backend for cameras and microphones and another one for phones.
+/// Asks one backend for cameras, microphones and capture cards, and another one for phones. Cards and phones are listed
+/// together, the phones first.
 class LinuxCaptureDevices final : public AVCaptureDevices {
   public:
     /// Either may be null: there are no such devices then.
@@ -25,10 +26,6 @@ class LinuxCaptureDevices final : public AVCaptureDevices {
     std::shared_ptr<AVCaptureSession> makeCaptureSession() override;
 
   private:
-    const std::shared_ptr<AVCaptureDevices>& backend(AVMediaType mediaType) const {
-        return mediaType == AVMediaType::muxed ? phones_ : camerasAndMicrophones_;
-    }
-
     const std::shared_ptr<AVCaptureDevices> camerasAndMicrophones_;
     const std::shared_ptr<AVCaptureDevices> phones_;
 };

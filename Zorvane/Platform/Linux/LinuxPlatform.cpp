@@ -41,7 +41,8 @@ Platform makeLinuxPlatform() {
     platform.audioConverting = std::make_shared<FFmpegAudioConverting>();
     platform.videoConverting = std::make_shared<FFmpegVideoConverting>();
     platform.captureDevices = std::make_shared<LinuxCaptureDevices>(
-        std::make_shared<PipeWireCaptureDevices>(pipeWire, platform.audioConverting), std::make_shared<PhoneDevices>());
+        std::make_shared<PipeWireCaptureDevices>(pipeWire, platform.audioConverting, platform.videoConverting),
+        std::make_shared<PhoneDevices>());
     platform.captureHardware = std::make_shared<CaptureHardware>();
     platform.platformExpert = std::make_shared<MachineModel>();
     platform.userDefaults = std::make_shared<UserDefaults>();

@@ -75,7 +75,8 @@ class PipeWireCaptureSessionTest : public testing::Test {
     }
 
     PrivatePipeWire service_;
-    PipeWireCaptureDevices devices_{std::make_shared<PipeWireSession>(), std::make_shared<FFmpegAudioConverting>()};
+    PipeWireCaptureDevices devices_{std::make_shared<PipeWireSession>(), std::make_shared<FFmpegAudioConverting>(),
+                                    nullptr};
     std::shared_ptr<SoundCollector> sound_ = std::make_shared<SoundCollector>();
 };
 

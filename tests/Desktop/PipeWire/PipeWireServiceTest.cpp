@@ -26,7 +26,7 @@ using testing::IsEmpty;
 
 std::shared_ptr<PipeWireCaptureDevices> makeDevices() {
     return std::make_shared<PipeWireCaptureDevices>(std::make_shared<PipeWireSession>(),
-                                                    std::make_shared<FFmpegAudioConverting>());
+                                                    std::make_shared<FFmpegAudioConverting>(), nullptr);
 }
 
 TEST(PipeWireServiceTest, WithoutPipeWireThereAreNoDevices) {

@@ -75,7 +75,7 @@ WiredInput::Choice wires(std::vector<std::pair<std::string, std::uint32_t>> node
         PipeWireSoundSources sources;
         for (const auto& [name, channel] : nodes) {
             if (const PipeWireSoundNode* node = scene.node(name); node && !node->ports.empty()) {
-                sources.wires.insert({.outputPort = node->ports.front().serial, .channel = channel});
+                sources.wires.insert({.outputPort = node->ports.front().serial, .input = channel});
             }
         }
         return sources;

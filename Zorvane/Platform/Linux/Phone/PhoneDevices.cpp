@@ -58,8 +58,11 @@ std::shared_ptr<AVCaptureDevice> PhoneDevices::deviceWithUniqueID(const std::str
 }
 
 AVCaptureDeviceInput PhoneDevices::makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
-    throw NSError(AVFoundationErrorDomain, AVErrorUnknown,
-                  {"The screen of “" + device->localizedName() + "” can't be captured by this version."});
+    throw NSError(
+        AVFoundationErrorDomain, AVErrorUnknown,
+        {"The screen of “" + device->localizedName() +
+         "” can't be captured over its cable here. Connect it to a capture card with an HDMI adapter, and record "
+         "the capture card, which is listed as a device."});
 }
 
 }  // namespace zorvane

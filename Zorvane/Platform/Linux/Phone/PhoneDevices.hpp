@@ -26,7 +26,7 @@ class PhoneDevices final : public AVCaptureDevices {
     std::string defaultDeviceID(AVMediaType) override { return {}; }
     /// Among those that a discovery session has found.
     std::shared_ptr<AVCaptureDevice> deviceWithUniqueID(const std::string& uniqueID) override;
-    /// Throws always: phones are listed only.
+    /// Throws always, and says what to do instead: a phone gives its screen to a program on this system by HDMI only.
     AVCaptureDeviceInput makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) override;
     std::shared_ptr<AVCaptureSession> makeCaptureSession() override { return nullptr; }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "Zorvane/Platform/AVFoundation/AVCaptureDevice.hpp"
 #include "Zorvane/Platform/Foundation/NSKeyValueObservers.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireDeviceDescription.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireVideoFormat.hpp"
 
 namespace zorvane {
 
@@ -29,14 +31,21 @@ class PipeWireCaptureDevice final : public AVCaptureDevice {
     bool isSuspended() const override;
     AVCaptureDevicePairing pairing() const override { return AVCaptureDevicePairing::notApplicable; }
     bool isInUseByAnotherApplication() const override;
-    /// Of a microphone, of which it stays what it was when the device goes.
+    /// It stays what it was when the device goes.
     CMFormatDescription activeFormat() const override;
+    CMTime activeVideoMinFrameDuration() const override;
     NSKeyValueObservation observeSuspended(std::function<void()> handler) override;
 
     const PipeWireDeviceDescription& description() const { return description_; }
 
     /// Of the node that is the device now; 0 while it is away.
     std::uint64_t nodeSerial() const;
+    /// What its pictures are taken from; nothing while it is away, and of one without pictures.
+    std::optional<PipeWireVideoSource> videoSource() const;
+    /// Why it gives nothing, in its own words; empty while it can.
+    std::string error() const;
+    /// Whether it is a camera all of whose formats are strange here.
+    bool isUnreadable() const;
 
     /// Takes in what the source says now. Tells the observers if the device's being suspended changes.
     void update(const PipeWireSource& source);
@@ -49,6 +58,10 @@ class PipeWireCaptureDevice final : public AVCaptureDevice {
         Presence presence = Presence::gone;
         std::uint64_t nodeSerial = 0;
         PipeWireNodeFormat format;
+        std::uint64_t outputPort = 0;
+        std::optional<PipeWireVideoFormat> videoFormat;
+        bool isUnreadable = false;
+        std::string error;
         bool isUsedByOthers = false;
     };
 

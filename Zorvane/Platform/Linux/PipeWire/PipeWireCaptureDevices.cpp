@@ -1,6 +1,7 @@
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureDevices.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <mutex>
 #include <utility>
 
@@ -50,12 +51,13 @@ class PipeWireCaptureDevices::Session final : public AVCaptureDeviceDiscoverySes
 
     std::vector<std::shared_ptr<AVCaptureDevice>> devices() const override {
         std::vector<std::shared_ptr<AVCaptureDevice>> matching;
-        for (const auto& device : following_->list().devices()) {
-            const PipeWireDeviceDescription& what = device->description();
-            if (what.mediaType == mediaType_ && std::ranges::count(deviceTypes_, what.deviceType) > 0) {
-                matching.push_back(device);
-            }
+        if (mediaType_ == AVMediaType::muxed) {
+            std::ranges::copy(following_->list().cards(), std::back_inserter(matching));
+        } else {
+            std::ranges::copy_if(following_->list().devices(), std::back_inserter(matching),
+                                 [this](const auto& device) { return device->description().mediaType == mediaType_; });
         }
+        std::erase_if(matching, [this](const auto& device) { return !isOfTypes(*device); });
         return matching;
     }
 
@@ -66,14 +68,33 @@ class PipeWireCaptureDevices::Session final : public AVCaptureDeviceDiscoverySes
     }
 
   private:
+    bool isOfTypes(const AVCaptureDevice& device) const {
+        return std::ranges::count(deviceTypes_, device.deviceType()) > 0;
+    }
+
     const std::shared_ptr<Following> following_;
     const std::vector<AVCaptureDeviceType> deviceTypes_;
     const AVMediaType mediaType_;
 };
 
+namespace {
+
+bool isUnreadable(const AVCaptureDevice& device) {
+    if (const auto* card = dynamic_cast<const PipeWireCaptureCard*>(&device)) {
+        return card->camera()->isUnreadable();
+    }
+    const auto* single = dynamic_cast<const PipeWireCaptureDevice*>(&device);
+    return single && single->isUnreadable();
+}
+
+}  // namespace
+
 PipeWireCaptureDevices::PipeWireCaptureDevices(std::shared_ptr<PipeWireSession> session,
-                                               std::shared_ptr<AVAudioConverting> converting)
-    : following_(std::make_shared<Following>(std::move(session))), converting_(std::move(converting)) {}
+                                               std::shared_ptr<AVAudioConverting> sound,
+                                               std::shared_ptr<AVVideoConverting> pictures)
+    : following_(std::make_shared<Following>(std::move(session))),
+      sound_(std::move(sound)),
+      pictures_(std::move(pictures)) {}
 
 PipeWireCaptureDevices::~PipeWireCaptureDevices() = default;
 
@@ -87,9 +108,11 @@ std::string PipeWireCaptureDevices::defaultDeviceID(AVMediaType mediaType) {
 }
 
 std::shared_ptr<AVCaptureDevice> PipeWireCaptureDevices::deviceWithUniqueID(const std::string& uniqueID) {
-    const PipeWireDeviceList::Devices devices = following_->list().devices();
-    const auto device = std::ranges::find(devices, uniqueID, [](const auto& listed) { return listed->uniqueID(); });
-    return device == devices.end() ? nullptr : *device;
+    std::vector<std::shared_ptr<AVCaptureDevice>> all;
+    std::ranges::copy(following_->list().devices(), std::back_inserter(all));
+    std::ranges::copy(following_->list().cards(), std::back_inserter(all));
+    const auto device = std::ranges::find(all, uniqueID, [](const auto& listed) { return listed->uniqueID(); });
+    return device == all.end() ? nullptr : *device;
 }
 
 AVCaptureDeviceInput PipeWireCaptureDevices::makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
@@ -97,13 +120,18 @@ AVCaptureDeviceInput PipeWireCaptureDevices::makeDeviceInput(std::shared_ptr<AVC
         throw NSError(AVFoundationErrorDomain, AVErrorDeviceNotConnected,
                       {"The device “" + device->localizedName() + "” isn't connected."});
     }
+    if (isUnreadable(*device)) {
+        throw NSError(AVFoundationErrorDomain, AVErrorUnknown,
+                      {"The camera “" + device->localizedName() +
+                       "” gives its pictures in no format that can be read, such as raw ones or JPEG."});
+    }
     return {std::move(device)};
 }
 
 std::shared_ptr<AVCaptureSession> PipeWireCaptureDevices::makeCaptureSession() {
     // The list goes on being told of devices for as long as the session lives.
     std::shared_ptr<PipeWireDeviceList> list(following_, &following_->list());
-    return std::make_shared<PipeWireCaptureSession>(following_->session(), std::move(list), converting_);
+    return std::make_shared<PipeWireCaptureSession>(following_->session(), std::move(list), sound_, pictures_);
 }
 
 }  // namespace zorvane

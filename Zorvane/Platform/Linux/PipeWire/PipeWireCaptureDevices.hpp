@@ -10,17 +10,19 @@
 namespace zorvane {
 
 class AVAudioConverting;
+class AVVideoConverting;
 class PipeWireDeviceList;
 class PipeWireRegistry;
 class PipeWireSession;
 
-/// The audio and video devices; there are no muxed ones. `README.md` says which nodes count and how they are named.
+/// Microphones, cameras, and capture cards as muxed devices. `README.md` says which nodes count and how they are named.
 /// The first question to a session, or for a default, connects; it blocks until PipeWire has told what there is, or
 /// that it isn't there: some milliseconds, and one second once if PipeWire hangs.
 class PipeWireCaptureDevices final : public AVCaptureDevices {
   public:
-    /// `converting` serves the capture sessions.
-    PipeWireCaptureDevices(std::shared_ptr<PipeWireSession> session, std::shared_ptr<AVAudioConverting> converting);
+    /// `sound` and `pictures` convert for the capture sessions.
+    PipeWireCaptureDevices(std::shared_ptr<PipeWireSession> session, std::shared_ptr<AVAudioConverting> sound,
+                           std::shared_ptr<AVVideoConverting> pictures);
     ~PipeWireCaptureDevices() override;
 
     std::shared_ptr<AVCaptureDeviceDiscoverySession> makeDiscoverySession(std::vector<AVCaptureDeviceType> deviceTypes,
@@ -35,7 +37,8 @@ class PipeWireCaptureDevices final : public AVCaptureDevices {
     class Session;
 
     const std::shared_ptr<Following> following_;
-    const std::shared_ptr<AVAudioConverting> converting_;
+    const std::shared_ptr<AVAudioConverting> sound_;
+    const std::shared_ptr<AVVideoConverting> pictures_;
 };
 
 }  // namespace zorvane

@@ -6,13 +6,13 @@
 #include <set>
 
 namespace zorvane {
-namespace {
 
-/// A property of the node, else of the hardware behind it.
 std::string textOf(const PipeWireSource& source, std::string_view key) {
     std::string text = textValue(source.node, key);
     return text.empty() ? textValue(source.card, key) : text;
 }
+
+namespace {
 
 std::string firstTextOf(const PipeWireSource& source, std::initializer_list<std::string_view> keys) {
     for (const std::string_view key : keys) {

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,9 @@ struct PipeWireDeviceDescription {
 
     bool operator==(const PipeWireDeviceDescription&) const = default;
 };
+
+/// A property of the node, else of the hardware behind it.
+std::string textOf(const PipeWireSource& source, std::string_view key);
 
 PipeWireDeviceDescription describeDevice(const PipeWireSource& source, std::string uniqueID);
 

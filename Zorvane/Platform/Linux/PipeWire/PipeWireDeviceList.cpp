@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireCaptureCards.hpp"
+
 namespace zorvane {
 
 PipeWireDeviceList::Devices PipeWireDeviceList::devices() {
@@ -15,6 +17,12 @@ PipeWireDeviceList::Devices PipeWireDeviceList::devices() {
         devices.push_back(entry.device);
     }
     return devices;
+}
+
+PipeWireDeviceList::Cards PipeWireDeviceList::cards() {
+    MutexLock lock(mutex_);
+    waitForFirstUpdate(lock);
+    return cards_;
 }
 
 std::string PipeWireDeviceList::defaultDeviceID(AVMediaType mediaType) {
@@ -30,6 +38,11 @@ std::string PipeWireDeviceList::defaultDeviceID(AVMediaType mediaType) {
     return preferred == listed_.end() ? std::string() : preferred->device->uniqueID();
 }
 
+bool PipeWireDeviceList::isConnected() {
+    const MutexLock lock(mutex_);
+    return isConnected_;
+}
+
 void PipeWireDeviceList::waitForFirstUpdate(MutexLock& lock) {
     const auto deadline = std::chrono::steady_clock::now() + longestFirstUpdate;
     while (!isUpdated_ && updated_.wait_until(lock, deadline) == std::cv_status::no_timeout) {
@@ -39,6 +52,7 @@ void PipeWireDeviceList::waitForFirstUpdate(MutexLock& lock) {
 
 void PipeWireDeviceList::update(const PipeWireSources& sources) {
     const std::vector<Listed> now = makeList(sources.sources);
+    const Cards cards = makeCards(sources.sources, now);
     const std::vector<Listed> before = listed();
     const auto isListed = [&now](const Listed& entry) {
         return std::ranges::find(now, entry.device, &Listed::device) != now.end();
@@ -48,14 +62,17 @@ void PipeWireDeviceList::update(const PipeWireSources& sources) {
             entry.device->setGone();  // before the list lacks it: what isn't listed is never connected
         }
     }
+    bool hasOtherCards = false;
     {
         const MutexLock lock(mutex_);
         listed_ = now;
+        hasOtherCards = std::exchange(cards_, cards) != cards;
         defaultNodes_ = sources.defaultNodes;
         isUpdated_ = true;
+        isConnected_ = sources.isConnected;
     }
     updated_.notify_all();
-    if (!std::ranges::equal(before, now, {}, &Listed::device, &Listed::device)) {
+    if (hasOtherCards || !std::ranges::equal(before, now, {}, &Listed::device, &Listed::device)) {
         observers_.notify();
     }
     updateObservers_.notify();
@@ -77,6 +94,24 @@ std::vector<PipeWireDeviceList::Listed> PipeWireDeviceList::makeList(const std::
         list.push_back({device, rawValue(source.node, PW_KEY_NODE_NAME)});
     }
     return list;
+}
+
+PipeWireDeviceList::Cards PipeWireDeviceList::makeCards(const std::vector<PipeWireSource>& sources,
+                                                        const std::vector<Listed>& list) {
+    std::erase_if(knownCards_, [](const auto& entry) { return entry.second.expired(); });
+    Cards cards;
+    for (const PipeWireCardHalves& halves : captureCardsIn(sources)) {
+        const auto& camera = list[halves.camera].device;
+        const auto& microphone = list[halves.microphone].device;
+        std::weak_ptr<PipeWireCaptureCard>& known = knownCards_[PipeWireCaptureCard::idOf(*camera)];
+        auto card = known.lock();
+        if (!card || card->camera() != camera || card->microphone() != microphone) {
+            card = std::make_shared<PipeWireCaptureCard>(camera, microphone);
+            known = card;
+        }
+        cards.push_back(std::move(card));
+    }
+    return cards;
 }
 
 std::shared_ptr<PipeWireCaptureDevice> PipeWireDeviceList::deviceFor(PipeWireDeviceDescription description) {

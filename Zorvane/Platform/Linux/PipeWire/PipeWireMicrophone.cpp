@@ -24,7 +24,7 @@ PipeWireSoundSources soundOfMicrophone(const PipeWireSoundNode& node, std::uint3
     for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
         const std::size_t port = outputs.size() == 1 ? 0 : channel;
         if (port < outputs.size()) {
-            sources.wires.insert({.outputPort = outputs[port].serial, .channel = channel});
+            sources.wires.insert({.outputPort = outputs[port].serial, .input = channel});
         }
     }
     return sources;

@@ -30,6 +30,13 @@ void PipeWireNode::onInfo(void* data, const pw_node_info* info) {
         self.properties_ = pipeWireProperties(info->props);
         self.observer_.objectChanged();
     }
+    if (info->change_mask & PW_NODE_CHANGE_MASK_STATE) {
+        const char* words = info->error && *info->error ? info->error : "it gives no reason";
+        std::string error = info->state == PW_NODE_STATE_ERROR ? words : "";
+        if (std::exchange(self.error_, error) != error) {
+            self.observer_.objectChanged();
+        }
+    }
 }
 
 void PipeWireNode::onParameter(void* data, int, std::uint32_t parameter, std::uint32_t index, std::uint32_t,

@@ -39,6 +39,8 @@ class PipeWireNode {
     AVMediaType mediaType() const { return mediaType_; }
     /// Empty until the server has told.
     const PipeWireProperties& properties() const { return properties_; }
+    /// Why it doesn't work, as it says itself; empty while it does.
+    const std::string& error() const { return error_; }
     /// Of sound, as far as the server has told: what the node runs in or ran in last, else what it prefers.
     const PipeWireNodeFormat& format() const { return format_.rate > 0 ? format_ : preferredFormat_; }
 
@@ -51,6 +53,7 @@ class PipeWireNode {
     const AVMediaType mediaType_;
     PipeWireObjectObserver& observer_;
     PipeWireProperties properties_;
+    std::string error_;
     PipeWireNodeFormat format_;
     PipeWireNodeFormat preferredFormat_;
     PipeWireProxy proxy_;

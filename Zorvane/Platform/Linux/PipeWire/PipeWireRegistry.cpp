@@ -30,6 +30,10 @@ void PipeWireRegistry::add(pw_registry* registry, std::uint32_t id, std::string_
         if (const auto mediaType = mediaTypeOf(rawValue(properties, PW_KEY_MEDIA_CLASS))) {
             nodes_.push_back(std::make_unique<PipeWireNode>(registry, id, *mediaType, *this));
         }
+    } else if (type == PW_TYPE_INTERFACE_Port) {
+        if (isOutputOfCamera(properties)) {
+            videoPorts_.push_back(std::make_unique<PipeWireVideoPort>(registry, id, properties, *this));
+        }
     } else if (type == PW_TYPE_INTERFACE_Device) {
         cards_.push_back(std::make_unique<PipeWireCard>(registry, id, *this));
     } else if (type == PW_TYPE_INTERFACE_Metadata && rawValue(properties, PW_KEY_METADATA_NAME) == "default") {
@@ -39,7 +43,8 @@ void PipeWireRegistry::add(pw_registry* registry, std::uint32_t id, std::string_
 
 bool PipeWireRegistry::remove(std::uint32_t id) {
     const auto hasID = [id](const auto& object) { return object->id() == id; };
-    std::size_t removed = std::erase_if(nodes_, hasID) + std::erase_if(cards_, hasID) + wiring_.remove(id);
+    std::size_t removed = std::erase_if(nodes_, hasID) + std::erase_if(cards_, hasID) +
+                          std::erase_if(videoPorts_, hasID) + wiring_.remove(id);
     if (defaults_ && defaults_->id() == id) {
         defaults_.reset();
         ++removed;
@@ -50,16 +55,17 @@ bool PipeWireRegistry::remove(std::uint32_t id) {
 void PipeWireRegistry::clear() {
     nodes_.clear();
     cards_.clear();
+    videoPorts_.clear();
     wiring_.clear();
     defaults_.reset();
 }
 
-void PipeWireRegistry::publish(bool) {
-    publish_(sources());
+void PipeWireRegistry::publish(bool isConnected) {
+    publish_(sources(isConnected));
 }
 
-PipeWireSources PipeWireRegistry::sources() const {
-    PipeWireSources sources;
+PipeWireSources PipeWireRegistry::sources(bool isConnected) const {
+    PipeWireSources sources{.isConnected = isConnected};
     for (const auto& node : nodes_) {
         if (!node->properties().empty()) {
             sources.sources.push_back(describe(*node));
@@ -71,14 +77,27 @@ PipeWireSources PipeWireRegistry::sources() const {
     return sources;
 }
 
+bool PipeWireRegistry::isOutputOfCamera(const spa_dict* port) const {
+    const auto nodeID = numberOf<std::uint32_t>(port, PW_KEY_NODE_ID);
+    const auto node = std::ranges::find(nodes_, nodeID, [](const auto& known) { return known->id(); });
+    return node != nodes_.end() && (*node)->mediaType() == AVMediaType::video &&
+           rawValue(port, PW_KEY_PORT_DIRECTION) == "out";
+}
+
 PipeWireSource PipeWireRegistry::describe(const PipeWireNode& node) const {
     PipeWireSource source{.nodeID = node.id(),
                           .mediaType = node.mediaType(),
                           .node = node.properties(),
                           .format = node.format(),
+                          .error = node.error(),
                           .isUsedByOthers = wiring_.isHeardByOthers(node.id(), ownClient())};
     if (const std::uint32_t ports = wiring_.outputCount(node.id()); ports > 0) {
         source.format.channelCount = ports;  // the session manager may have chosen fewer or more
+    }
+    const auto port = std::ranges::find(videoPorts_, node.id(), [](const auto& known) { return known->nodeID(); });
+    if (port != videoPorts_.end()) {
+        source.outputPort = (*port)->serial();
+        source.videoOffers = (*port)->offers();
     }
     const auto cardID = numberOf<std::uint32_t>(node.properties(), PW_KEY_DEVICE_ID);
     const auto card = std::ranges::find_if(cards_, [&](const auto& other) { return other->id() == cardID; });

@@ -8,6 +8,7 @@
 
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireModel.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSources.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireVideoPort.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireWiring.hpp"
 
 namespace zorvane {
@@ -24,12 +25,14 @@ class PipeWireRegistry final : public PipeWireModel {
     bool remove(std::uint32_t id) override;
     void clear() override;
     void publish(bool isConnected) override;
-    PipeWireSources sources() const;
+    PipeWireSources sources(bool isConnected) const;
+    bool isOutputOfCamera(const spa_dict* port) const;
     PipeWireSource describe(const PipeWireNode& node) const;
 
     const std::function<void(const PipeWireSources&)> publish_;
     std::vector<std::unique_ptr<PipeWireNode>> nodes_;  // in the order in which they came
     std::vector<std::unique_ptr<PipeWireCard>> cards_;
+    std::vector<std::unique_ptr<PipeWireVideoPort>> videoPorts_;
     std::unique_ptr<PipeWireDefaults> defaults_;
     PipeWireWiring wiring_;
 };

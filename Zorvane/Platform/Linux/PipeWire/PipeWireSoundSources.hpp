@@ -1,22 +1,14 @@
 // What an input of sound is to hear.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <set>
 
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundScene.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireWire.hpp"
 
 namespace zorvane {
-
-/// From a port that gives sound into one of the input's channels. Several into one channel are mixed.
-struct PipeWireSoundWire {
-    std::uint64_t outputPort = 0;  ///< its serial number
-    std::uint32_t channel = 0;
-
-    auto operator<=>(const PipeWireSoundWire&) const = default;
-};
 
 /// On which side of the air sound is taken, and how far from it in time.
 struct PipeWireSoundDistance {
@@ -33,7 +25,7 @@ struct PipeWireSoundDistance {
 };
 
 struct PipeWireSoundSources {
-    std::set<PipeWireSoundWire> wires;
+    std::set<PipeWireWire> wires;
     PipeWireSoundDistance distance;
 };
 

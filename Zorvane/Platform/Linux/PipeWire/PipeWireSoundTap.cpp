@@ -1,19 +1,15 @@
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundTap.hpp"
 
-#include <pipewire/link.h>
 #include <spa/param/latency-utils.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <ctime>
-#include <iterator>
 #include <utility>
 
 #include "Zorvane/Platform/Foundation/NSError.hpp"
-#include "Zorvane/Platform/Linux/PipeWire/PipeWireProperties.hpp"
 
 namespace zorvane {
 namespace {
@@ -73,20 +69,16 @@ SoundFeed::SoundFeed(std::uint32_t channels)
 }
 
 PipeWireSoundTap::PipeWireSoundTap(pw_core& core, const std::string& name, SoundFeed& feed)
-    : core_(core),
-      feed_(feed),
+    : feed_(feed),
       channels_(feed.channelCount),
       filter_(makeFilter(core, name)),
-      registry_(pw_core_get_registry(&core, PW_VERSION_REGISTRY, 0)) {
+      links_(core, [this] { return pw_filter_get_node_id(filter_.get()); }) {
     static const pw_filter_events filterEvents{.version = PW_VERSION_FILTER_EVENTS, .process = onProcess};
-    static const pw_registry_events registryEvents{
-        .version = PW_VERSION_REGISTRY_EVENTS, .global = onGlobal, .global_remove = onGlobalRemoved};
     pw_filter_add_listener(filter_.get(), filterHook_.get(), &filterEvents, this);
     addPorts();
     if (const int result = pw_filter_connect(filter_.get(), filterFlags, nullptr, 0); result < 0) {
         throw NSError::posix(-result, "connect a node of PipeWire");
     }
-    registry_.listen(&registryEvents, this);
 }
 
 /// In some versions of PipeWire the real-time thread goes through the listeners, so it ends before ours is taken away.
@@ -108,71 +100,9 @@ void PipeWireSoundTap::addPorts() {
     }
 }
 
-void PipeWireSoundTap::setWires(std::set<PipeWireSoundWire> wires, Side side) {
-    side_ = side;
-    wires_ = std::move(wires);
-    std::erase_if(links_, [this](const auto& link) { return !wires_.contains(link.first); });
-    linkWhatIsMissing();
-}
-
-void PipeWireSoundTap::linkWhatIsMissing() {
-    for (const PipeWireSoundWire& wire : wires_) {
-        const auto output = std::ranges::find(serials_, wire.outputPort, [](const auto& port) { return port.second; });
-        const auto input = ownPorts_.find(wire.channel);
-        if (output != serials_.end() && input != ownPorts_.end() && !links_.contains(wire)) {
-            links_[wire] = link(output->first, input->second);
-        }
-    }
-}
-
-std::unique_ptr<PipeWireProxy> PipeWireSoundTap::link(std::uint32_t outputPort, std::uint32_t inputPort) {
-    const std::string output = std::to_string(outputPort);
-    const std::string input = std::to_string(inputPort);
-    const spa_dict_item items[] = {{PW_KEY_LINK_OUTPUT_PORT, output.c_str()},
-                                   {PW_KEY_LINK_INPUT_PORT, input.c_str()},
-                                   {PW_KEY_LINK_PASSIVE, side_ == Side::played ? "true" : "false"}};
-    const spa_dict properties{0, static_cast<std::uint32_t>(std::size(items)), items};
-    return std::make_unique<PipeWireProxy>(
-        pw_core_create_object(&core_, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties, 0));
-}
-
-void PipeWireSoundTap::onGlobal(void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
-                                const spa_dict* properties) {
-    static_cast<PipeWireSoundTap*>(data)->add(id, type, properties);
-}
-
-void PipeWireSoundTap::onGlobalRemoved(void* data, std::uint32_t id) {
-    auto& self = *static_cast<PipeWireSoundTap*>(data);
-    self.serials_.erase(id);
-    std::erase_if(self.ownPorts_, [id](const auto& port) { return port.second == id; });
-}
-
-void PipeWireSoundTap::add(std::uint32_t id, std::string_view type, const spa_dict* properties) {
-    if (type == PW_TYPE_INTERFACE_Port) {
-        addPort(id, properties);
-    } else if (type == PW_TYPE_INTERFACE_Link) {
-        inspectLink(id, properties);
-    }
-}
-
-void PipeWireSoundTap::addPort(std::uint32_t id, const spa_dict* properties) {
-    serials_[id] = numberOf<std::uint64_t>(properties, PW_KEY_OBJECT_SERIAL).value_or(0);
-    if (numberOf<std::uint32_t>(properties, PW_KEY_NODE_ID) == pw_filter_get_node_id(filter_.get())) {
-        ownPorts_[numberOf<std::uint32_t>(properties, PW_KEY_PORT_ID).value_or(0)] = id;
-    }
-    linkWhatIsMissing();
-}
-
-void PipeWireSoundTap::inspectLink(std::uint32_t id, const spa_dict* properties) {
-    const auto inputPort = numberOf<std::uint32_t>(properties, PW_KEY_LINK_INPUT_PORT);
-    const auto input = std::ranges::find(ownPorts_, inputPort, [](const auto& port) { return port.second; });
-    if (input == ownPorts_.end()) {
-        return;
-    }
-    const auto output = serials_.find(numberOf<std::uint32_t>(properties, PW_KEY_LINK_OUTPUT_PORT).value_or(0));
-    if (output == serials_.end() || !links_.contains({output->second, input->first})) {
-        pw_registry_destroy(registry_.as<pw_registry>(), id);
-    }
+void PipeWireSoundTap::setWires(std::set<PipeWireWire> wires, Side side) {
+    using enum PipeWireInputLinks::Waking;
+    links_.setWires(std::move(wires), side == Side::played ? letsSleep : wakes);
 }
 
 void PipeWireSoundTap::onProcess(void* data, spa_io_position* position) {

@@ -5,15 +5,14 @@
 
 #include <atomic>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "Zorvane/Platform/Linux/PipeWire/FileDescriptor.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireHandles.hpp"
+#include "Zorvane/Platform/Linux/PipeWire/PipeWireInputLinks.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireSoundSources.hpp"
 #include "Zorvane/Platform/Linux/PipeWire/SoundRing.hpp"
 
@@ -31,10 +30,6 @@ struct SoundFeed {
 
 /// One port for each channel, and the links to them. It lives as long as a connection. On the session's thread, but for
 /// `process`, which runs on PipeWire's real-time thread and never again after the destructor has returned.
-///
-/// The server tells who is linked to the node, in the order in which things happened. What isn't a wire that was asked
-/// for is taken away: a link that another program made, and one of ours that came too late and met another port,
-/// because the server had given the number of one that is gone to a new one.
 class PipeWireSoundTap {
   public:
     /// `feed` outlives the tap. Throws `NSError` if PipeWire can't make a node.
@@ -47,7 +42,7 @@ class PipeWireSoundTap {
 
     /// Links as soon as all ports concerned are there. To hear what is recorded wakes a microphone; to hear what is
     /// played keeps nothing awake: speakers sleep while nobody plays.
-    void setWires(std::set<PipeWireSoundWire> wires, Side side);
+    void setWires(std::set<PipeWireWire> wires, Side side);
 
   private:
     struct FilterDeleter {
@@ -55,18 +50,9 @@ class PipeWireSoundTap {
     };
 
     void addPorts();
-    void add(std::uint32_t id, std::string_view type, const spa_dict* properties);
-    void addPort(std::uint32_t id, const spa_dict* properties);
-    void inspectLink(std::uint32_t id, const spa_dict* properties);
-    void linkWhatIsMissing();
-    std::unique_ptr<PipeWireProxy> link(std::uint32_t outputPort, std::uint32_t inputPort);
 
-    static void onGlobal(void* self, std::uint32_t id, std::uint32_t permissions, const char* type,
-                         std::uint32_t version, const spa_dict* properties);
-    static void onGlobalRemoved(void* self, std::uint32_t id);
     static void onProcess(void* self, spa_io_position* position);
 
-    pw_core& core_;
     SoundFeed& feed_;
     // What the real-time thread uses outlives the filter, whose end waits for it.
     std::vector<const float*> channels_;  // of one cycle
@@ -74,12 +60,7 @@ class PipeWireSoundTap {
     std::vector<void*> ports_;            // as the filter knows them; constant once it is connected
     const std::unique_ptr<pw_filter, FilterDeleter> filter_;
     PipeWireHook filterHook_;
-    PipeWireProxy registry_;
-    std::map<std::uint32_t, std::uint64_t> serials_;   // of all ports, by their numbers
-    std::map<std::uint32_t, std::uint32_t> ownPorts_;  // numbers by channel
-    std::set<PipeWireSoundWire> wires_;
-    Side side_ = Side::recorded;
-    std::map<PipeWireSoundWire, std::unique_ptr<PipeWireProxy>> links_;
+    PipeWireInputLinks links_;
 };
 
 }  // namespace zorvane

@@ -25,12 +25,12 @@ bool playsToSink(const PipeWireSoundNode& node, const PipeWireSoundScene& scene)
     });
 }
 
-void wire(const PipeWireSoundNode& node, Kind kind, std::set<PipeWireSoundWire>& wires) {
+void wire(const PipeWireSoundNode& node, Kind kind, std::set<PipeWireWire>& wires) {
     const auto count = static_cast<std::size_t>(std::ranges::count(node.ports, kind, &PipeWireSoundPort::kind));
     for (const PipeWireSoundPort& port : node.ports) {
         if (port.kind == kind) {
             for (const std::uint32_t channel : systemSoundChannelsFor(port.channel, count)) {
-                wires.insert({.outputPort = port.serial, .channel = channel});
+                wires.insert({.outputPort = port.serial, .input = channel});
             }
         }
     }

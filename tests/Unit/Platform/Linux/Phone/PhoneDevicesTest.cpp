@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "Zorvane/Platform/Foundation/NSError.hpp"
 #include "tests/Support/TemporaryDirectory.hpp"
 #include "tests/Unit/Platform/Linux/Phone/FakePhoneService.hpp"
 
@@ -165,6 +166,21 @@ TEST_F(PhoneDevicesTest, WithoutAServiceThereAreNoPhonesUntilItComesAndAgainWhen
         EXPECT_EQ(await(there), there);
     }
     EXPECT_EQ(await({}), Lines{});
+}
+
+TEST_F(PhoneDevicesTest, APhoneThatIsOpenedSaysHowItCanBeCaptured) {
+    FakePhoneService service(path);
+    service.attach(1, {.udid = "a"});
+    observe();
+    EXPECT_EQ(await({"a 'A Phone' iPhone14,2 ready"}).size(), 1u);
+    try {
+        devices->makeDeviceInput(session->devices().at(0));
+        ADD_FAILURE() << "it was opened";
+    } catch (const NSError& error) {
+        EXPECT_EQ(error.localizedDescription(),
+                  "The screen of “A Phone” can't be captured over its cable here. Connect it to a capture card with an "
+                  "HDMI adapter, and record the capture card, which is listed as a device.");
+    }
 }
 
 TEST_F(PhoneDevicesTest, APhoneThatHangsHoldsUpNothing) {

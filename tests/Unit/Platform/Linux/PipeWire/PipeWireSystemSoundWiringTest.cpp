@@ -9,7 +9,7 @@ namespace {
 
 using Channels = std::vector<std::uint32_t>;
 using Kind = PipeWireSoundPort::Kind;
-using Wires = std::set<PipeWireSoundWire>;
+using Wires = std::set<PipeWireWire>;
 
 constexpr std::uint32_t sink = 30;
 constexpr std::uint32_t player = 40;
