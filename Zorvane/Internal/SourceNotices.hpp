@@ -1,4 +1,4 @@
-// Tells the log and the host that a source of sound has fallen silent against its will.
+// Tells the log and the host that a source gives nothing against its will.
 #pragma once
 
 #include <exception>
@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Zorvane/Internal/Logger.hpp"
+#include "Zorvane/Platform/AVFoundation/AVMediaType.hpp"
 #include "Zorvane/ZVRecordingNotice.hpp"
 
 namespace zorvane {
@@ -17,8 +18,8 @@ using NoticeHandler = std::function<void(ZVRecordingNotice notice)>;
 /// Speaks for one source. Any thread.
 class SourceNotices {
   public:
-    /// `source` is what the source is called for people.
-    SourceNotices(std::string source, NoticeHandler onNotice, const Logger& logger);
+    /// `source` is what the source is called for people, `media` what it gives.
+    SourceNotices(std::string source, AVMediaType media, NoticeHandler onNotice, const Logger& logger);
 
     /// The source gives nothing until further notice; `reason` may be null.
     void interrupted(const std::exception_ptr& reason) const;
@@ -28,6 +29,7 @@ class SourceNotices {
     void tell(ZVRecordingNotice::Kind kind, std::exception_ptr reason, std::string userMessage) const;
 
     const std::string source_;
+    const AVMediaType media_;
     const NoticeHandler onNotice_;
     const Logger logger_;
 };

@@ -115,6 +115,11 @@ RecordedSound SoundRecordingTest::sound(std::size_t writer, std::size_t track) c
     return recorded;
 }
 
+void SoundRecordingTest::expectInPlace(const RecordedSound& sound, double from, double until) {
+    EXPECT_NEAR(sound.peak(from, until), VirtualMicrophone::amplitude, 0.02) << "from " << from;
+    EXPECT_NEAR(sound.delay(tone, from, until), 0, 0.001) << "from " << from;
+}
+
 std::vector<std::string> SoundRecordingTest::notices() const {
     const std::lock_guard lock(mutex);
     return seenNotices;

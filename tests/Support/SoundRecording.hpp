@@ -58,6 +58,8 @@ class SoundRecordingTest : public VirtualWorldTest {
 
     VirtualMovie movie(std::size_t writer = 0) const { return writing->writers().at(writer)->movie(); }
     RecordedSound sound(std::size_t writer = 0, std::size_t track = 0) const;
+    /// The tone is there between two moments of the recording, and in its place to a millisecond.
+    void expectInPlace(const RecordedSound& sound, double from, double until);
     /// "kind source" of each notice so far, and whether it has a reason.
     std::vector<std::string> notices() const;
 

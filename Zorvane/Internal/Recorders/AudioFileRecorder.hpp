@@ -8,8 +8,8 @@
 #include "Zorvane/Internal/OutputDescription.hpp"
 #include "Zorvane/Internal/Recorder.hpp"
 #include "Zorvane/Internal/RecorderContext.hpp"
+#include "Zorvane/Internal/Recorders/DeviceCapture.hpp"
 #include "Zorvane/Internal/Recorders/MediaOutput.hpp"
-#include "Zorvane/Internal/Recorders/MicrophoneCapture.hpp"
 
 namespace zorvane {
 
@@ -20,21 +20,22 @@ class AudioFileRecorder final : public Recorder {
   public:
     /// Throws `ZVError` when listening is not permitted, there is no such microphone or the output can't be set up, and
     /// what the platform throws. Blocks.
-    AudioFileRecorder(std::string id, const OutputDescription& outputDescription, const std::string& microphoneID,
+    AudioFileRecorder(std::string id, const OutputDescription& outputDescription, std::string microphoneID,
                       const RecorderContext& context);
 
     const std::string& id() const override { return id_; }
     Task<> prepare() override;
     Task<> cancel() override;
     Task<std::vector<ZVBundleInfo::FileAsset>> finish() override;
-    RecorderStatistics statistics() const override;
+    RecorderStatistics statistics() const override { return capture_.statistics(); }
 
   private:
     const std::string id_;
     const Logger logger_;
     const StableRecordingInterval recordingInterval_;
+    const std::string microphoneID_;
     std::optional<MediaOutput> output_;
-    std::optional<MicrophoneCapture> capture_;
+    DeviceCapture capture_;
 };
 
 }  // namespace zorvane

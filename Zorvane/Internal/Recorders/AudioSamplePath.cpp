@@ -13,19 +13,15 @@ namespace {
 // Samples held before the start: enough that the first moment of the recording has sound.
 constexpr std::size_t heldSamples = 3;
 
-constexpr double endTimeout = 0.25;  // seconds
-
 }  // namespace
 
-AudioSamplePath::AudioSamplePath(std::unique_ptr<AudioSampleSink> sink, const StableRecordingInterval& interval,
-                                 const Logger& logger, const AudioSamplePathTraits& traits)
+AudioSamplePath::AudioSamplePath(const StableRecordingInterval& interval, const Logger& logger,
+                                 const AudioSamplePathTraits& traits)
     : logger_(logger),
       traits_(traits),
-      sink_(std::move(sink)),
       interval_(interval),
       gapFiller_(logger),
-      prepareAdaptor_(RingBuffer<CMSampleBuffer>(heldSamples)),
-      endAdaptor_(RingBuffer<CMTime>(1)) {}
+      prepareAdaptor_(RingBuffer<CMSampleBuffer>(heldSamples)) {}
 
 void AudioSamplePath::process(const CMSampleBuffer& sampleBuffer, const CMClock* clock) {
     meter_.measure(sampleBuffer);
@@ -50,7 +46,7 @@ AudioGapFiller::Samples AudioSamplePath::fillGap(const CMSampleBuffer& sampleBuf
 
 void AudioSamplePath::handle(const CMSampleBuffer& sampleBuffer) {
     interval_.refresh();
-    if (interval_.contains(sampleBuffer.presentationTimeStamp().seconds())) {
+    if (sink_ && interval_.contains(sampleBuffer.presentationTimeStamp().seconds())) {
         keep(sampleBuffer);
     } else {
         prepareAdaptor_.append(sampleBuffer);
@@ -92,9 +88,7 @@ void AudioSamplePath::noteEnd(const CMSampleBuffer& sampleBuffer) {
     const CMTime begin = sampleBuffer.presentationTimeStamp();
     const CMTime duration = sampleBuffer.duration();
     const CMTime end = duration.isNumeric() ? begin + duration : begin;
-    if (end.seconds() >= interval_.recordUntil()) {
-        endAdaptor_.append(end);
-    }
+    endWatch_.note(end.seconds(), interval_.recordUntil());
 }
 
 Task<> AudioSamplePath::waitForSample(double timeout, ZVError error) const {
@@ -102,9 +96,8 @@ Task<> AudioSamplePath::waitForSample(double timeout, ZVError error) const {
 }
 
 Task<> AudioSamplePath::waitForEnd() const {
-    const auto late = std::make_exception_ptr(ZVError::internalError("The sound of the recording's end hasn't come."));
-    const ZVOutcome<CMTime> end = co_await endAdaptor_.waitForItem(endTimeout, late).outcome();
-    if (!end.isSuccess()) {
+    const bool hasEnded = co_await endWatch_.wait();
+    if (!hasEnded) {
         logger_.debug("Source of sound gave nothing up to the end of the recording, the rest is silence.");
     }
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "Zorvane/Internal/AudioGapFiller.hpp"
 #include "Zorvane/Internal/Concurrency/Task.hpp"
@@ -12,6 +13,7 @@
 #include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
 #include "Zorvane/Internal/Recorders/AudioSampleSink.hpp"
 #include "Zorvane/Internal/Recorders/HostTimePlacement.hpp"
+#include "Zorvane/Internal/Recorders/RecordingEndWatch.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
 #include "Zorvane/Internal/SoundMeter.hpp"
 #include "Zorvane/Platform/CoreMedia/CMSampleBuffer.hpp"
@@ -31,13 +33,15 @@ struct AudioSamplePathTraits {
 
 /// Samples are brought to the host clock; gaps are filled with silence; before the recording's start the newest samples
 /// are held; the first sample inside the interval begins the sink at `recordFrom` and replays what is held; from then
-/// on samples go to the sink, in order.
+/// on samples go to the sink, in order. Until the path is connected to a sink, the newest samples are held.
 ///
-/// `process` is called on one thread at a time, the rest on any.
+/// `process` and `connect` come on one thread at a time, the rest on any; `flush` once the path is connected.
 class AudioSamplePath {
   public:
-    AudioSamplePath(std::unique_ptr<AudioSampleSink> sink, const StableRecordingInterval& interval,
-                    const Logger& logger, const AudioSamplePathTraits& traits);
+    AudioSamplePath(const StableRecordingInterval& interval, const Logger& logger, const AudioSamplePathTraits& traits);
+
+    /// Where the samples go from now on. Once.
+    void connect(std::unique_ptr<AudioSampleSink> sink) { sink_ = std::move(sink); }
 
     /// Takes one sample of the source, whose clock is null if it has none.
     void process(const CMSampleBuffer& sampleBuffer, const CMClock* clock);
@@ -45,8 +49,7 @@ class AudioSamplePath {
     /// Ends with the first sample, or throws `error` after `timeout` seconds without one.
     Task<> waitForSample(double timeout, ZVError error) const;
 
-    /// For the moment after the stop: sources deliver late, so sound up to `recordUntil` is still under way. Ends when
-    /// it has come, or after a quarter of a second, which a source that has fallen silent costs.
+    /// Waits for the sound up to `recordUntil`; see `RecordingEndWatch`.
     Task<> waitForEnd() const;
 
     /// Hands over what the sink still holds, looking again while it isn't taken. Throws the sink's error, and
@@ -65,13 +68,13 @@ class AudioSamplePath {
 
     const Logger logger_;
     const AudioSamplePathTraits traits_;
-    const std::unique_ptr<AudioSampleSink> sink_;
-    StableRecordingInterval interval_;  // belongs to the source's queue, as all down to the meter, and didStart_
+    std::unique_ptr<AudioSampleSink> sink_;  // null until connected
+    StableRecordingInterval interval_;       // belongs to the source's queue, as all down to the meter, and didStart_
     HostTimePlacement placement_;
     AudioGapFiller gapFiller_;
     SoundMeter meter_;
     PrepareRingBufferAdaptor<CMSampleBuffer> prepareAdaptor_;
-    PrepareRingBufferAdaptor<CMTime> endAdaptor_;  // host times at or after recordUntil up to which sound has come
+    RecordingEndWatch endWatch_;
     bool didStart_ = false;
 };
 

@@ -1,13 +1,12 @@
 // Hands a microphone's sound to a callback of the host.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "Zorvane/Internal/Recorder.hpp"
 #include "Zorvane/Internal/RecorderContext.hpp"
-#include "Zorvane/Internal/Recorders/MicrophoneCapture.hpp"
+#include "Zorvane/Internal/Recorders/DeviceCapture.hpp"
 #include "Zorvane/ZVSchemaItem.hpp"
 
 namespace zorvane {
@@ -17,7 +16,7 @@ namespace zorvane {
 class AudioStreamRecorder final : public Recorder {
   public:
     /// Throws as `AudioFileRecorder` does. Blocks.
-    AudioStreamRecorder(std::string id, const std::string& microphoneID, ZVSchemaItem::SampleCallback callback,
+    AudioStreamRecorder(std::string id, std::string microphoneID, ZVSchemaItem::SampleCallback callback,
                         const RecorderContext& context);
 
     const std::string& id() const override { return id_; }
@@ -25,12 +24,13 @@ class AudioStreamRecorder final : public Recorder {
     Task<> cancel() override;
     /// Gives no files.
     Task<std::vector<ZVBundleInfo::FileAsset>> finish() override;
-    RecorderStatistics statistics() const override;
+    RecorderStatistics statistics() const override { return capture_.statistics(); }
 
   private:
     const std::string id_;
     const Logger logger_;
-    std::optional<MicrophoneCapture> capture_;
+    const std::string microphoneID_;
+    DeviceCapture capture_;
 };
 
 }  // namespace zorvane

@@ -19,6 +19,10 @@ double shiftByArrival(const CMSampleBuffer& sampleBuffer) {
 
 }  // namespace
 
+CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const CMClock* clock) {
+    return clock ? clock->convertToHostTime(sampleBuffer.presentationTimeStamp()) : hostTimeClockTime();
+}
+
 CMSampleBuffer HostTimePlacement::place(const CMSampleBuffer& sampleBuffer, const CMClock* clock) {
     const CMTime time = sampleBuffer.presentationTimeStamp();
     if (!time.isNumeric()) {

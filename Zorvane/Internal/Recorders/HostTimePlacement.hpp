@@ -9,6 +9,9 @@ namespace zorvane {
 
 class CMClock;
 
+/// The time of a picture on the host clock: that of its arrival when its source has no clock, where `clock` is null.
+CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const CMClock* clock);
+
 /// Samples that join stay joined: all of them are moved by the same time, until the clocks have parted by more than a
 /// rounding. A source without a clock is placed by the arrival of its first sample, and anew when a later arrival is
 /// off by more than a tenth of a second. A source on the host clock is left as it is. Used by one thread at a time;

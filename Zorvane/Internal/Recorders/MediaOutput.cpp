@@ -14,6 +14,10 @@ namespace {
 
 constexpr std::int32_t nanoseconds = 1'000'000'000;
 
+// Of pictures whose settings don't tell their size.
+constexpr std::int32_t fallbackWidth = 1920;
+constexpr std::int32_t fallbackHeight = 1080;
+
 std::string_view errorMessage(AVMediaType mediaType) {
     return mediaType == AVMediaType::audio ? "Audio AVAssetWriter reported an error, aborting."
                                            : "Video AVAssetWriter reported an error, aborting.";
@@ -97,6 +101,14 @@ MasterPlaylist soundPlaylist(const AVAudioSettings& settings, std::string_view t
     return {.audioChannelsCount = settings.numberOfChannels.value_or(1),
             .audioTrackName = std::string(trackName),
             .audioCodecName = "mp4a.40.2"};
+}
+
+MasterPlaylist withPictures(MasterPlaylist playlist, const AVVideoSettings& settings, std::string_view trackName) {
+    playlist.videoTrackName = trackName;
+    playlist.videoCodecName = "avc1.42e00a";
+    playlist.videoResolution = {settings.width > 0 ? settings.width : fallbackWidth,
+                                settings.height > 0 ? settings.height : fallbackHeight};
+    return playlist;
 }
 
 std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,

@@ -68,6 +68,9 @@ class MediaOutput {
 /// The playlist of sound alone, whose track has this name for people.
 MasterPlaylist soundPlaylist(const AVAudioSettings& settings, std::string_view trackName);
 
+/// The same with pictures beside it, whose track has this name for people.
+MasterPlaylist withPictures(MasterPlaylist playlist, const AVVideoSettings& settings, std::string_view trackName);
+
 /// The writers of a described output, the playlist for the case that it is segmented; `onNotice` hears of
 /// lost segments then. Throws what the platform throws.
 std::shared_ptr<OutputAssetWriters> makeOutputAssetWriters(const OutputDescription& description,

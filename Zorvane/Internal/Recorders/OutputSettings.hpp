@@ -1,6 +1,8 @@
 // How recorders come by their encoder settings.
 #pragma once
 
+#include <optional>
+
 #include "Zorvane/Internal/Logger.hpp"
 #include "Zorvane/Platform/AVFoundation/AVOutputSettings.hpp"
 
@@ -18,5 +20,16 @@ OutputSettings resolveOutputSettings(AVOutputSettingsPreset preset, const CMForm
 
 /// The settings for sound of this format alone, with one or two channels. Logs and throws as above.
 AVAudioSettings resolveAudioSettings(const CMFormatDescription& sourceAudioFormat, const Logger& logger);
+
+/// What is known of a camera or phone.
+struct CameraFormat {
+    CMFormatDescription video;
+    CMTime minFrameDuration;                   ///< not numeric where it isn't known
+    std::optional<CMFormatDescription> audio;  ///< of the sound that goes with the pictures, as far as it is known
+};
+
+/// The settings for pictures as cameras give them, in their own colours, with sound in one or two channels. Logs and
+/// throws as above.
+OutputSettings resolveCameraSettings(const CameraFormat& source, const Logger& logger);
 
 }  // namespace zorvane

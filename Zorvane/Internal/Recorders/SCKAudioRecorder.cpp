@@ -122,7 +122,7 @@ SCKAudioRecorder::SCKAudioRecorder(SCKAudioRecorderParameters parameters)
     auto path = setUpWriting(parameters, configuration);
     const std::string& source = levelName_.empty() ? levelSource_ : levelName_;
     coordinator_ = std::make_shared<StreamCoordinator>(
-        std::move(path), SourceNotices(source, parameters.context.onNotice, logger_),
+        std::move(path), SourceNotices(source, AVMediaType::audio, parameters.context.onNotice, logger_),
         makeStopErrorHandler(logger_, parameters.context.onAbort), logger_);
     setUpStream(parameters, configuration);
     output_->startWriting();
@@ -140,7 +140,9 @@ std::unique_ptr<AudioSamplePath> SCKAudioRecorder::setUpWriting(const SCKAudioRe
     output_.emplace(std::move(writers), media, "SCKAudioRecorder.StartingQueue", logger_, parameters.context.onAbort);
     const auto audioInput = output_->addAudioInput(settings, "Can't add input to asset writer.");
     const AudioSamplePathTraits traits{.startMessage = AudioSamplePathTraits::StartMessage::debug};
-    return std::make_unique<AudioSamplePath>(output_->makeSink(audioInput), recordingInterval_, logger_, traits);
+    auto path = std::make_unique<AudioSamplePath>(recordingInterval_, logger_, traits);
+    path->connect(output_->makeSink(audioInput));
+    return path;
 }
 
 void SCKAudioRecorder::setUpStream(const SCKAudioRecorderParameters& parameters,

@@ -50,15 +50,8 @@ OutputSettings screenOutputSettings(const ResolvedContentFilter& content, int sc
 }
 
 MasterPlaylist masterPlaylist(const OutputSettings& settings, bool captureAudio) {
-    MasterPlaylist playlist{.videoTrackName = "Screen Recording",
-                            .videoCodecName = "avc1.42e00a",
-                            .videoResolution = CMVideoDimensions{settings.video.width, settings.video.height}};
-    if (captureAudio) {
-        playlist.audioChannelsCount = settings.audio.numberOfChannels.value_or(1);
-        playlist.audioTrackName = "System Audio";
-        playlist.audioCodecName = "mp4a.40.2";
-    }
-    return playlist;
+    MasterPlaylist sound = captureAudio ? soundPlaylist(settings.audio, "System Audio") : MasterPlaylist();
+    return withPictures(std::move(sound), settings.video, "Screen Recording");
 }
 
 SCStreamConfiguration streamConfiguration(const ScreenRecorderParameters& parameters, int scaleFactor) {
@@ -112,9 +105,10 @@ void ScreenRecorder::setUpWriting(const ScreenRecorderParameters& parameters, in
 void ScreenRecorder::setUpStream(const ScreenRecorderParameters& parameters, int scaleFactor) {
     logger_.trace("Configuring SCStream.");
     const SCStreamConfiguration configuration = streamConfiguration(parameters, scaleFactor);
-    coordinator_ = ScreenStreamCoordinator::make(logger_, recordingInterval_, *output_, inputs_.video, inputs_.audio,
-                                                 SourceNotices("System Audio", parameters.onNotice, logger_),
-                                                 makeStopErrorHandler(logger_, parameters.onAbort));
+    coordinator_ =
+        ScreenStreamCoordinator::make(logger_, recordingInterval_, *output_, inputs_.video, inputs_.audio,
+                                      SourceNotices("System Audio", AVMediaType::audio, parameters.onNotice, logger_),
+                                      makeStopErrorHandler(logger_, parameters.onAbort));
     stream_ = Platform::current()->screenCapture->makeStream(parameters.content.filter, configuration, coordinator_);
     addStreamOutputs(configuration);
     logger_.debug("Configured SCStream.", [&] {

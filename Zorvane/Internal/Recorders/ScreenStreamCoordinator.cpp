@@ -5,7 +5,7 @@
 #include <chrono>
 #include <utility>
 
-#include "Zorvane/Platform/CoreMedia/CMClock.hpp"
+#include "Zorvane/Internal/Recorders/HostTimePlacement.hpp"
 
 namespace zorvane {
 namespace {
@@ -15,19 +15,11 @@ using std::chrono::seconds;
 
 constexpr double firstSampleTimeout = 3.0;  // seconds
 constexpr double repeatInterval = 1.0;      // seconds without a picture before the last one is repeated
-constexpr std::size_t heldFrames = 1;       // enough to know that pictures come
-constexpr std::size_t retimerCapacity = 3;
 
 ZVError noVideoError() {
     return ZVError::internalError("No video samples received from screen recording.",
                                   "No video from screen recording. If this problem persists, try rebooting your "
                                   "computer.");
-}
-
-/// The sample's time on the host clock: that of its arrival when the stream has no clock to convert from.
-CMTime hostTimeOf(const CMSampleBuffer& sampleBuffer, const SCStream& stream) {
-    const CMClock* clock = stream.synchronizationClock();
-    return clock ? clock->convertToHostTime(sampleBuffer.presentationTimeStamp()) : hostTimeClockTime();
 }
 
 }  // namespace
@@ -37,52 +29,38 @@ std::shared_ptr<ScreenStreamCoordinator> ScreenStreamCoordinator::make(
     std::shared_ptr<AVAssetWriterInput> videoInput, std::shared_ptr<AVAssetWriterInput> audioInput,
     SourceNotices audioNotices, StopErrorHandler stopErrorHandler) {
     std::shared_ptr<ScreenStreamCoordinator> coordinator(
-        new ScreenStreamCoordinator(logger, interval, output, std::move(videoInput), std::move(audioInput),
-                                    std::move(audioNotices), std::move(stopErrorHandler)));
-    coordinator->connectHandlers();
+        new ScreenStreamCoordinator(logger, interval, std::move(audioNotices), std::move(stopErrorHandler)));
+    coordinator->connect(output, std::move(videoInput), std::move(audioInput));
     return coordinator;
 }
 
 ScreenStreamCoordinator::ScreenStreamCoordinator(const Logger& logger, const StableRecordingInterval& interval,
-                                                 const MediaOutput& output,
-                                                 std::shared_ptr<AVAssetWriterInput> videoInput,
-                                                 std::shared_ptr<AVAssetWriterInput> audioInput,
                                                  SourceNotices audioNotices, StopErrorHandler stopErrorHandler)
     : logger_(logger),
       interval_(interval),
-      outputAssetWriters_(output.writers()),
-      session_(output.session()),
       audioNotices_(std::move(audioNotices)),
       stopErrorHandler_(std::move(stopErrorHandler)),
-      videoInputAdaptor_(std::move(videoInput), logger),
-      videoRetimer_(interval, retimerCapacity, outputAssetWriters_->expectsZeroBasedVideoPTS()),
-      frameRepeater_(repeatInterval),
-      videoPrepareAdaptor_(RingBuffer<CMSampleBuffer>(heldFrames)) {
+      videoPath_(interval, logger),
+      frameRepeater_(repeatInterval) {}
+
+void ScreenStreamCoordinator::connect(const MediaOutput& output, std::shared_ptr<AVAssetWriterInput> videoInput,
+                                      std::shared_ptr<AVAssetWriterInput> audioInput) {
+    videoPath_.connect(output, std::move(videoInput));
     if (audioInput) {
         const AudioSamplePathTraits traits{.flushInterval = seconds(1), .flushTolerance = milliseconds(100)};
-        audioPath_ =
-            std::make_unique<AudioSamplePath>(output.makeSink(std::move(audioInput)), interval, logger, traits);
+        audioPath_ = std::make_unique<AudioSamplePath>(interval_, logger_, traits);
+        audioPath_->connect(output.makeSink(std::move(audioInput)));
     }
-}
-
-void ScreenStreamCoordinator::connectHandlers() {
-    const std::weak_ptr<ScreenStreamCoordinator> weakSelf = weak_from_this();
-    frameRepeater_.setHandler(
-        [weakSelf](const CMSampleBuffer& sampleBuffer, CMTime time, std::optional<CMTime> repeatAddedTime) {
-            if (const auto self = weakSelf.lock()) {
-                self->frameRepeaterHandler(sampleBuffer, time, repeatAddedTime);
-            }
-        });
-    videoRetimer_.setHandler([weakSelf](RecordingIntervalBoundedRetimerItemPosition position,
-                                        const CMSampleBuffer& originalBuffer, CMTime newTime) {
+    frameRepeater_.setHandler([weakSelf = weak_from_this()](const CMSampleBuffer& sampleBuffer, CMTime time,
+                                                            std::optional<CMTime> repeatAddedTime) {
         if (const auto self = weakSelf.lock()) {
-            self->retimedVideoFrameHandler(position, originalBuffer, newTime);
+            self->frameRepeaterHandler(sampleBuffer, time, repeatAddedTime);
         }
     });
 }
 
 Task<> ScreenStreamCoordinator::waitForSampleBuffers() {
-    co_await videoPrepareAdaptor_.waitForItem(firstSampleTimeout, std::make_exception_ptr(noVideoError()));
+    co_await videoPath_.waitForSample(firstSampleTimeout, noVideoError());
     if (audioPath_) {
         co_await audioPath_->waitForSample(firstSampleTimeout, noSystemAudioError());
     }
@@ -94,7 +72,7 @@ void ScreenStreamCoordinator::stream(SCStream& stream, const CMSampleBuffer& sam
     }
     switch (type) {
         case SCStreamOutputType::screen:
-            handleVideo(sampleBuffer, hostTimeOf(sampleBuffer, stream));
+            handleVideo(sampleBuffer, hostTimeOf(sampleBuffer, stream.synchronizationClock()));
             return;
         case SCStreamOutputType::audio:
             if (audioPath_) {
@@ -109,7 +87,7 @@ void ScreenStreamCoordinator::handleVideo(const CMSampleBuffer& sampleBuffer, CM
     if (sampleBuffer.attachments().frameStatus != static_cast<std::int32_t>(SCFrameStatus::complete)) {
         return;
     }
-    videoPrepareAdaptor_.append(sampleBuffer);
+    videoPath_.hold(sampleBuffer, hostTime);
     try {
         frameRepeater_.append(sampleBuffer, hostTime);
     } catch (const FrameRepeaterError&) {
@@ -139,7 +117,7 @@ void ScreenStreamCoordinator::frameRepeaterHandler(const CMSampleBuffer& sampleB
         }
     }
     try {
-        videoRetimer_.append(sampleBuffer, time);
+        videoPath_.append(sampleBuffer, time);
     } catch (...) {
         const std::exception_ptr error = std::current_exception();
         logger_.error("Failed to append video frame, aborting.", [&] {
@@ -150,46 +128,6 @@ void ScreenStreamCoordinator::frameRepeaterHandler(const CMSampleBuffer& sampleB
         });
         stopErrorHandler_(error);
     }
-}
-
-void ScreenStreamCoordinator::retimedVideoFrameHandler(RecordingIntervalBoundedRetimerItemPosition position,
-                                                       const CMSampleBuffer& originalBuffer, CMTime newTime) {
-    if (originalBuffer.numSamples() >= 2) {
-        logger_.warning("Multiple samples in CMSampleBuffer, but retiming assumes one sample.", [&] {
-            return LogMetadata{{"numSamples", fmt::format("{}", originalBuffer.numSamples())}};
-        });
-    }
-    const CMSampleBuffer retimed = originalBuffer.copyWithNewTiming({.duration = originalBuffer.timing().duration,
-                                                                     .presentationTimeStamp = newTime,
-                                                                     .decodeTimeStamp = kCMTimeInvalid});
-    if (position == RecordingIntervalBoundedRetimerItemPosition::first) {
-        openSession(newTime);
-    } else {
-        logger_.trace("Appending video sample buffer.", [&] { return LogMetadata{{"pts", newTime.logDescription()}}; });
-    }
-    const bool appended = videoInputAdaptor_.append(retimed);
-    if (!closesOutput(newTime)) {
-        (appended ? framesWritten_ : framesDropped_).fetch_add(1, std::memory_order_relaxed);
-    }
-}
-
-// The frame at the recording's end only tells the writer how long the one before it lasts: it is not shown itself.
-bool ScreenStreamCoordinator::closesOutput(CMTime outputTime) const {
-    StableRecordingInterval interval = interval_;
-    interval.refresh();
-    const auto rounded = [&](double seconds) { return CMTime::fromSeconds(seconds, outputTime.timescale); };
-    const CMTime base = outputAssetWriters_->expectsZeroBasedVideoPTS() ? rounded(interval.recordFrom()) : kCMTimeZero;
-    return outputTime >= rounded(interval.recordUntil()) - base;
-}
-
-void ScreenStreamCoordinator::openSession(CMTime sessionStart) {
-    const auto metadata = [&] { return LogMetadata{{"sessionStart", sessionStart.logDescription()}}; };
-    logger_.trace("Got first sample after recording interval start, starting recording", metadata);
-    StableRecordingInterval interval = interval_;
-    interval.refresh();
-    session_->startIfNeeded(CMTime::fromSeconds(interval.recordFrom(), sessionStart.timescale));
-    videoPrepareAdaptor_.clear();
-    logger_.debug("Got first sample after recording interval start, started recording.", metadata);
 }
 
 void ScreenStreamCoordinator::streamDidStopWithError(SCStream&, std::exception_ptr error) {
@@ -210,11 +148,11 @@ void ScreenStreamCoordinator::cancelRepeats() {
 
 void ScreenStreamCoordinator::letGoOfPictures() {
     frameRepeater_.cancel();
-    videoPrepareAdaptor_.clear();
+    videoPath_.letGoOfPictures();
 }
 
 void ScreenStreamCoordinator::finishVideo() {
-    videoRetimer_.finish();
+    videoPath_.finish();
 }
 
 Task<> ScreenStreamCoordinator::waitForAudioEnd() {
@@ -231,8 +169,7 @@ Task<> ScreenStreamCoordinator::flushAudio() {
 
 RecorderStatistics ScreenStreamCoordinator::statistics() const {
     RecorderStatistics statistics;
-    statistics.framesWritten = framesWritten_.load(std::memory_order_relaxed);
-    statistics.framesDropped = framesDropped_.load(std::memory_order_relaxed);
+    videoPath_.addTo(statistics);
     statistics.framesRepeated = framesRepeated_.load(std::memory_order_relaxed);
     if (audioPath_) {
         const SoundMeter::Level level = audioPath_->level();

@@ -5,23 +5,21 @@
 #include <memory>
 #include <optional>
 
-#include "Zorvane/Internal/AVAssetWriterInputDropAdaptor.hpp"
 #include "Zorvane/Internal/FrameRepeater.hpp"
-#include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
 #include "Zorvane/Internal/Recorder.hpp"
 #include "Zorvane/Internal/Recorders/AudioSamplePath.hpp"
 #include "Zorvane/Internal/Recorders/MediaOutput.hpp"
 #include "Zorvane/Internal/Recorders/StreamCapture.hpp"
+#include "Zorvane/Internal/Recorders/VideoSamplePath.hpp"
 #include "Zorvane/Internal/RecordingInterval.hpp"
-#include "Zorvane/Internal/RecordingIntervalBoundedRetimer.hpp"
 #include "Zorvane/Internal/SourceNotices.hpp"
 #include "Zorvane/Platform/ScreenCaptureKit/SCStream.hpp"
 
 namespace zorvane {
 
 /// The delegate and the sample receiver of a screen recorder's stream. The way of a picture: held for `prepare`, the
-/// frame repeater (which repeats it when the screen stands still), the retimer (which clips to the recording), the
-/// writer input (which drops it when it isn't ready). The way of sound: `AudioSamplePath`.
+/// frame repeater (which repeats it when the screen stands still), then on along the `VideoSamplePath`. The way of
+/// sound: `AudioSamplePath`.
 ///
 /// Pictures and sound arrive on two queues at once; repeats come on the pool. Shared by its owner and the stream's
 /// callbacks, which hold it weakly.
@@ -64,36 +62,23 @@ class ScreenStreamCoordinator final : public SCStreamOutput,
     RecorderStatistics statistics() const;
 
   private:
-    ScreenStreamCoordinator(const Logger& logger, const StableRecordingInterval& interval, const MediaOutput& output,
-                            std::shared_ptr<AVAssetWriterInput> videoInput,
-                            std::shared_ptr<AVAssetWriterInput> audioInput, SourceNotices audioNotices,
+    ScreenStreamCoordinator(const Logger& logger, const StableRecordingInterval& interval, SourceNotices audioNotices,
                             StopErrorHandler stopErrorHandler);
-    void connectHandlers();
+    void connect(const MediaOutput& output, std::shared_ptr<AVAssetWriterInput> videoInput,
+                 std::shared_ptr<AVAssetWriterInput> audioInput);
     void handleVideo(const CMSampleBuffer& sampleBuffer, CMTime hostTime);
     void ignoreUnknownType(SCStreamOutputType type);
     void frameRepeaterHandler(const CMSampleBuffer& sampleBuffer, CMTime time, std::optional<CMTime> repeatAddedTime);
-    void retimedVideoFrameHandler(RecordingIntervalBoundedRetimerItemPosition position,
-                                  const CMSampleBuffer& originalBuffer, CMTime newTime);
-    bool closesOutput(CMTime outputTime) const;
-    void openSession(CMTime sessionStart);
 
     const Logger logger_;
     const StableRecordingInterval interval_;  // copied and refreshed where it is read
-    const std::shared_ptr<OutputAssetWriters> outputAssetWriters_;
-    const std::shared_ptr<WriterSession> session_;
     const SourceNotices audioNotices_;
     const StopErrorHandler stopErrorHandler_;
-    AVAssetWriterInputDropAdaptor videoInputAdaptor_;
+    VideoSamplePath videoPath_;
     std::unique_ptr<AudioSamplePath> audioPath_;  // null when no sound is captured
-    RecordingIntervalBoundedRetimer<CMSampleBuffer> videoRetimer_;
     FrameRepeater<CMSampleBuffer> frameRepeater_;
-    PrepareRingBufferAdaptor<CMSampleBuffer> videoPrepareAdaptor_;
     std::atomic<bool> didLogUnknownOutputWarning_{false};
-
-    // Counted where they happen, read by anyone.
-    std::atomic<std::uint64_t> framesWritten_{0};
-    std::atomic<std::uint64_t> framesDropped_{0};
-    std::atomic<std::uint64_t> framesRepeated_{0};
+    std::atomic<std::uint64_t> framesRepeated_{0};  // counted where it happens, read by anyone
 };
 
 }  // namespace zorvane

@@ -63,9 +63,9 @@ class AVCaptureDataOutput {
 /// Sound: blocks of interleaved PCM in the device's own rate and channel count, on the host clock. Each block begins
 /// where the last one ended, unless sound got lost: then its time says how much.
 ///
-/// Pictures: '420v' of the device's size, each with the time at which it was taken, on the same clock as the sound. The
-/// size may change in the middle; a picture's own layout and format description tell it. Only few are out at a time:
-/// while the receiver holds them all, new ones are dropped.
+/// Pictures: '420v' of the device's size, each with the time at which it was taken, on the same clock as the sound and
+/// later than the one before. The size may change in the middle; a picture's own layout and format description tell it.
+/// Only few are out at a time, but at least four: while the receiver holds them all, new ones are dropped.
 ///
 /// A session takes one device for each media type; a muxed one gives both. A device that goes away in the middle of the
 /// capture leaves it running without its samples, and is taken up again when it comes back; no other device ever takes

@@ -9,9 +9,11 @@
 #include "Zorvane/Internal/FrameRepeater.hpp"
 #include "Zorvane/Internal/PrepareRingBufferAdaptor.hpp"
 #include "Zorvane/Internal/Recorders/AudioSamplePath.hpp"
+#include "Zorvane/Internal/Recorders/VideoSamplePath.hpp"
 #include "Zorvane/Internal/RecordingIntervalBoundedRetimer.hpp"
 #include "Zorvane/Platform/CoreMedia/CMClock.hpp"
 #include "tests/Support/AllocationCounter.hpp"
+#include "tests/Support/FakeAssetWriter.hpp"
 #include "tests/Support/LogCapture.hpp"
 #include "tests/Support/ManualTime.hpp"
 #include "tests/Support/Timeline.hpp"
@@ -121,7 +123,8 @@ TEST_F(SampleAllocationTest, WatchingSoundForGaps) {
 
 TEST_F(SampleAllocationTest, BringingSoundFromItsSourceToTheHost) {
     auto sink = std::make_unique<HostAudioSampleSink>([this](const CMSampleBuffer&) { return ++handled > 0; }, logger);
-    AudioSamplePath path(std::move(sink), StableRecordingInterval(recording(1)), logger, {});
+    AudioSamplePath path(StableRecordingInterval(recording(1)), logger, {});
+    path.connect(std::move(sink));
     const HostTimeSynchronizationClock clockOfSource;
     const CMSampleBuffer sample = testing::sound(at(1, 48000), 480);
     EXPECT_EQ(allocations([&](int index) {
@@ -131,6 +134,39 @@ TEST_F(SampleAllocationTest, BringingSoundFromItsSourceToTheHost) {
               }),
               0u);
     EXPECT_EQ(handled, 1010u);
+}
+
+class CountingSink final : public AVAssetWriterInputSink {
+  public:
+    bool isReadyForMoreMediaData() const override { return true; }
+    bool append(const CMSampleBuffer&) override { return ++count > 0; }
+    void markAsFinished() override {}
+
+    std::size_t count = 0;
+};
+
+/// Writers without inputs.
+class IdleWriters final : public OutputAssetWriters {
+  public:
+    AVAssetWriter& audioAssetWriter() const override { return *writer_; }
+    AVAssetWriter& videoAssetWriter() const override { return *writer_; }
+    bool expectsZeroBasedVideoPTS() const override { return true; }
+    void startWriting() override {}
+    Task<std::vector<std::filesystem::path>> finishWriting() override { co_return {}; }
+
+  private:
+    const std::shared_ptr<AVAssetWriter> writer_ = std::make_shared<testing::FakeAssetWriter>();
+};
+
+TEST_F(SampleAllocationTest, BringingPicturesFromTheirSourceToTheWriter) {
+    const auto sink = std::make_shared<CountingSink>();
+    const auto input = std::make_shared<AVAssetWriterInput>(AVVideoSettings());
+    input->attach(sink);
+    const MediaOutput output(std::make_shared<IdleWriters>(), {}, "Starting", logger, nullptr);
+    VideoSamplePath path(StableRecordingInterval(recording(1)), logger);
+    path.connect(output, input);
+    EXPECT_EQ(allocations([&](int index) { path.process(frame, frameTime(index)); }), 0u);
+    EXPECT_EQ(sink->count, 1010u);
 }
 
 }  // namespace

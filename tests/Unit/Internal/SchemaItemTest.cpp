@@ -5,7 +5,7 @@
 #include <tuple>
 
 #include "Zorvane/Internal/OutputDescription.hpp"
-#include "Zorvane/Internal/SchemaItemExpansion.hpp"
+#include "Zorvane/Internal/RecorderContext.hpp"
 #include "Zorvane/ZVRecorder.hpp"
 #include "tests/Support/LogCapture.hpp"
 #include "tests/Support/TemporaryDirectory.hpp"
@@ -176,24 +176,6 @@ TEST(RecorderContext, GivesEachNameInTheBundleToOneSource) {
     EXPECT_THROW(sameRecording.claimOutput(ZVSingleFileOutput{"talk.input-events.json"}, ""), ZVError);
     EXPECT_THROW(sameRecording.claimOutput(ZVSegmentedOutput{.filenamePrefix = "missing/talk"}, ""), ZVError);
     sameRecording.claimOutput(ZVSingleFileOutput{"other.mov"}, "");
-}
-
-TEST(SchemaItemExpansion, SaysWhichSourcesThisVersionCanNotRecord) {
-    const LogCapture log;
-    const RecorderContext context{"/bundle", StableRecordingInterval(std::make_shared<VolatileRecordingInterval>()),
-                                  log.logger<ZVRecorder>(), [](const AbortSignal&) {}, nullptr};
-    const std::vector<std::pair<Item, std::string>> rows{
-        {Item::webcam("mic", "cam"), "webcams"},
-        {Item::appleDeviceStaticOrientation("phone"), "connected phones and tablets"},
-    };
-    for (const auto& [item, source] : rows) {
-        try {
-            createRecorders(item.internalItem(), context).get();
-            ADD_FAILURE() << source << " was silently accepted";
-        } catch (const ZVError& error) {
-            EXPECT_EQ(error.errorGroup(), "invalidConfiguration: This version can't record " + source + " yet.");
-        }
-    }
 }
 
 }  // namespace
