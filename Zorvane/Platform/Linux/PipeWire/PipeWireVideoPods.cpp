@@ -27,7 +27,7 @@ constexpr std::pair<spa_video_format, AVVideoSourceFormat> rawFormats[] = {
     {SPA_VIDEO_FORMAT_BGRx, bgrx}, {SPA_VIDEO_FORMAT_BGRA, bgrx},   {SPA_VIDEO_FORMAT_xRGB, xrgb},
     {SPA_VIDEO_FORMAT_ARGB, xrgb}, {SPA_VIDEO_FORMAT_xBGR, xbgr},   {SPA_VIDEO_FORMAT_ABGR, xbgr}};
 
-constexpr std::size_t mostOffers = 4096;  // no device has so many; what would be more is nonsense
+constexpr std::size_t mostOffers = 1024;
 
 std::optional<AVVideoSourceFormat> rawFormat(std::uint32_t id) {
     const auto* known = std::ranges::find(rawFormats, id, [](const auto& entry) { return entry.first; });
@@ -121,6 +121,26 @@ std::vector<std::pair<PipeWireFrameRate, PipeWireFrameRate>> ratesOf(const spa_p
     return pairs;
 }
 
+/// No device has so many that some would be left out; one who says so talks nonsense.
+void addIfNew(const PipeWireVideoOffer& offer, std::vector<PipeWireVideoOffer>& offers) {
+    if (offers.size() < mostOffers && std::ranges::find(offers, offer) == offers.end()) {
+        offers.push_back(offer);
+    }
+}
+
+std::vector<PipeWireVideoOffer> sizesAndRatesOf(const spa_pod* parameter) {
+    std::vector<PipeWireVideoOffer> offers;
+    const auto rates = ratesOf(parameter);
+    for (PipeWireVideoOffer offer : sizesOf(parameter)) {
+        for (const auto& [slowest, fastest] : rates) {
+            offer.slowest = slowest;
+            offer.fastest = fastest;
+            addIfNew(offer, offers);
+        }
+    }
+    return offers;
+}
+
 std::uint32_t idOf(const spa_pod* parameter, std::uint32_t key) {
     const auto ids = choiceOf<std::uint32_t>(parameter, key, SPA_TYPE_Id);
     return ids.values.empty() ? SPA_ID_INVALID : ids.values.front();
@@ -150,20 +170,12 @@ std::vector<std::optional<AVVideoSourceFormat>> encodingsOf(const spa_pod* param
 
 std::vector<PipeWireVideoOffer> parseVideoOffers(const spa_pod* parameter) {
     std::vector<PipeWireVideoOffer> offers;
-    if (!isVideo(parameter)) {
-        return offers;
-    }
-    const auto sizes = sizesOf(parameter);
-    const auto rates = ratesOf(parameter);
-    for (const auto& encoding : encodingsOf(parameter)) {
-        for (PipeWireVideoOffer offer : sizes) {
-            offer.encoding = encoding;
-            for (const auto& [slowest, fastest] : rates) {
-                offer.slowest = slowest;
-                offer.fastest = fastest;
-                if (offers.size() < mostOffers && std::ranges::find(offers, offer) == offers.end()) {
-                    offers.push_back(offer);
-                }
+    if (isVideo(parameter)) {
+        const auto sizesAndRates = sizesAndRatesOf(parameter);
+        for (const auto& encoding : encodingsOf(parameter)) {
+            for (PipeWireVideoOffer offer : sizesAndRates) {
+                offer.encoding = encoding;
+                addIfNew(offer, offers);
             }
         }
     }
