@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <new>
 
 #include "Zorvane/Platform/AVFoundation/AVError.hpp"
@@ -175,6 +176,9 @@ void JPEGVideoConverter::requireEnd(std::span<const std::byte> file) {
 void JPEGVideoConverter::load(std::span<const std::byte> file) {
     if (file.empty()) {
         throw unusable("it is empty");
+    }
+    if (file.size() > std::numeric_limits<int>::max() - AV_INPUT_BUFFER_PADDING_SIZE) {
+        throw unusable("it is too large");
     }
     const auto size = static_cast<std::size_t>(packet_->buf ? packet_->buf->size : 0);
     if (size < file.size() + AV_INPUT_BUFFER_PADDING_SIZE) {

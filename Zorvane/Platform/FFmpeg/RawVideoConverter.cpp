@@ -7,6 +7,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <limits>
+#include <span>
 
 #include "Zorvane/Platform/AVFoundation/AVError.hpp"
 #include "Zorvane/Platform/FFmpeg/BiPlanarPicture.hpp"
@@ -125,6 +128,12 @@ void convertGray(const AVVideoSourcePicture& from, const BiPlanarPicture& to) {
     libyuv::SetPlane(to.chroma, to.bytesPerRow, 2 * to.chromaWidth, to.chromaHeight, 128);
 }
 
+/// Rows longer than the library can count are nobody's, and what follows from them would overflow.
+bool holds(std::span<const std::byte> plane, std::size_t bytesPerRow, const PlaneShape& shape) {
+    return bytesPerRow >= shape.bytesPerRow && bytesPerRow <= std::numeric_limits<int>::max() &&
+           plane.size() >= bytesPerRow * (shape.rows - 1) + shape.bytesPerRow;
+}
+
 NSError cutOff() {
     return {AVFoundationErrorDomain,
             AVErrorUnknown,
@@ -168,10 +177,7 @@ void RawVideoConverter::convert(const AVVideoSourcePicture& from, CVPixelBuffer&
 void RawVideoConverter::requireWhole(const AVVideoSourcePicture& picture) const {
     const std::array<PlaneShape, 3> shapes = planeShapes(format_, size_);
     for (std::size_t index = 0; index < shapes.size() && shapes[index].rows > 0; ++index) {
-        const PlaneShape& shape = shapes[index];
-        const std::size_t bytesPerRow = picture.bytesPerRow[index];
-        if (bytesPerRow < shape.bytesPerRow ||
-            picture.planes[index].size() < bytesPerRow * (shape.rows - 1) + shape.bytesPerRow) {
+        if (!holds(picture.planes[index], picture.bytesPerRow[index], shapes[index])) {
             throw cutOff();
         }
     }
