@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdint>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -115,6 +117,27 @@ TEST(SegmentWriterTest, SegmentsOfVideoJoinToAWholeTrack) {
     }
     EXPECT_EQ(movieBoxes(bench.collector->pieces[0]), "ftyp moov");
     EXPECT_EQ(movieBoxes(bench.collector->pieces[1]), "moof mdat");
+}
+
+TEST(SegmentWriterTest, SegmentsOfACameraSayItsColours) {
+    for (const CMVideoCodecType codec : {CMVideoCodecType::h264, CMVideoCodecType::hevc}) {
+        AVVideoSettings settings = smallVideo();
+        settings.codec = codec;
+        settings.colorProperties.reset();
+        SegmentBench bench(settings);
+        bench.append(sampleAt(0.0, makeVideoPicture(videoLayout(64, 48), [](int, int) {
+                                  return std::array<std::uint8_t, 3>{60, 100, 220};
+                              })));
+        bench.endAt(CMTime::make(7, 1));
+
+        ASSERT_EQ(bench.collector->reports.size(), 2U);
+        for (const std::size_t number : {0U, 1U}) {
+            const Movie segment = readMovie(bench.collector->segment(number), MovieDetail::pictures);
+            EXPECT_EQ(segment.range + " " + segment.primaries + " " + segment.transfer + " " + segment.matrix,
+                      "tv bt709 bt709 smpte170m");
+            EXPECT_NEAR(segment.pictures.at(0).crAt(32, 24), 220, 2);
+        }
+    }
 }
 
 TEST(SegmentWriterTest, APictureOnShowAcrossACutIsRepeatedThere) {
