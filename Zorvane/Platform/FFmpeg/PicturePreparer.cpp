@@ -146,6 +146,7 @@ void PicturePreparer::setUpFor(const CVPixelLayout& layout) {
     if (layout_ == layout) {
         return;
     }
+    layout_.reset();  // until all is set up for the new one
     setUpConverter(layout);
     const PicturePlace place = placeOfPicture({layout.width, layout.height}, {visible_.width, visible_.height});
     place_ = cropped(visible_, place);

@@ -13,7 +13,8 @@ namespace zorvane {
 
 /// Converts colours and scales, into one destination that keeps its content from picture to picture. A picture of
 /// another shape than the video's keeps its own, with black around it. A picture that is there already costs nothing.
-/// Used by one thread at a time; allocates only when pictures change their size or format.
+/// Used by one thread at a time; allocates only when pictures change their size or format, but for the rows that the
+/// library takes while it scales.
 class PicturePreparer {
   public:
     /// `destination` has the size that the encoder codes, `width` and `height` are those of the picture to be seen.
