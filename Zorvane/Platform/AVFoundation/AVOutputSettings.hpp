@@ -25,7 +25,7 @@ struct AVVideoColorProperties {
 /// How hard the encoder works for its size.
 enum class AVVideoEncodingEffort : std::uint8_t {
     realTime,  ///< the least, for screens, of which little changes from picture to picture
-    balanced,  ///< half as much again for a third of the size, for cameras, whose noise changes everywhere
+    balanced,  ///< half as much again for 3 dB, for cameras, whose noise changes everywhere
 };
 
 struct AVVideoCompressionProperties {

@@ -29,7 +29,7 @@ enum class AVVideoSourceFormat : std::uint8_t {
     bgrx,
     xrgb,
     xbgr,
-    jpeg,  ///< each picture a JPEG file, of any subsampling
+    jpeg,  ///< each picture a JPEG file; grey, or with chroma as 4:2:0, 4:2:2 or 4:4:4
 };
 
 /// One picture in a device's memory. Raw ones have as many planes as their format, each with its rows; a JPEG is the
@@ -39,7 +39,8 @@ struct AVVideoSourcePicture {
     std::array<std::size_t, 3> bytesPerRow{};
 };
 
-/// Converts the pictures of one stream. Used by one thread at a time. Nothing allocates after the first picture.
+/// Converts the pictures of one stream. Used by one thread at a time. Nothing but a decoder allocates once a picture of
+/// usual size has come.
 class AVVideoConverter {
   public:
     virtual ~AVVideoConverter() = default;
