@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 
+#include "tests/Support/HeardSound.hpp"
 #include "tests/Support/SampleCollector.hpp"
 
 namespace zorvane::test {
@@ -204,6 +205,27 @@ TEST_P(ScreenCaptureConformance, TwoStreamsShowTheSameChange) {
     const RunningStream other = start(*backend_);
     fillDisplay(*backend_, red);
     EXPECT_TRUE(backend_->waitUntil([&] { return one.hasShown(red) && other.hasShown(red); }));
+}
+
+TEST_P(ScreenCaptureConformance, SoundJoinsExactlyBesideThePicturesAndEndsWithTheStop) {
+    SCStreamConfiguration configuration = wholeDisplay(backend_->display());
+    configuration.capturesAudio = true;
+    const RunningStream running = make(*backend_, configuration);
+    running.stream->addStreamOutput(running.collector, SCStreamOutputType::audio,
+                                    DispatchQueue::serial("ScreenCaptureConformance.Audio"));
+    const double before = seconds(backend_->clock());
+    CompletionResult started;
+    running.stream->startCapture(started.handler());
+    ASSERT_EQ(started.wait(), nullptr);
+    const auto heard = [&running] { return HeardSound(running.collector->samples()); };
+    EXPECT_TRUE(backend_->waitUntil([&] { return heard().end() - heard().begin() > 0.5 && running.pictures() > 0; }));
+    EXPECT_EQ(running.stop(), nullptr);
+    EXPECT_TRUE(heard().isContiguous());
+    EXPECT_GT(heard().begin(), before - 0.1) << "blocks may have begun before the start";
+    EXPECT_LT(heard().end(), seconds(backend_->clock()) + 0.1);
+    const std::size_t atStop = running.collector->samples().size();
+    backend_->pass(0.2);
+    EXPECT_EQ(running.collector->samples().size(), atStop);
 }
 
 TEST_P(ScreenCaptureConformance, ARunningStreamMayBeDestroyedAtAnyTime) {
