@@ -10,6 +10,7 @@
 #include "Zorvane/Platform/Linux/LinuxPlatform.hpp"
 #include "benchmarks/clients/SoundClock.hpp"
 #include "tests/Conformance/RecordingConformance.hpp"
+#include "tests/Support/PipeWireTestCamera.hpp"
 #include "tests/Support/PipeWireTestMicrophone.hpp"
 #include "tests/Support/PrivateWindowManager.hpp"
 #include "tests/Support/PrivateXServer.hpp"
@@ -24,6 +25,7 @@ namespace {
 using std::chrono::nanoseconds;
 
 constexpr const char* microphoneName = "conformance-microphone";
+constexpr const char* cameraName = "conformance-camera";
 constexpr std::uint32_t white = 0xFFFFFF;
 constexpr std::uint8_t keyA = 38;
 constexpr TestRect wholeWindow{0, 0, 120, 80};
@@ -32,14 +34,15 @@ nanoseconds now() {
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-/// A tone that begins when somebody claps.
-class ClapTone {
+/// What begins when somebody claps, and goes on: a light, and a tone.
+class Clapper {
   public:
-    void beginAt(nanoseconds time) { begin_ = time.count(); }
-    float at(nanoseconds time) const {
+    void clapAt(nanoseconds time) { begin_ = time.count(); }
+    bool hasClapped(nanoseconds time) const { return time.count() >= begin_; }
+    float toneAt(nanoseconds time) const {
         constexpr double frequency = 500;
         const double turns = static_cast<double>(time.count() % 1'000'000'000) / 1e9 * frequency;
-        return time.count() < begin_ ? 0.0F : 0.5F * static_cast<float>(std::sin(2 * std::numbers::pi * turns));
+        return hasClapped(time) ? 0.5F * static_cast<float>(std::sin(2 * std::numbers::pi * turns)) : 0.0F;
     }
 
   private:
@@ -60,12 +63,13 @@ class LinuxRecordingBackend final : public RecordingBackend {
         return {.displayID = ZVDisplay::displays().at(0)->id(),
                 .windowID = window_,
                 .microphoneID = microphoneName,
+                .cameraID = cameraName,
                 .applicationID = getpid()};
     }
 
     Clap clap() override {
         const nanoseconds time = now() + std::chrono::milliseconds(100);
-        tone_.beginAt(time);
+        clapper_.clapAt(time);
         std::this_thread::sleep_until(std::chrono::steady_clock::time_point(time));
         client_.fill({0, 0, 640, 480}, white);
         program_.fill(window_, wholeWindow, white);
@@ -90,7 +94,7 @@ class LinuxRecordingBackend final : public RecordingBackend {
         });
     }
 
-    ClapTone tone_;
+    Clapper clapper_;
     const PrivateXServer server_;
     const PrivateWindowManager windowManager_;
     X11TestClient client_;
@@ -99,9 +103,13 @@ class LinuxRecordingBackend final : public RecordingBackend {
     const std::uint32_t window_ = program_.makeManagedWindow(wholeWindow, 0);
     const std::uint32_t other_ = program_.makeManagedWindow(wholeWindow, 0);
     const PipeWireTestMicrophone microphone_{
-        {.name = microphoneName, .wave = [this](nanoseconds time) { return tone_.at(time); }}};
+        {.name = microphoneName, .wave = [this](nanoseconds time) { return clapper_.toneAt(time); }}};
+    const PipeWireTestCamera camera_{
+        {.name = cameraName,
+         .formats = {{.encoding = AVVideoSourceFormat::yuyv, .size = {320, 240}, .rate = {30, 1}}},
+         .isFlash = [this](nanoseconds time) { return clapper_.hasClapped(time); }}};
     benchmarks::SoundPlayer player_{
-        [this](nanoseconds time) { return tone_.at(time); },
+        [this](nanoseconds time) { return clapper_.toneAt(time); },
         {.properties = {{"client.api", "pipewire-pulse"}, {"application.process.id", std::to_string(getpid())}}}};
 };
 
@@ -111,9 +119,9 @@ std::unique_ptr<RecordingBackend> makeBackend() {
 
 using enum Recorded;
 INSTANTIATE_TEST_SUITE_P(Linux, RecordingConformance,
-                         ::testing::ValuesIn(recordingCases(&makeBackend,
-                                                            {display, inputEvents, topWindows, windowCrop, microphone,
-                                                             microphoneStream, systemAudio, applicationAudio})),
+                         ::testing::ValuesIn(recordingCases(&makeBackend, {display, inputEvents, topWindows, windowCrop,
+                                                                           webcam, microphone, microphoneStream,
+                                                                           systemAudio, applicationAudio})),
                          nameOfRecordingCase);
 
 }  // namespace

@@ -194,13 +194,17 @@ struct PipeWireTestCamera::State {
         }
     }
 
+    bool isFlash(nanoseconds time) {
+        const auto second = std::chrono::floor<std::chrono::seconds>(time);
+        const bool isFirstOfSecond = std::exchange(lastSecond, second) != second;
+        return settings.isFlash ? settings.isFlash(time) : isFirstOfSecond;
+    }
+
     void take(spa_buffer& buffer) {
         const nanoseconds time = hostTime() - settings.latency;
-        const auto second = std::chrono::floor<std::chrono::seconds>(time);
-        const bool isFlash = std::exchange(lastSecond, second) != second;
         spa_data& piece = buffer.datas[0];
         auto* bytes = static_cast<std::byte*>(piece.data);
-        const std::size_t size = picture->draw({bytes, piece.maxsize}, number, isFlash);
+        const std::size_t size = picture->draw({bytes, piece.maxsize}, number, isFlash(time));
         *piece.chunk = {.offset = 0,
                         .size = static_cast<std::uint32_t>(size),
                         .stride = static_cast<std::int32_t>(picture->bytesPerRow()),

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,8 +14,8 @@
 namespace zorvane {
 
 /// A node of the class `Video/Source` on the PipeWire of the environment, which numbers its pictures (`TestPicture`).
-/// The first picture that is taken in each second of the host clock is a flash. Any thread. Throws
-/// `std::runtime_error`.
+/// The first picture that is taken in each second of the host clock is a flash, unless told otherwise. Any thread.
+/// Throws `std::runtime_error`.
 class PipeWireTestCamera {
   public:
     enum class Stamp : std::uint8_t {
@@ -35,6 +36,8 @@ class PipeWireTestCamera {
         std::chrono::nanoseconds latency{0};  ///< from when a picture is taken to when it is given away
         Stamp stamp = Stamp::hostClock;
         Memory memory = Memory::server;
+        /// Whether a picture that is taken at a moment is a flash. Called on PipeWire's thread.
+        std::function<bool(std::chrono::nanoseconds time)> isFlash = nullptr;
     };
 
     /// What is wrong with a picture.

@@ -76,9 +76,9 @@ std::unique_ptr<RecordingBackend> makeBackend() {
 
 using enum Recorded;
 INSTANTIATE_TEST_SUITE_P(VirtualInSimulatedTime, RecordingConformance,
-                         ::testing::ValuesIn(recordingCases(&makeBackend,
-                                                            {display, inputEvents, topWindows, windowCrop, microphone,
-                                                             microphoneStream, systemAudio, applicationAudio})),
+                         ::testing::ValuesIn(recordingCases(&makeBackend, {display, inputEvents, topWindows, windowCrop,
+                                                                           webcam, microphone, microphoneStream,
+                                                                           systemAudio, applicationAudio, phone})),
                          nameOfRecordingCase);
 
 }  // namespace
