@@ -1,4 +1,4 @@
-// Records the main display for a few seconds and says where the bundle is.
+// A host that blocks: records the main display for a few seconds and says where the bundle is.
 //
 //     record_display [--virtual] [SECONDS]
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Lists the windows that can be recorded and says what becomes of them.
 //
-//     watch_windows [SECONDS]
+//     watch_windows [--virtual] [SECONDS]
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
@@ -8,6 +8,7 @@
 #include <memory>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -55,7 +56,14 @@ ZVTask<> follow(std::shared_ptr<WindowNews> news) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const double seconds = argc > 1 ? std::atof(argv[1]) : 10;
+    double seconds = 10;
+    for (int index = 1; index < argc; ++index) {
+        if (argv[index] == std::string_view("--virtual")) {
+            ZVPlatform::use(ZVPlatformKind::virtualDesktop);
+        } else {
+            seconds = std::atof(argv[index]);
+        }
+    }
     std::stop_source stop;
     follow(std::make_shared<WindowNews>()).start([](const ZVOutcome<>&) {}, stop.get_token());
     std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
