@@ -2,7 +2,7 @@
 """Measures, on recordings of a private desktop, what the README claims; prints a table. Exits 1 if a target is missed.
 
     cmake --preset release && cmake --build --preset release
-    benchmarks/figures.py all            # about twenty minutes
+    benchmarks/figures.py all            # about forty minutes
     benchmarks/figures.py still scroll   # some of them
 
 A busy machine spoils most figures: with --when-quiet each measurement waits until the processors are idle.
@@ -13,8 +13,8 @@ import os
 import subprocess
 import sys
 
-from measurements import (allocations, cost, crash, filters, finish, length, machine, memory, sound_cost, sources, sync,
-                          table, truth, user_input)
+from measurements import (allocations, cameras, cost, crash, filters, finish, length, machine, memory, sound_cost, sources,
+                          sync, table, together, truth, user_input)
 
 FIGURES = {
     "length": length.measure,
@@ -39,8 +39,12 @@ FIGURES = {
     "input": user_input.measure_times,
     "input-load": user_input.measure_load,
     "input-cost": user_input.measure_cost,
+    "camera": cameras.measure_sync,
+    "camera-cost": cameras.measure_cost,
+    "together": together.measure,
 }
-WITH_SOUND = {"devices", "idle", "sync", "drift", "sound", "sound-length", "sound-load"}  # those for which a sound server runs
+WITH_SOUND = {"devices", "idle", "sync", "drift", "sound", "sound-length", "sound-load", "camera", "camera-cost",
+              "together"}  # those for which PipeWire runs
 INSIDE = "ZORVANE_FIGURES_INSIDE_DESKTOP"
 
 
