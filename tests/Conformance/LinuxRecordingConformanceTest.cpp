@@ -49,7 +49,8 @@ class Clapper {
     std::atomic<std::int64_t> begin_ = std::numeric_limits<std::int64_t>::max();
 };
 
-/// A screen with two windows and a window manager, of the test's own, and the PipeWire of the environment.
+/// A screen with two windows and a window manager, of the test's own, and the PipeWire of the environment. The camera
+/// and the microphone are also the halves of a capture card, by which phones are recorded.
 class LinuxRecordingBackend final : public RecordingBackend {
   public:
     LinuxRecordingBackend() {
@@ -64,6 +65,7 @@ class LinuxRecordingBackend final : public RecordingBackend {
                 .windowID = window_,
                 .microphoneID = microphoneName,
                 .cameraID = cameraName,
+                .phoneID = std::string("capture-card:") + cameraName,
                 .applicationID = getpid()};
     }
 
@@ -102,11 +104,14 @@ class LinuxRecordingBackend final : public RecordingBackend {
     X11TestProgram program_{getpid()};
     const std::uint32_t window_ = program_.makeManagedWindow(wholeWindow, 0);
     const std::uint32_t other_ = program_.makeManagedWindow(wholeWindow, 0);
-    const PipeWireTestMicrophone microphone_{
-        {.name = microphoneName, .wave = [this](nanoseconds time) { return clapper_.toneAt(time); }}};
+    const PipeWireTestMicrophone microphone_{{.name = microphoneName,
+                                              .wave = [this](nanoseconds time) { return clapper_.toneAt(time); },
+                                              .properties = {{"device.bus-path", "pci-0000:00:14.0-usb-0:2:1.3"}}}};
     const PipeWireTestCamera camera_{
         {.name = cameraName,
          .formats = {{.encoding = AVVideoSourceFormat::yuyv, .size = {320, 240}, .rate = {30, 1}}},
+         .properties = {{"device.bus-path", "pci-0000:00:14.0-usb-0:2:1.0"},
+                        {"device.product.name", "USB HDMI Capture"}},
          .isFlash = [this](nanoseconds time) { return clapper_.hasClapped(time); }}};
     benchmarks::SoundPlayer player_{
         [this](nanoseconds time) { return clapper_.toneAt(time); },
@@ -121,7 +126,7 @@ using enum Recorded;
 INSTANTIATE_TEST_SUITE_P(Linux, RecordingConformance,
                          ::testing::ValuesIn(recordingCases(&makeBackend, {display, inputEvents, topWindows, windowCrop,
                                                                            webcam, microphone, microphoneStream,
-                                                                           systemAudio, applicationAudio})),
+                                                                           systemAudio, applicationAudio, phone})),
                          nameOfRecordingCase);
 
 }  // namespace

@@ -26,7 +26,7 @@ enum class Recorded : std::uint8_t {
     microphoneStream,
     systemAudio,
     applicationAudio,
-    phone,
+    phone,  ///< or a capture card
 };
 
 /// The sources of a world; those that it doesn't have stay empty. The display is dark, the window on it too and not the
