@@ -8,10 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <limits>
-#include <span>
 
 #include "Zorvane/Platform/AVFoundation/AVError.hpp"
+#include "Zorvane/Platform/AVFoundation/AVVideoPlaneShape.hpp"
 #include "Zorvane/Platform/FFmpeg/BiPlanarPicture.hpp"
 #include "Zorvane/Platform/FFmpeg/VideoRange.hpp"
 #include "Zorvane/Platform/Foundation/NSError.hpp"
@@ -61,42 +60,6 @@ Packing packingOf(Format format) {
     }
 }
 
-struct PlaneShape {
-    std::size_t bytesPerRow = 0;
-    std::size_t rows = 0;
-};
-
-std::array<PlaneShape, 3> planeShapes(Format format, CMVideoDimensions size) {
-    const auto width = static_cast<std::size_t>(size.width);
-    const auto height = static_cast<std::size_t>(size.height);
-    const std::size_t pairs = (width + 1) / 2;
-    const std::size_t rowPairs = (height + 1) / 2;
-    switch (format) {
-        case Format::yuyv:
-        case Format::uyvy:
-        case Format::yvyu:
-            return {PlaneShape{pairs * 4, height}};
-        case Format::nv12:
-        case Format::nv21:
-            return {PlaneShape{width, height}, {pairs * 2, rowPairs}};
-        case Format::i420:
-        case Format::yv12:
-            return {PlaneShape{width, height}, {pairs, rowPairs}, {pairs, rowPairs}};
-        case Format::gray8:
-        case Format::jpeg:
-            return {PlaneShape{width, height}};
-        case Format::rgb:
-        case Format::bgr:
-            return {PlaneShape{width * 3, height}};
-        case Format::rgbx:
-        case Format::bgrx:
-        case Format::xrgb:
-        case Format::xbgr:
-            return {PlaneShape{width * 4, height}};
-    }
-    return {};
-}
-
 const std::uint8_t* plane(const AVVideoSourcePicture& picture, std::size_t index) {
     return reinterpret_cast<const std::uint8_t*>(picture.planes[index].data());
 }
@@ -126,12 +89,6 @@ void convertGray(const AVVideoSourcePicture& from, const BiPlanarPicture& to) {
                    static_cast<std::size_t>(to.width));
     }
     libyuv::SetPlane(to.chroma, to.bytesPerRow, 2 * to.chromaWidth, to.chromaHeight, 128);
-}
-
-/// Rows longer than the library can count are nobody's, and what follows from them would overflow.
-bool holds(std::span<const std::byte> plane, std::size_t bytesPerRow, const PlaneShape& shape) {
-    return bytesPerRow >= shape.bytesPerRow && bytesPerRow <= std::numeric_limits<int>::max() &&
-           plane.size() >= bytesPerRow * (shape.rows - 1) + shape.bytesPerRow;
 }
 
 NSError cutOff() {
@@ -175,9 +132,9 @@ void RawVideoConverter::convert(const AVVideoSourcePicture& from, CVPixelBuffer&
 }
 
 void RawVideoConverter::requireWhole(const AVVideoSourcePicture& picture) const {
-    const std::array<PlaneShape, 3> shapes = planeShapes(format_, size_);
-    for (std::size_t index = 0; index < shapes.size() && shapes[index].rows > 0; ++index) {
-        if (!holds(picture.planes[index], picture.bytesPerRow[index], shapes[index])) {
+    const std::array<AVVideoPlaneShape, 3> shapes = planeShapes(format_, size_);
+    for (std::size_t index = 0; index < shapes.size(); ++index) {
+        if (!shapes[index].isHeldBy(picture.planes[index].size(), picture.bytesPerRow[index])) {
             throw cutOff();
         }
     }

@@ -52,13 +52,14 @@ CMSampleBuffer PipeWirePictureIntake::take(const PipeWirePieces& pieces, std::si
 void PipeWirePictureIntake::adopt(const PipeWireVideoFormat& format) {
     format_ = format;
     converter_.reset();
-    converter_ = converting_.makeConverter(format.encoding, format.size);
+    auto converter = converting_.makeConverter(format.encoding, format.size);
     const CVPixelLayout layout = layoutOf(format.size);
     if (!pool_ || pool_->layout() != layout) {
         pool_ = CVPixelBufferPool::make(layout, mostPicturesOut);
         description_ = std::make_shared<CMFormatDescription>(
             CMFormatDescription{.mediaType = CMMediaType::video, .dimensions = format.size});
     }
+    converter_ = std::move(converter);  // only now that there are pictures of its size
 }
 
 CMSampleBuffer PipeWirePictureIntake::convert(const AVVideoSourcePicture& picture, std::chrono::nanoseconds time) {
