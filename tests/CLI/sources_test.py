@@ -34,7 +34,7 @@ class Sources(CommandLineTest):
         self.assertEqual((display["id"], display["localizedName"], display["isMain"]), (1, "Virtual Display", True))
         self.assertEqual(display["frame"], {"x": 0, "y": 0, "width": 1920, "height": 1080})
         self.assertEqual((display["availability"], display["recoverySuggestion"]), ("available", ""))
-        for kind in ["windows", "cameras", "microphones", "applications"]:
+        for kind in ["windows", "cameras", "microphones", "applications", "devices"]:
             self.assertGreater(len(listed[kind]), 0, kind)
             for source in listed[kind]:
                 self.assertEqual(source["availability"], "available")
@@ -49,7 +49,9 @@ class Sources(CommandLineTest):
         table = self.sources("displays", "devices")
         self.assertIn("Displays\n  ID  NAME             FRAME                MAIN  STATUS\n", table)
         self.assertIn("\n  1   Virtual Display  1920x1080 at (0, 0)  yes   Available\n", table)
-        self.assertTrue(table.endswith("\nDevices\n  none\n"), table)
+        self.assertTrue(table.endswith("\n  virtual.phone  Virtual Phone  Virtual Model  Available\n"), table)
+        self.assertEqual(self.run_program("sources", "--platform", "linux", "microphones").stdout,
+                         "Microphones\n  none\n")
 
     def test_a_watch_begins_with_the_lists_and_ends_at_the_users_word(self):
         for number in [signal.SIGINT, signal.SIGTERM]:

@@ -39,14 +39,16 @@ void VirtualDeviceSource::stop() {
 void VirtualDeviceSource::wakeAt(nanoseconds hostTime) {
     timer_ = clock().schedule(hostTime, nanoseconds::zero(), [weak = weak_from_this()] {
         if (auto self = weak.lock()) {
-            self->post([](VirtualDeviceSource& source) {
-                source.timer_.reset();
-                if (source.running_) {
-                    source.wake();
-                }
-            });
+            self->post([](VirtualDeviceSource& source) { source.fire(); });
         }
     });
+}
+
+void VirtualDeviceSource::fire() {
+    timer_.reset();
+    if (running_) {
+        wake();
+    }
 }
 
 bool VirtualDeviceSource::notePresence() {

@@ -55,6 +55,7 @@ class VirtualDeviceSource : public std::enable_shared_from_this<VirtualDeviceSou
 
   private:
     void post(std::function<void(VirtualDeviceSource&)> job);
+    void fire();
 
     const std::shared_ptr<VirtualCaptureDevices> devices_;
     const std::string deviceID_;

@@ -10,7 +10,7 @@ constexpr std::int32_t cellSize = VirtualCounterCell::size;
 
 /// The middle pixel of a counter's column or line.
 constexpr std::size_t middle(std::int32_t cell) {
-    return static_cast<std::size_t>(cell * cellSize + cellSize / 2);
+    return static_cast<std::size_t>(cell) * cellSize + cellSize / 2;
 }
 
 /// Whether the middle of a counter cell is bright: by its luma, or else by its green.

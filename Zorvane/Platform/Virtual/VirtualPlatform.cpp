@@ -36,7 +36,9 @@ Platform makeVirtualPlatform() {
     desktop->now()
         .plugDevice(VirtualDevice::camera("virtual.camera", "Virtual Camera"))
         .plugDevice(VirtualDevice::microphone("virtual.microphone", "Virtual Microphone"))
-        .playToMicrophone("virtual.microphone", 330);
+        .playToMicrophone("virtual.microphone", 330)
+        .plugDevice(VirtualDevice::phone("virtual.phone", "Virtual Phone"))
+        .playToMicrophone("virtual.phone", 550);
     playUser(*desktop);
     Platform platform = makeVirtualPlatform(std::move(desktop));
     platform.mediaWriting = nullptr;  // the default one, which writes files

@@ -10,7 +10,7 @@ namespace zorvane {
 
 /// For hosts without a desktop, and for trying things out: one main display "Virtual Display" of 1920 by 1080 with
 /// something that moves for four seconds and rests for two, a window, somebody at mouse and keyboard, a soft tone, a
-/// camera, a microphone, the machine's clock, real media files.
+/// camera, a microphone, a phone, the machine's clock, real media files.
 Platform makeVirtualPlatform();
 
 /// A scripted desktop on its own clock. Without `mediaWriting` media is written to memory, by a `VirtualMediaWriting`.
