@@ -62,11 +62,11 @@ class Arguments(CommandLineTest):
         self.assertIn("Known displays: 1 (Virtual Display, main)", report["errors"][0]["userMessage"])
 
     def test_an_unknown_device_is_refused_with_a_list_of_the_known_ones(self):
-        for kind, name in [("microphone", "Microphone"), ("camera", "Camera")]:
+        for kind, known in [("microphone", "microphone"), ("camera", "camera"), ("device", "phone")]:
             with self.subTest(kind=kind):
                 report = self.record_json(f"--{kind}", "nobody", status=4)
                 self.assertEqual((report["status"], report["files"]), ("failed", []))
-                self.assertIn(f'"nobody". Known {kind}s: virtual.{kind} (Virtual {name}).',
+                self.assertIn(f'"nobody". Known {kind}s: virtual.{known} (Virtual {known.title()}).',
                               report["errors"][0]["userMessage"])
 
     def test_what_is_at_the_place_of_the_bundle_stays_as_it_was(self):

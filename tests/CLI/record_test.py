@@ -99,6 +99,18 @@ class Sound(CommandLineTest):
             self.assertEqual(track["begin"], 0)
             self.assertAlmostEqual(track["duration"], length, delta=0.0001, msg=track["type"])
 
+    def test_a_camera_has_the_first_microphones_sound_and_a_phone_its_own(self):
+        report = self.record_json("--camera", "default", "--microphone", "default", "--microphone",
+                                  "virtual.microphone", "--device", "virtual.phone", "--seconds", "1.2", "-o", "talk")
+        files = self.info_json("talk")["files"]
+        self.assertEqual([(file["type"], sorted(track["type"] for track in file["tracks"])) for file in files],
+                         [("webcam", ["audio", "video"]), ("audio", ["audio"]), ("appleDevice", ["audio", "video"])])
+        length = report["recordUntil"] - report["recordFrom"]
+        for file in files:
+            for track in file["tracks"]:
+                self.assertEqual(track["begin"], 0)
+                self.assertAlmostEqual(track["duration"], length, delta=0.0001, msg=file["filename"])
+
     def test_sound_alone_needs_no_display(self):
         result = self.record("--microphone", "virtual.microphone", "--seconds", "0.5", "-o", "talk")
         self.assertEqual(result.returncode, 0, result.stderr)
