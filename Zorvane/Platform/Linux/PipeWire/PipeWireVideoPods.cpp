@@ -54,7 +54,8 @@ template <class Value>
 Choice<Value> choiceOf(const spa_pod* object, std::uint32_t key, std::uint32_t type) {
     Choice<Value> choice;
     const spa_pod_prop* property = spa_pod_find_prop(object, nullptr, key);
-    if (!property) {
+    // Nobody has checked that a list is as long as its own head, which its values are counted from.
+    if (!property || (property->value.type == SPA_TYPE_Choice && !spa_pod_is_choice(&property->value))) {
         return choice;
     }
     std::uint32_t count = 0;

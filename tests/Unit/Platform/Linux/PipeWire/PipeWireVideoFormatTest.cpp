@@ -6,6 +6,7 @@
 #include <spa/param/param.h>
 #include <spa/param/video/raw.h>
 #include <spa/pod/builder.h>
+#include <spa/pod/iter.h>
 
 #include "Zorvane/Platform/Linux/PipeWire/PipeWireVideoPods.hpp"
 
@@ -116,6 +117,20 @@ TEST(PipeWireVideoFormatTest, ListsAndRangesOfANodeAreRead) {
               (std::vector{one(std::nullopt, {320, 240}, {15, 1})}))
         << "what may be anything is what is preferred";
     EXPECT_TRUE(parseVideoOffers(nullptr).empty());
+}
+
+TEST(PipeWireVideoFormatTest, AListThatIsShorterThanItsOwnHeadIsNone) {
+    const spa_rectangle size{320, 240};
+    Pod pod;
+    auto* format = static_cast<spa_pod*>(spa_pod_builder_add_object(
+        &pod.builder, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat, SPA_FORMAT_mediaType,
+        SPA_POD_Id(SPA_MEDIA_TYPE_video), SPA_FORMAT_mediaSubtype, SPA_POD_Id(SPA_MEDIA_SUBTYPE_mjpg),
+        SPA_FORMAT_VIDEO_size, SPA_POD_CHOICE_ENUM_Rectangle(2, &size, &size)));
+    const_cast<spa_pod_prop*>(spa_pod_find_prop(format, nullptr, SPA_FORMAT_VIDEO_size))->value.size = 8;
+    const auto offers = parseVideoOffers(format);
+    ASSERT_EQ(offers.size(), 1u);
+    EXPECT_EQ(offers.front().smallest, (CMVideoDimensions{1, 1}));
+    EXPECT_EQ(offers.front().largest, (CMVideoDimensions{largestVideoSide, largestVideoSide}));
 }
 
 TEST(PipeWireVideoFormatTest, TheWantedFormatIsOfferedFirst) {
