@@ -80,7 +80,8 @@ std::shared_ptr<AVCaptureDevice> LinuxCaptureDevices::deviceWithUniqueID(const s
 }
 
 AVCaptureDeviceInput LinuxCaptureDevices::makeDeviceInput(std::shared_ptr<AVCaptureDevice> device) {
-    const bool isPhone = phones_ && phones_->deviceWithUniqueID(device->uniqueID()) == device;
+    const bool isPhone =
+        !camerasAndMicrophones_ || (phones_ && phones_->deviceWithUniqueID(device->uniqueID()) == device);
     return (isPhone ? phones_ : camerasAndMicrophones_)->makeDeviceInput(std::move(device));
 }
 
