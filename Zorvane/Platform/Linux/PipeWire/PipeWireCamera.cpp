@@ -51,10 +51,7 @@ class PipeWireCamera::Following final : public PipeWireClient {
             return;
         }
         if (failure) {
-            interrupt(
-                {AVFoundationErrorDomain,
-                 AVErrorUnknown,
-                 {"The camera " + name() + " gives no pictures. Another program may be using it: " + *failure + '.'}});
+            interrupt(trouble(*failure));
         } else {
             resume();
         }
@@ -71,6 +68,13 @@ class PipeWireCamera::Following final : public PipeWireClient {
         if (std::exchange(isInterrupted_, false)) {
             handler_(nullptr);
         }
+    }
+
+    NSError trouble(const std::string& words) const {
+        const std::string reason = words.empty() ? "PipeWire gives no reason" : words;
+        return {AVFoundationErrorDomain,
+                AVErrorUnknown,
+                {"The camera " + name() + " gives no pictures. Another program may be using it: " + reason + '.'}};
     }
 
     NSError absence() const {

@@ -15,6 +15,7 @@ namespace zorvane {
 namespace {
 
 constexpr timespec betweenTries{.tv_sec = 2, .tv_nsec = 0};
+constexpr timespec longestTry{.tv_sec = 10, .tv_nsec = 0};  // some cameras need seconds for their first picture
 
 }  // namespace
 
@@ -52,6 +53,7 @@ class PipeWireVideoInput::State final : public PipeWireClient {
         retry_.reset();
         tap_.reset();
         source_.reset();
+        isFailing_ = false;
         core_ = nullptr;
     }
 
@@ -71,7 +73,8 @@ class PipeWireVideoInput::State final : public PipeWireClient {
   private:
     void restart() {
         tap_.reset();
-        setRetry({});
+        isFailing_ = isFailing_ && source_;
+        setRetry(isFailing_ ? longestTry : timespec{});  // a camera that has failed doesn't say so each time
         if (!source_) {
             return;
         }
@@ -84,7 +87,8 @@ class PipeWireVideoInput::State final : public PipeWireClient {
     }
 
     void changeFlow(const std::optional<std::string>& failure) {
-        setRetry(failure ? betweenTries : timespec{});
+        isFailing_ = failure.has_value();
+        setRetry(isFailing_ ? betweenTries : timespec{});
         flowChanged_(failure);
     }
 
@@ -121,6 +125,7 @@ class PipeWireVideoInput::State final : public PipeWireClient {
     pw_core* core_ = nullptr;       // from here on the session's thread's
     std::optional<PipeWireVideoSource> source_;
     std::optional<PipeWireVideoTap> tap_;
+    bool isFailing_ = false;  // it has failed, and no picture has come since
     PipeWireLoopSource retry_;
     std::thread thread_;
 };

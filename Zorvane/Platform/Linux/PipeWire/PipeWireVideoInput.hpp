@@ -37,8 +37,8 @@ class PipeWireVideoInput {
     PipeWireVideoInput& operator=(const PipeWireVideoInput&) = delete;
     ~PipeWireVideoInput();
 
-    /// `flowChanged` is called for the source of the moment. One that fails is tried again every two seconds: nobody
-    /// tells when a program that doesn't use PipeWire lets go of a camera.
+    /// `flowChanged` is called for the source of the moment. One that fails is tried again after two seconds, and
+    /// so on until a picture comes: nobody tells when a program that doesn't use PipeWire lets go of a camera.
     void start(FlowHandler flowChanged);
     /// After it the sink is not called.
     void stop();

@@ -70,7 +70,7 @@ PipeWireVideoTap::PipeWireVideoTap(pw_core& core, const std::string& name, const
     if (result < 0) {
         throw NSError::posix(-result, "connect a node of PipeWire");
     }
-    links_.onFailure(flowChanged_);
+    links_.onFailure([this](const std::string& reason) { fail(reason); });
     links_.setWires({{.outputPort = source.outputPort}}, PipeWireInputLinks::Waking::wakes);
 }
 
@@ -81,12 +81,14 @@ PipeWireVideoTap::~PipeWireVideoTap() {
 }
 
 void PipeWireVideoTap::onStateChanged(void* data, pw_stream_state, pw_stream_state state, const char* error) {
-    const auto& self = *static_cast<PipeWireVideoTap*>(data);
     if (state == PW_STREAM_STATE_ERROR) {
-        self.flowChanged_(error ? error : "");
-    } else if (state == PW_STREAM_STATE_STREAMING) {
-        self.flowChanged_(std::nullopt);
+        static_cast<PipeWireVideoTap*>(data)->fail(error ? error : "");
     }
+}
+
+void PipeWireVideoTap::fail(const std::string& reason) {
+    isFlowing_ = false;
+    flowChanged_(reason);
 }
 
 void PipeWireVideoTap::onParameter(void* data, std::uint32_t id, const spa_pod* parameter) {
@@ -137,6 +139,9 @@ void PipeWireVideoTap::handOver(pw_buffer* buffer) {
         times.stamp = std::chrono::nanoseconds(header->pts);
     }
     exchange_.put({.buffer = buffer, .memory = memory->second.get(), .format = *format_, .time = timeOfPicture(times)});
+    if (!std::exchange(isFlowing_, true)) {
+        flowChanged_(std::nullopt);
+    }
 }
 
 void PipeWireVideoTap::takeBack() {

@@ -22,7 +22,8 @@ namespace zorvane {
 /// long as a connection and a source, all on the session's thread.
 class PipeWireVideoTap {
   public:
-    /// Why no pictures come, in the server's words; nothing: they begin to come. Not to destroy the tap in.
+    /// Why no pictures come, in the server's words, which may be none; nothing: the first one is here. A stream runs
+    /// even if its camera doesn't. Not to destroy the tap in.
     using FlowHandler = std::function<void(const std::optional<std::string>& failure)>;
 
     /// Linked to `source` as soon as its port is there. `exchange` outlives the tap. Throws `NSError` if PipeWire can't
@@ -45,6 +46,7 @@ class PipeWireVideoTap {
     static void onBufferRemoved(void* self, pw_buffer* buffer);
     static void onProcess(void* self);
 
+    void fail(const std::string& reason);
     void formatChanged(const spa_pod* parameter);
     void handOver(pw_buffer* buffer);
     void takeBack();
@@ -55,6 +57,7 @@ class PipeWireVideoTap {
     PipeWireHook streamHook_;
     PipeWireLoopSource returning_;
     PipeWireInputLinks links_;
+    bool isFlowing_ = false;                                          // as it was told last
     std::optional<PipeWireVideoFormat> format_;                       // that was agreed on
     std::map<pw_buffer*, std::unique_ptr<PipeWireMemory>> memories_;  // of the buffers that there are
 };
