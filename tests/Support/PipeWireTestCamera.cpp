@@ -213,7 +213,8 @@ struct PipeWireTestCamera::State {
         if (auto* header = static_cast<spa_meta_header*>(
                 spa_buffer_find_meta_data(&buffer, SPA_META_Header, sizeof(spa_meta_header)))) {
             const bool isHostTime = settings.stamp == Stamp::hostClock;
-            *header = {.pts = isHostTime ? time.count() : (time - start).count(), .seq = number};
+            const std::uint32_t flags = fault == Fault::gap ? SPA_META_HEADER_FLAG_GAP : 0;
+            *header = {.flags = flags, .pts = isHostTime ? time.count() : (time - start).count(), .seq = number};
         }
         taken.push_back({.number = number++, .time = time, .fault = fault});
     }
@@ -222,6 +223,7 @@ struct PipeWireTestCamera::State {
         spa_chunk& chunk = *piece.chunk;
         switch (fault) {
             case Fault::none:
+            case Fault::gap:
                 break;
             case Fault::cutOff:
                 chunk.size /= 2;

@@ -41,7 +41,7 @@ class PipeWireTestCamera {
     };
 
     /// What is wrong with a picture.
-    enum class Fault : std::uint8_t { none, cutOff, outsideMemory, backwards, narrowRows, markedBroken, garbage };
+    enum class Fault : std::uint8_t { none, cutOff, outsideMemory, backwards, narrowRows, markedBroken, gap, garbage };
 
     struct Taken {
         std::uint32_t number = 0;

@@ -224,7 +224,7 @@ TEST_F(PipeWirePrivateCameraTest, BrokenPicturesAreLeftOutAndTheRestGoesOn) {
     const auto session = capture("camera");
     session->startRunning();
     for (const Fault fault :
-         {Fault::cutOff, Fault::outsideMemory, Fault::backwards, Fault::narrowRows, Fault::markedBroken}) {
+         {Fault::cutOff, Fault::outsideMemory, Fault::backwards, Fault::narrowRows, Fault::markedBroken, Fault::gap}) {
         const auto before = camera.taken().size();
         camera.setFault(fault);
         waitUntil([&] { return camera.taken().size() >= before + 3; });
@@ -321,7 +321,12 @@ TEST_F(PipeWirePrivateCameraTest, ACameraThatGivesNothingThatCanBeReadSaysSoAndI
     const auto told = interruptions.waitFor(1);
     ASSERT_EQ(told.size(), 1u);
     EXPECT_THAT(told.front().second, testing::StartsWith("The camera “camera” gives no pictures."));
+    camera.setFault(Fault::gap);
     camera.setFormats({small});
+    const auto before = camera.taken().size();
+    waitUntil([&] { return camera.taken().size() >= before + 10; });
+    EXPECT_EQ(interruptions.waitFor(1).size(), 1u) << "a camera that runs isn't one that gives pictures";
+    camera.setFault(Fault::none);
     EXPECT_EQ(interruptions.waitFor(2).back(), std::pair(AVMediaType::video, std::string()));
     EXPECT_TRUE(pictures_->waitForMorePictures(3));
     session->stopRunning();
