@@ -65,6 +65,7 @@ void PipeWirePictureIntake::adopt(const PipeWireVideoFormat& format) {
 CMSampleBuffer PipeWirePictureIntake::convert(const AVVideoSourcePicture& picture, std::chrono::nanoseconds time) {
     CVPixelBufferRef image = pool_->take();
     if (!image) {
+        report("A camera's pictures were dropped", "their receiver holds all that there are", 1);
         return {};
     }
     converter_->convert(picture, *image);
