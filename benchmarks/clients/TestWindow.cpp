@@ -57,6 +57,13 @@ void TestWindow::setColor(xcb_gcontext_t context, std::uint32_t color) const {
     xcb_change_gc(connection_, context, XCB_GC_FOREGROUND, &color);
 }
 
+void TestWindow::fill(xcb_gcontext_t context, std::uint32_t color) const {
+    setColor(context, color);
+    const xcb_rectangle_t all{0, 0, width_, height_};
+    xcb_poly_fill_rectangle(connection_, window_, context, 1, &all);
+    sync();
+}
+
 void TestWindow::sync() const {
     xcb_get_input_focus_reply_t* const reply =
         xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr);

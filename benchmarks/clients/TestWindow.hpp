@@ -37,6 +37,8 @@ class TestWindow {
     xcb_pixmap_t makePixmap(std::uint16_t width, std::uint16_t height) const;
     xcb_gcontext_t makeContext() const;
     void setColor(xcb_gcontext_t context, std::uint32_t color) const;
+    /// All of it in one colour; ends when the server has done so.
+    void fill(xcb_gcontext_t context, std::uint32_t color) const;
 
     /// Waits until the server has done everything asked for.
     void sync() const;

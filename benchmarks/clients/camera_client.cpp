@@ -27,13 +27,6 @@ constexpr std::uint16_t side = 256;
 constexpr std::uint32_t white = 0xFFFFFF;
 constexpr std::uint32_t black = 0;
 
-void fill(const TestWindow& window, xcb_gcontext_t context, std::uint32_t color) {
-    window.setColor(context, color);
-    const xcb_rectangle_t all{0, 0, window.width(), window.height()};
-    xcb_poly_fill_rectangle(window.connection(), window.id(), context, 1, &all);
-    window.sync();
-}
-
 PipeWireVideoFormat format(int count, const char* const* arguments) {
     PipeWireVideoFormat format;
     const bool isJPEG = argument(count, arguments, "--jpeg", 0) != 0;
@@ -60,10 +53,10 @@ void flashWindow(const PipeWireTestCamera& camera, int flashes) {
         while (Clock::now().time_since_epoch() < moment) {
         }
         const auto before = Clock::now();
-        fill(window, context, white);
+        window.fill(context, white);
         const auto after = Clock::now();
         std::this_thread::sleep_until(Clock::time_point(moment + milliseconds(300)));
-        fill(window, context, black);
+        window.fill(context, black);
         std::printf("%.9f %.9f %.9f %.9f\n", std::chrono::duration<double>(moment).count(), seconds(before),
                     seconds(after), flashOf(camera, moment));
         std::fflush(stdout);

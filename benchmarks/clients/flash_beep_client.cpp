@@ -28,13 +28,6 @@ constexpr auto beepLength = milliseconds(60);
 constexpr auto flashLength = milliseconds(90);
 constexpr double pitch = 2000;  // Hz
 
-void fill(const TestWindow& window, xcb_gcontext_t context, std::uint32_t color) {
-    window.setColor(context, color);
-    const xcb_rectangle_t all{0, 0, window.width(), window.height()};
-    xcb_poly_fill_rectangle(window.connection(), window.id(), context, 1, &all);
-    window.sync();
-}
-
 std::vector<nanoseconds> chooseMoments(int count, double pause) {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> next(pause, pause + 0.2);
@@ -73,11 +66,11 @@ int main(int count, char** arguments) {
         while (Clock::now().time_since_epoch() < moment) {
         }
         const auto before = Clock::now();
-        fill(window, context, white);
+        window.fill(context, white);
         const auto after = Clock::now();
         std::printf("%.9f %.9f %.9f\n", std::chrono::duration<double>(moment).count(), seconds(before), seconds(after));
         std::fflush(stdout);
         std::this_thread::sleep_until(Clock::time_point(moment + flashLength));
-        fill(window, context, black);
+        window.fill(context, black);
     }
 }

@@ -19,13 +19,6 @@ constexpr std::uint16_t side = 256;
 constexpr std::uint32_t white = 0xFFFFFF;
 constexpr std::uint32_t black = 0;
 
-void fill(const TestWindow& window, xcb_gcontext_t context, std::uint32_t color) {
-    window.setColor(context, color);
-    const xcb_rectangle_t all{0, 0, window.width(), window.height()};
-    xcb_poly_fill_rectangle(window.connection(), window.id(), context, 1, &all);
-    window.sync();
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -38,11 +31,11 @@ int main(int count, char** arguments) {
     for (int flash = 0; flash < flashes; ++flash) {
         std::this_thread::sleep_for(milliseconds(pause(random)));
         const auto before = Clock::now();
-        fill(window, context, white);
+        window.fill(context, white);
         const auto after = Clock::now();
         std::printf("%.9f %.9f\n", seconds(before), seconds(after));
         std::fflush(stdout);
         std::this_thread::sleep_for(milliseconds(pause(random)));
-        fill(window, context, black);
+        window.fill(context, black);
     }
 }

@@ -20,9 +20,10 @@ SOURCES = ["--display", "main", "--audio", "--mouse", "--keyboard", "--top-windo
            "--microphone", "zorvane-figures-microphone", "--microphone", "zorvane-test-microphone", "--system-audio"]
 
 # What the threads of the recorder are for, by their names.
-PARTS = {"zv.writer": "encoding and writing", "zv.screen": "reading the screen", "zv.picture": "converting the camera's pictures",
-         "zv.sound": "aligning sound", "zv.input": "mouse and keyboard", "zv.desktop": "windows",
-         "zv.displaylink": "following the cursor", "zv.pipewire": "PipeWire", "zv.pool": "everything else"}
+PARTS = {"zv.writer": "encoding and writing", "zv.screen": "reading the screen",
+         "zv.camera": "converting the camera's pictures", "zv.sound": "aligning sound", "zv.input": "mouse and keyboard",
+         "zv.desktop": "windows", "zv.displaylink": "following the cursor", "zv.pipewire": "PipeWire"}
+OTHER_PART = "everything else"  # the pool's threads bear the names of what they work at
 
 
 def measure(conditions):
@@ -49,7 +50,7 @@ class ThreadTimes:
             with open(f"/proc/{pid}/task/{thread}/stat", encoding="utf-8") as file:
                 head, _, tail = file.read().rpartition(")")
             fields = tail.split()
-            part = PARTS.get(head.split("(", 1)[1], PARTS["zv.pool"])
+            part = PARTS.get(head.split("(", 1)[1], OTHER_PART)
             seconds = (int(fields[11]) + int(fields[12])) / machine.TICKS_PER_SECOND
             self.by_part[part] = self.by_part.get(part, 0) + seconds
 
@@ -100,8 +101,10 @@ def _events(bundle, report):
 def _memory(sizes, load):
     per_minute = 60 // PAUSE
     growth = statistics.median(sizes[-per_minute:]) - statistics.median(sizes[per_minute:2 * per_minute])
+    by_minute = [statistics.median(sizes[begin:begin + per_minute]) for begin in range(0, len(sizes), per_minute)]
     return [
         Row("  resident memory, largest", f"{max(sizes):.0f} MiB", load=load),
+        Row("  by minute, in MiB", " ".join(f"{size:.0f}" for size in by_minute), load=load),
         Row("  growth from the second minute to the last", f"{growth:+.1f} MiB", f"<= {GROWTH_LIMIT} MiB",
             growth <= GROWTH_LIMIT, load),
     ]
