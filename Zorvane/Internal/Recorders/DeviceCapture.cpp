@@ -57,6 +57,7 @@ Task<T> explainingSilence(Task<T> wait, std::string_view line, Explain explain, 
 
 /// A device that is there is locked, which the text of the wait itself says best.
 void throwIfGone(const std::string& deviceID, const Logger& logger) {
+    const PoolBlockingScope blocking;
     if (!Platform::current()->captureDevices->deviceWithUniqueID(deviceID)) {
         throwAppleDeviceNoSampleBuffers(deviceID, logger);
     }

@@ -35,6 +35,7 @@ CaptureDevice DeviceRecorder::startCapture() {
 }
 
 void DeviceRecorder::openMovie(const AVCaptureDevice& device, const CMSampleBuffer& firstPicture) {
+    logger_.trace("Resolving settings using AVOutputSettingsAssistant.");
     if (!firstPicture.formatDescription()) {
         constexpr std::string_view message = "Missing formatDescription in first sample buffer.";
         logger_.error(message);

@@ -21,8 +21,8 @@
 
 namespace zorvane {
 
-/// Made in a recorder's construction: made, inputs added, started. Then samples go to the inputs, and whichever comes
-/// first opens the session. `finish` closes everything at `recordUntil`.
+/// Made in a recorder's construction or preparation: made, inputs added, started. Then samples go to the inputs, and
+/// whichever comes first opens the session. `finish` closes everything at `recordUntil`.
 ///
 /// Used by one thread at a time.
 class MediaOutput {

@@ -16,6 +16,7 @@ MovieFileRecorder::MovieFileRecorder(std::string id, const OutputDescription& ou
     logger_.trace("Initializing AVCaptureDevices.");
     const CaptureDevice microphone = requireCaptureDevice(CaptureDeviceRole::microphone, microphoneID_, logger_);
     const CaptureDevice camera = requireCaptureDevice(CaptureDeviceRole::camera, cameraID_, logger_);
+    logger_.trace("Resolving settings using AVOutputSettingsAssistant.");
     const OutputSettings settings =
         resolveCameraSettings({.video = camera.device->activeFormat(),
                                .minFrameDuration = camera.device->activeVideoMinFrameDuration(),

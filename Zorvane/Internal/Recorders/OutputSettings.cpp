@@ -70,7 +70,6 @@ AVAudioSettings resolveAudioSettings(const CMFormatDescription& sourceAudioForma
 }
 
 OutputSettings resolveCameraSettings(const CameraFormat& source, const Logger& logger) {
-    logger.trace("Resolving settings using AVOutputSettingsAssistant.");
     const auto assistant = makeAssistant(AVOutputSettingsPreset::h264_1920x1080, logger);
     if (source.audio) {
         assistant->setSourceAudioFormat(*source.audio);

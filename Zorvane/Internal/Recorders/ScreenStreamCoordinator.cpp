@@ -164,6 +164,8 @@ Task<> ScreenStreamCoordinator::waitForAudioEnd() {
 Task<> ScreenStreamCoordinator::flushAudio() {
     if (audioPath_) {
         co_await audioPath_->flush();
+    } else {
+        logger_.debug("Flushed all samples from buffer.");
     }
 }
 

@@ -56,7 +56,7 @@ class ScreenStreamCoordinator final : public SCStreamOutput,
     /// Waits for the sound up to `recordUntil`; see `AudioSamplePath::waitForEnd`. Does nothing without sound.
     Task<> waitForAudioEnd();
 
-    /// Hands all sound to the writer; see `AudioSamplePath::flush`. Does nothing without sound.
+    /// Hands all sound to the writer; see `AudioSamplePath::flush`. Without sound there is nothing to hand over.
     Task<> flushAudio();
 
     RecorderStatistics statistics() const;
