@@ -22,7 +22,8 @@ class DeviceMovie {
 
     DeviceCapture& capture() { return capture_; }
 
-    /// Sets up the output and connects the capture to it. Throws what the platform throws. Blocks.
+    /// Sets up the output and connects the capture to it. Logs and throws a `ZVError` (internal error) when the output
+    /// takes no such media, and throws what the platform throws. Once. Blocks.
     void open(const OutputDescription& outputDescription, const OutputSettings& settings);
 
     void cancel() { capture_.cancel(); }
