@@ -49,13 +49,16 @@ TEST_F(WebcamRecordingTest, AMovieHasThePicturesAndTheSoundOfEachMomentFromTheSt
 
 TEST_F(WebcamRecordingTest, TwoRecordersOfOneCameraSeeTheSame) {
     record({Item::webcam("mic", "cam", "a.mov"), Item::webcam("mic", "cam", "b.mov"), Item::microphone("mic")}, 1.5);
-    for (const std::size_t writer : {0u, 1u}) {
-        expectInPlace(pictures(writer), 1.5);
-        expectInPlace(sound(writer), 0, 1.5);
-    }
-    for (const std::size_t writer : {0u, 1u, 2u}) {
+    std::size_t webcams = 0;
+    for (const std::size_t writer : {0u, 1u, 2u}) {  // made in any order
         EXPECT_NEAR((*movie(writer).sessionEnd - *movie(writer).sessionStart).seconds(), 1.5, 1e-6);
+        expectInPlace(sound(writer), 0, 1.5);
+        if (movie(writer).tracks.size() > 1) {
+            expectInPlace(pictures(writer), 1.5);
+            ++webcams;
+        }
     }
+    EXPECT_EQ(webcams, 2u);
 }
 
 TEST_F(WebcamRecordingTest, SegmentsSpanTheRecordingAndTheMasterPlaylistNamesThem) {
