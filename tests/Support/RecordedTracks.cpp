@@ -109,6 +109,11 @@ std::vector<RecordedTrack> tracksOfFile(const std::filesystem::path& file) {
         } catch (const std::runtime_error&) {  // it has no such track, or a broken one
         }
     }
+    // What holds sound begins with a whole frame of it, its pictures too.
+    const auto coarsest = std::ranges::max_element(tracks, {}, &RecordedTrack::grain);
+    for (RecordedTrack& track : tracks) {
+        track.grain = coarsest->grain;
+    }
     return tracks;
 }
 
