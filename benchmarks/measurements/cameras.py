@@ -11,7 +11,6 @@ SECONDS = 40
 COST_SECONDS = 20
 FRAME = 1 / 30  # seconds
 EDGE = 0.25  # seconds at either end of a recording in which moments are not counted
-RAMP_TOLERANCE = 0.08  # what an encoder changes is less, a loss of 4 ms is more
 FLASH = (96, 300, 64)  # where a camera's picture of 640x480 flashes
 
 CAMERA = ["--camera", "zorvane-figures-camera", "--microphone", "zorvane-figures-microphone"]
@@ -56,14 +55,14 @@ def measure_cost(conditions):
             interval = run.report["recordUntil"] - run.report["recordFrom"]
             pictures, sound = Movie(camera), Sound(camera)
             expected = round(interval / FRAME)
-            broken = _broken_ramps(sound, run.report["recordFrom"])
+            gaps = _gaps(sound, run.report["recordFrom"])
             rows += [
                 Row(f"camera of 1080p30, {name}, alone: CPU", f"{alone.cpu / COST_SECONDS * 100:.0f} % of a core", load=load),
                 Row("  its pictures in the movie", _count(Movie(alone.files[0]), alone, load)),
                 Row("  beside a screen in motion: CPU", f"{run.cpu / COST_SECONDS * 100:.0f} % of a core", load=load),
                 Row("  camera's pictures in the movie", f"{len(pictures.packets)} of {expected}", load=load),
                 Row("  screen's frames that are not in the movie", f"{missing:.2%}", load=load),
-                Row("  blocks of 20 ms in which the sound is not what was heard", str(broken), "0", broken == 0, load),
+                Row("  pieces of 2 ms that are missing in the sound", str(gaps), "0", gaps == 0, load),
             ]
     return rows
 
@@ -88,17 +87,17 @@ def _falls(sound):
             if samples[index] < half <= samples[index - 1] and samples[index - 8] > 3 * half // 2]
 
 
-def _broken_ramps(sound, record_from):
-    """The blocks of the file whose sound is not the part of the ramp that was heard then. Its lower half, in which
-    silence is no great change, and what an encoder makes of its fall are left out."""
+def _gaps(sound, record_from):
+    """How many pieces of 2 ms are silent, or nearly, where the ramp was in its upper half. An encoder makes waves of the
+    ramp that go down to half of it, and worse ones near its fall, which is left out."""
     samples = sound.samples()
-    block = RATE // 50
-    broken = 0
-    for begin in range(0, len(samples) - block, block):
-        middle = (record_from + (begin + block / 2) / RATE) % 1
-        mean = sum(samples[begin:begin + block]) / block / 32767
-        broken += 0.4 < middle < 0.88 and abs(mean - middle) > RAMP_TOLERANCE
-    return broken
+    piece = RATE // 500
+    gaps = 0
+    for begin in range(0, len(samples) - piece, piece):
+        heard = (record_from + (begin + piece / 2) / RATE) % 1
+        mean = sum(samples[begin:begin + piece]) / piece / 32767
+        gaps += 0.5 < heard < 0.88 and mean < heard / 4
+    return gaps
 
 
 def _differences(some, others):

@@ -23,7 +23,8 @@ SOURCES = ["--display", "main", "--audio", "--mouse", "--keyboard", "--top-windo
 PARTS = {"zv.writer": "encoding and writing", "zv.screen": "reading the screen",
          "zv.camera": "converting the camera's pictures", "zv.sound": "aligning sound", "zv.input": "mouse and keyboard",
          "zv.desktop": "windows", "zv.displaylink": "following the cursor", "zv.pipewire": "PipeWire"}
-OTHER_PART = "everything else"  # the pool's threads bear the names of what they work at
+# The encoders' threads bear the name of the thread that opened them, the pool's that of what they work at.
+OTHER_PART = "the encoders' own threads, and everything else"
 
 
 def measure(conditions):
