@@ -7,7 +7,7 @@
 
 namespace zorvane {
 
-/// The part of a video that shows the picture; around it the video is black. The corner is at even numbers, where
+/// Where in a video the picture stands; around it the video is black. The corner is at even numbers, where
 /// chroma samples begin.
 struct PicturePlace {
     std::int32_t x = 0;

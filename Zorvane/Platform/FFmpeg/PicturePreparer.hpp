@@ -50,7 +50,7 @@ class PicturePreparer {
     const PlanarPicture visible_;  // the same memory
     const std::optional<AVVideoColorProperties> colors_;
     std::optional<CVPixelLayout> layout_;
-    PlanarPicture place_;  // the part of the visible memory that shows pictures of this layout
+    PlanarPicture place_;  // where in the visible memory pictures of this layout stand
     std::optional<ColorConverter> converter_;
     std::optional<Planes> unscaled_;  // only where pictures have another size than their place
     // Kept, so that its memory isn't taken for a new picture, which could then not be told from this one.
